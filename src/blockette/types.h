@@ -1,0 +1,54 @@
+// The blockette types that are parsed, listed and released: the one place to add a type.
+//
+// Each row X (type number, name) asks for a record `blk_NAME_t`, the functions `new_NAME`, `init_NAME`,
+// `parse_NAME` and `free_NAME` (blockette/) and `pbrief_NAME` (listing/); every dispatch by type is made
+// from this list. A type's name and smallest length stand in the catalogue (sdblknam).
+//
+// The fixed header of a data record goes by type -1 everywhere.
+#pragma once
+
+#include <string_view>
+
+#define QUARRY_BLOCKETTE_TYPES(X)                                                                            \
+    X(-1, dh)                                                                                                \
+    X(10, 010)                                                                                               \
+    X(11, 011)                                                                                               \
+    X(12, 012)                                                                                               \
+    X(30, 030)                                                                                               \
+    X(31, 031)                                                                                               \
+    X(32, 032)                                                                                               \
+    X(33, 033)                                                                                               \
+    X(34, 034)                                                                                               \
+    X(50, 050)                                                                                               \
+    X(51, 051)                                                                                               \
+    X(52, 052)                                                                                               \
+    X(53, 053)                                                                                               \
+    X(54, 054)                                                                                               \
+    X(57, 057)                                                                                               \
+    X(58, 058)                                                                                               \
+    X(59, 059)                                                                                               \
+    X(61, 061)                                                                                               \
+    X(70, 070)                                                                                               \
+    X(71, 071)                                                                                               \
+    X(72, 072)                                                                                               \
+    X(73, 073)                                                                                               \
+    X(74, 074)
+
+// Declares the four functions that every type has:
+//   new_NAME    allocates a zeroed record, puts its defaults in place and hands it to the caller; exhausted
+//               memory is fatal
+//   init_NAME   puts the type's defaults in place
+//   parse_NAME  fills the record from the blockette's text, which begins with its type (for dh: with the
+//               station code at byte 8 of the data record); what the text lacks is empty or zero
+//   free_NAME   releases the record with all that it owns
+#define QUARRY_BLOCKETTE_FUNCTIONS(NAME)                                                                     \
+    blk_##NAME##_t *new_##NAME();                                                                            \
+    void init_##NAME(blk_##NAME##_t *blk);                                                                   \
+    void parse_##NAME(blk_##NAME##_t *blk, std::string_view buff);                                           \
+    void free_##NAME(blk_##NAME##_t *ptr);
+
+namespace quarry {
+
+inline constexpr int data_record_type = -1;
+
+} // namespace quarry

@@ -1,0 +1,64 @@
+// What a volume's control headers declare of its data records: the data formats by code (blockettes 030),
+// the record length and format of every channel epoch (050 and 052), the word orders of every station epoch
+// (050).
+//
+// The lists are filled by the reader and asked by the header fix-up; they grow over a whole run.
+#pragma once
+
+#include "blockette/data_header.h"
+#include "blockette/station.h"
+#include "blockette/volume.h"
+#include "platform/containers.h"
+
+namespace quarry {
+
+// A channel epoch.
+struct rec_len_t {
+    char stn[6];
+    char loc_id[3];
+    char chan_id[4];
+    double start; // epoch seconds
+    double end;
+    int len;         // data record length in bytes
+    char format[51]; // data format name, empty when unknown
+};
+
+// A station epoch.
+struct order_t {
+    char stn[6];
+    double start; // epoch seconds
+    double end;
+    int long_order; // 32-bit word order
+    int word_order; // 16-bit word order
+};
+
+// Three-way comparisons of a sought element with a stored one. Where all codes are equal, a sought start
+// inside the stored epoch (start inclusive, end exclusive) is equal; the sought element's end is never
+// looked at.
+int rec_len_cmp(const rec_len_t &test, const rec_len_t &base);
+int order_cmp(const order_t &test, const order_t &base);
+
+// Empty lists ordered by them.
+SortedSet<rec_len_t> new_rec_list();
+SortedSet<order_t> new_order_list();
+
+// Files a copy of a data format under its code. A code used before is complained of; the new format wins.
+void update_fmt_list(List<blk_030_t> *fmt_list, const blk_030_t &b030);
+
+// Files a channel epoch of the station; a format code without a blockette 030 is complained of and leaves
+// the format's name empty.
+void update_rec_list(SortedSet<rec_len_t> *rec_list, const char *stn, const List<blk_030_t> &fmt_list,
+                     const blk_052_t &b052);
+
+// Files a station epoch.
+void update_order_list(SortedSet<order_t> *order_list, const blk_050_t &b050);
+
+// Fills in `length` and `format` of a data header from the channel epoch that holds its `epoch`, of
+// overlapping ones from the one that starts first. Returns 1, or 0 without a change if there is none.
+int lookup_rec_list(const SortedSet<rec_len_t> &rec_list, blk_dh_t *dh);
+
+// The word orders of the station epoch that holds the header's start time text. Returns 1 or 0.
+int lookup_order_list(const SortedSet<order_t> &order_list, const blk_dh_t &dh, int *long_order,
+                      int *word_order);
+
+} // namespace quarry

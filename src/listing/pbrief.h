@@ -1,0 +1,31 @@
+// The listing: one line, sometimes with indented detail lines, for every blockette and data record, and the
+// volume and station lines of the summary.
+//
+// The lines are an interface of the program: their formats are kept to the blank. Every printer is one
+// format; all of them write to the caller's stream and change nothing.
+#pragma once
+
+#include "blockette/data_header.h"
+#include "blockette/response.h"
+#include "blockette/station.h"
+#include "blockette/timespan.h"
+#include "blockette/types.h"
+#include "blockette/volume.h"
+
+#include <cstdio>
+
+namespace quarry {
+
+// Lists the record of the given type and flushes the stream. For a type without a printer the record is not
+// looked at and a line says so.
+void pbrief_blk(std::FILE *stream, const void *blk, int blk_type);
+
+#define QUARRY_DECLARE_PRINTER(TYPE, NAME) void pbrief_##NAME(std::FILE *stream, const blk_##NAME##_t *blk);
+QUARRY_BLOCKETTE_TYPES(QUARRY_DECLARE_PRINTER)
+#undef QUARRY_DECLARE_PRINTER
+
+// The volume line (with the number of the tape file) and the station list of the summary.
+void summary_010(std::FILE *stream, const blk_010_t *blk);
+void summary_011(std::FILE *stream, const blk_011_t *blk);
+
+} // namespace quarry

@@ -1,0 +1,25 @@
+// Calendar: epoch seconds from year, day of year and time of day, and back.
+//
+// The proleptic Gregorian calendar in UTC, without leap seconds. Fields may be out of their usual range and
+// count arithmetically from 1 January of the year; there is no loop over years and no time zone.
+#pragma once
+
+namespace quarry {
+
+// A moment by its fields; `doy` counts from 1.
+struct HumanTime {
+    int year;
+    int doy;
+    int hour;
+    int minutes;
+    double sec;
+};
+
+// Seconds since 1970-01-01 00:00:00.
+double human_to_epoch(int year, int doy, int hour, int minutes, double sec);
+
+// The fields of an epoch, each in its usual range. Epochs whose year an int cannot hold give the moment
+// nearest to them that can be told; a NaN gives all zeros.
+HumanTime epoch_to_human(double epoch);
+
+} // namespace quarry

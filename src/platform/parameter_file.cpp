@@ -1,0 +1,104 @@
+#include "platform/parameter_file.h"
+
+#include "platform/message_log.h"
+#include "platform/text.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+#include <vector>
+
+#define TOML_EXCEPTIONS 0
+#include <toml++/toml.h>
+
+namespace quarry {
+
+namespace {
+
+// Where an installed program finds its configuration, told from its own place so that an installed tree may
+// be moved.
+std::string configuration_directory() {
+    const std::string program = program_path();
+    return program.substr(0, program.rfind('/') + 1) + QUARRY_SYSCONFDIR_FROM_BINDIR + "/quarry";
+}
+
+std::vector<std::string> search_path() {
+    const char *path = std::getenv("QUARRY_PARAM_PATH");
+    if (path == nullptr || *path == '\0')
+        return {".", configuration_directory()};
+    std::vector<std::string> directories;
+    std::string_view rest = path;
+    while (!rest.empty()) {
+        const std::string_view directory = rest.substr(0, rest.find(':'));
+        rest.remove_prefix(std::min(directory.size() + 1, rest.size()));
+        if (!directory.empty())
+            directories.emplace_back(directory);
+    }
+    return directories;
+}
+
+std::string find_parameter_file(const std::string &file_name) {
+    for (const std::string &directory : search_path()) {
+        std::string path = directory == "." ? file_name : directory + "/" + file_name;
+        if (access(path.c_str(), F_OK) == 0)
+            return path;
+    }
+    return {};
+}
+
+std::map<std::string, ParameterValue> table_values(const toml::table &table) {
+    std::map<std::string, ParameterValue> values;
+    for (const auto &[key, node] : table)
+        values[std::string(key.str())] = {node.value_exact<std::string>(), node.source().begin.line};
+    return values;
+}
+
+} // namespace
+
+int param_read(const char *name, ParameterFile *parameters) {
+    *parameters = {};
+    const std::string path = find_parameter_file(std::string(name) + ".pf");
+    if (path.empty())
+        return -1;
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    if (!file.is_open() || content.bad()) {
+        log_note("Can't read %s: %s\n", path.c_str(), std::strerror(errno));
+        return -1;
+    }
+    const toml::parse_result result = toml::parse(content.str(), path);
+    if (!result) {
+        const toml::parse_error &error = result.error();
+        log_note("%s:%u:%u: %s\n", path.c_str(), static_cast<unsigned>(error.source().begin.line),
+                 static_cast<unsigned>(error.source().begin.column),
+                 std::string(error.description()).c_str());
+        return -1;
+    }
+    parameters->path = path;
+    for (const auto &[key, node] : result.table())
+        if (const toml::table *table = node.as_table())
+            parameters->tables[std::string(key.str())] = table_values(*table);
+    return 0;
+}
+
+std::optional<Map<std::string>> param_get_map(const ParameterFile &parameters, const char *key) {
+    const auto table = parameters.tables.find(key);
+    if (table == parameters.tables.end())
+        return std::nullopt;
+    Map<std::string> texts;
+    for (const auto &[name, value] : table->second) {
+        if (value.text)
+            texts.set(name, *value.text);
+        else
+            log_complain(0, "%s:%u: %s: the value of '%s' is no text\n", parameters.path.c_str(), value.line,
+                         key, name.c_str());
+    }
+    return texts;
+}
+
+} // namespace quarry

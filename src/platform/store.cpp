@@ -1,0 +1,201 @@
+#include "platform/store.h"
+
+#include "platform/message_log.h"
+#include "platform/text.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <set>
+#include <sqlite3.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace quarry {
+
+namespace {
+
+constexpr int busy_milliseconds = 2000;
+
+using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close_v2)>;
+using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
+
+struct Table {
+    std::string name;
+    std::vector<std::string> columns;
+    std::vector<std::vector<std::string>> rows;
+    std::set<std::string> missing; // columns already complained of
+};
+
+struct Database {
+    std::string name;
+    Connection connection;
+    std::vector<Table> tables;
+};
+
+std::vector<Database> &databases() {
+    static std::vector<Database> opened;
+    return opened;
+}
+
+Statement prepare(sqlite3 *connection, const std::string &sql) {
+    sqlite3_stmt *statement = nullptr;
+    sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr);
+    return {statement, sqlite3_finalize};
+}
+
+int errno_of(int sqlite_result) {
+    switch (sqlite_result & 0xff) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return EBUSY;
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+    case SQLITE_READONLY:
+        return EACCES;
+    case SQLITE_NOMEM:
+        return ENOMEM;
+    case SQLITE_IOERR:
+        return EIO;
+    default:
+        return EINVAL;
+    }
+}
+
+// The errno of a file that cannot be read at all, or 0: SQLite's own results do not tell these apart.
+int unreadable_file(const char *name) {
+    struct stat status {};
+    const int descriptor = open(name, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return errno;
+    const int result = fstat(descriptor, &status) != 0 ? errno : S_ISDIR(status.st_mode) ? EISDIR : 0;
+    close(descriptor);
+    return result;
+}
+
+std::string quoted_identifier(const std::string &name) {
+    std::string quoted = "\"";
+    for (const char character : name)
+        quoted.append(character == '"' ? 2 : 1, character);
+    return quoted + '"';
+}
+
+std::string column_text(sqlite3_stmt *statement, int column) {
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
+    if (text == nullptr)
+        return {};
+    return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+}
+
+Table read_table(Database &database, const char *name) {
+    Table table{name, {}, {}, {}};
+    const std::string select = "SELECT * FROM " + quoted_identifier(name);
+    Statement statement = prepare(database.connection.get(), select + " ORDER BY rowid");
+    if (!statement) // a view or a table without rowids keeps its own order
+        statement = prepare(database.connection.get(), select);
+    if (!statement) {
+        log_complain(0, "Can't read table '%s' of database %s: %s\n", name, database.name.c_str(),
+                     sqlite3_errmsg(database.connection.get()));
+        return table;
+    }
+    const int columns = sqlite3_column_count(statement.get());
+    for (int i = 0; i < columns; ++i)
+        table.columns.emplace_back(sqlite3_column_name(statement.get(), i));
+    int result = SQLITE_DONE;
+    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        std::vector<std::string> &row = table.rows.emplace_back();
+        for (int i = 0; i < columns; ++i)
+            row.push_back(column_text(statement.get(), i));
+    }
+    if (result != SQLITE_DONE)
+        log_complain(0, "Can't read table '%s' of database %s beyond row %zu: %s\n", name,
+                     database.name.c_str(), table.rows.size(), sqlite3_errmsg(database.connection.get()));
+    return table;
+}
+
+template <class T>
+T *element(std::vector<T> &elements, std::int64_t index) {
+    const auto at = static_cast<std::size_t>(index);
+    return index >= 0 && at < elements.size() ? &elements[at] : nullptr;
+}
+
+Table *table_at(StorePointer pointer) {
+    Database *database = element(databases(), pointer.database);
+    return database != nullptr ? element(database->tables, pointer.table) : nullptr;
+}
+
+std::optional<std::size_t> column_index(Table &table, const char *name) {
+    for (std::size_t i = 0; i < table.columns.size(); ++i)
+        if (sqlite3_stricmp(table.columns[i].c_str(), name) == 0)
+            return i;
+    if (table.missing.insert(name).second)
+        log_complain(0, "Table '%s' has no column '%s'\n", table.name.c_str(), name);
+    return std::nullopt;
+}
+
+} // namespace
+
+StorePointer store_invalid() {
+    return {-1, -1, -1, -1};
+}
+
+int store_open(const char *name, const char *mode, StorePointer *opened) {
+    *opened = store_invalid();
+    if (const int error = unreadable_file(name); error != 0) {
+        errno = error;
+        return -1;
+    }
+    // A leading colon would name a database in memory.
+    const std::string file = name[0] == ':' ? std::string("./") + name : name;
+    const bool writable = std::string_view(mode) == "r+";
+    sqlite3 *raw = nullptr;
+    int result =
+        sqlite3_open_v2(file.c_str(), &raw, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
+    Connection connection(raw, sqlite3_close_v2);
+    if (result == SQLITE_OK) {
+        sqlite3_busy_timeout(raw, busy_milliseconds);
+        // Opening reads nothing; the first look at the schema tells whether this is a database at all.
+        result = sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
+    }
+    if (result != SQLITE_OK) {
+        connection.reset();
+        errno = errno_of(result);
+        return -1;
+    }
+    databases().push_back({name, std::move(connection), {}});
+    opened->database = static_cast<std::int64_t>(databases().size()) - 1;
+    return 0;
+}
+
+StorePointer store_lookup(StorePointer pointer, const char *name) {
+    Database *database = element(databases(), pointer.database);
+    if (database == nullptr)
+        return store_invalid();
+    std::size_t at = 0;
+    while (at < database->tables.size() && database->tables[at].name != name)
+        ++at;
+    if (at == database->tables.size())
+        database->tables.push_back(read_table(*database, name));
+    return {pointer.database, static_cast<std::int64_t>(at), -1, 0};
+}
+
+std::int64_t store_query(StorePointer pointer, StoreQuery query) {
+    const Table *table = table_at(pointer);
+    if (table == nullptr || query != StoreQuery::record_count)
+        return 0;
+    return static_cast<std::int64_t>(table->rows.size());
+}
+
+void store_get_fields(StorePointer pointer, std::initializer_list<StoreField> fields) {
+    Table *table = table_at(pointer);
+    const std::vector<std::string> *row = table != nullptr ? element(table->rows, pointer.record) : nullptr;
+    for (const StoreField &field : fields) {
+        const auto column = row != nullptr ? column_index(*table, field.name) : std::nullopt;
+        copy_text(field.destination, column ? std::string_view((*row)[*column]) : std::string_view());
+    }
+}
+
+} // namespace quarry

@@ -1,0 +1,56 @@
+// Text helpers: numbers from bounded text, blankness, fixed-capacity members, the program's own path.
+// Nothing here depends on the locale.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quarry {
+
+// The six characters of white space.
+bool is_white(char character);
+
+// True if the text is empty or only white space. The text ends at its first NUL.
+bool is_blank(std::string_view text);
+
+// The text up to its first NUL.
+std::string_view up_to_nul(std::string_view text);
+
+// A converted number and the count of characters it took; `length` is 0 if nothing was converted (then
+// `value` is 0).
+struct ParsedInteger {
+    long value;
+    std::size_t length;
+};
+struct ParsedReal {
+    double value;
+    std::size_t length;
+};
+
+// A base-10 integer at the start of the text: leading white space and a sign are accepted, conversion stops
+// at the first other character; a value out of range becomes the nearest long.
+ParsedInteger parse_integer(std::string_view text);
+
+// The same without the length and as an int: what a fixed field holds, 0 if it holds no number.
+int integer_value(std::string_view text);
+
+// A real number at the start of the text: what std::from_chars takes (so inf and nan, no hexadecimal), after
+// optional white space and "+". Out of range gives what strtod gives in the C locale.
+ParsedReal parse_real(std::string_view text);
+
+// Copies as much of `text` as fits into `destination` and ends it with a NUL.
+void copy_text(std::span<char> destination, std::string_view text);
+
+// The text of a fixed-capacity member.
+template <std::size_t N>
+std::string_view member_text(const char (&member)[N]) {
+    return {member, strnlen(member, N)};
+}
+
+// Path of the running executable, empty if it cannot be told.
+std::string program_path();
+
+} // namespace quarry

@@ -1,0 +1,166 @@
+#include "seedio/rseed.h"
+
+#include "platform/compressed_input.h"
+#include "platform/memory.h"
+#include "platform/message_log.h"
+#include "platform/seed_record.h"
+#include "platform/text.h"
+#include "state.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace quarry {
+
+namespace {
+
+constexpr int read_buffer_size = 0x20002;
+// The buffer is filled up to more than this, which always covers the longest logical record.
+constexpr int enough_bytes = 65536;
+
+int open_input(const char *name) {
+    if (*name == '\0' || std::strcmp(name, "-") == 0)
+        return STDIN_FILENO;
+    std::FILE *stream = open_maybe_compressed(name);
+    if (stream == nullptr)
+        log_die(1, "Can't open input file %s\n", name);
+    return fileno(stream);
+}
+
+ssize_t read_some(int fd, char *out, std::size_t count) {
+    ssize_t result;
+    do
+        result = read(fd, out, count);
+    while (result < 0 && errno == EINTR);
+    return result;
+}
+
+void parse_sequence_number(SeedInput *input, std::string_view field) {
+    const std::string_view text = up_to_nul(field);
+    const ParsedInteger parsed = parse_integer(text);
+    input->seq_num = static_cast<int>(parsed.value);
+    if (Verbose_Flag > 1)
+        std::printf("\nSeed Block Sequence #%d\n", input->seq_num);
+    if (parsed.length == 0 || !is_blank(text.substr(parsed.length)))
+        log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
+                     text.data());
+}
+
+// Bytes left in the current logical record; negative when a read went beyond a record made shorter.
+int left_in_record(const SeedInput *input) {
+    return input->recsiz + input->start - input->cur;
+}
+
+// Copies from the buffer if it holds that many bytes from the cursor on.
+bool copy_buffered(SeedInput *input, char *out, int count) {
+    if (input->pbytes - input->cur < count)
+        return false;
+    std::copy_n(input->buffer.data() + input->cur, count, out);
+    input->cur += count;
+    return true;
+}
+
+} // namespace
+
+SeedInput *newSeedInput(const char *name) {
+    auto *input = new_zeroed<SeedInput>(QUARRY_SITE("rseed"), sizeof(SeedInput), "handle");
+    input->fd = open_input(name);
+    input->sZphysical = read_buffer_size;
+    allocate_zeroed(input->buffer, read_buffer_size, QUARRY_SITE("rseed"), read_buffer_size,
+                    "handle->buffer");
+    input->fileno = -1;
+    clrSeedInput(input);
+    return input;
+}
+
+void clrSeedInput(SeedInput *input) {
+    input->fileno += 1;
+    input->pbytes = input->eof = input->read_error = 0;
+    input->nreads = input->totbytes = input->recno = 0;
+    input->start = input->cur = input->recsiz = input->seq_num = 0;
+    input->type_code = input->cont_code = '#';
+}
+
+void freeSeedInput(SeedInput *input) {
+    delete input;
+}
+
+int moredata(SeedInput *input) {
+    char *buffer = input->buffer.data();
+    if (input->start > 0) {
+        const int tail = std::max(input->pbytes - input->start, 0);
+        std::copy_n(buffer + input->pbytes - tail, tail, buffer);
+        input->pbytes = tail;
+        input->start = 0;
+        input->cur = 0;
+    }
+    while (input->eof == 0 && input->pbytes <= enough_bytes) {
+        const ssize_t result = read_some(input->fd, buffer + input->pbytes,
+                                         static_cast<std::size_t>(input->sZphysical - input->pbytes));
+        if (result < 1) {
+            input->eof = 1;
+            if (result != 0) {
+                input->read_error = errno;
+                log_complain(1, "input read error\n");
+                return -1;
+            }
+            end_maybe_compressed(input->fd);
+        } else {
+            input->pbytes += static_cast<int>(result);
+            input->totbytes += result;
+            input->nreads += 1;
+        }
+    }
+    return input->eof != 0 && input->pbytes == 0 ? -1 : 0;
+}
+
+int advanceLogicalRecord(SeedInput *input) {
+    input->start += input->recsiz;
+    input->cur = input->start;
+    if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
+        return -1;
+    if (input->pbytes - input->start < logical_header_size)
+        return -1;
+
+    const char *header = input->buffer.data() + input->start;
+    parse_sequence_number(input, {header, 6});
+    input->type_code = header[6];
+    input->cont_code = header[7];
+    input->recno += 1;
+    input->cur += logical_header_size;
+    if (input->recsiz == 0)
+        input->recsiz = default_record_size;
+    return 0;
+}
+
+int read_fixed_header(SeedInput *input, char *out, int count) {
+    if (left_in_record(input) < count && advanceLogicalRecord(input) != 0)
+        return 0;
+    return copy_buffered(input, out, count) ? 1 : 0;
+}
+
+int read_remainder(SeedInput *input, char *out, int count) {
+    while (count > 0) {
+        const int piece = std::clamp(left_in_record(input), 0, count);
+        if (!copy_buffered(input, out, piece))
+            return 0;
+        out += piece;
+        count -= piece;
+        if (count > 0 && advanceLogicalRecord(input) != 0)
+            return 0;
+    }
+    return 1;
+}
+
+void setReadRecLen(SeedInput *input, int power) {
+    if (power > largest_record_power) {
+        log_complain(0, "Logical record length 2^%d is too large: keeping %d\n", power, input->recsiz);
+        return;
+    }
+    input->recsiz = record_bytes(power);
+}
+
+} // namespace quarry

@@ -1,0 +1,46 @@
+// The blockette reader: a volume as a sequence of records, one a call.
+//
+// A record is a control blockette (type 10 to 74, of the volume, dictionary, station and time span headers)
+// or a data record, delivered as type -1 with its parsed and completed fixed header. Which of the two follows
+// is told by the type letter of the logical record alone; blockettes run on over logical records as their
+// lengths say.
+#pragma once
+
+#include "blockette/data_header.h"
+#include "listing/read_handle.h"
+#include "platform/seed_record.h"
+
+#include <span>
+
+namespace quarry {
+
+// Longest blockette or data record that is accepted, in bytes.
+inline constexpr int largest_blockette = 10000;
+
+// Opens the named input (standard input for an empty name or "-"; fatal if it cannot be opened) and returns
+// a new handle, released with free_handle. The records of all its tape files share the handle's lists.
+read_handle_t *seed_read(const char *name);
+
+// Releases the handle with its input's state and lists; the input's descriptor is left open.
+void free_handle(read_handle_t *handle);
+
+// Empties the handle's lists. Returns 0.
+int reinit_handle(read_handle_t *handle);
+
+// Delivers the next record, which the caller releases with free_blk, and its type. The record is null for an
+// unknown type. Returns 1, or 0 at the end of the input or when it ends within a record (complained of).
+// A record's `data` and `raw` point into a static buffer and are valid until the next call.
+//
+// Damaged records are complained of, listed on standard error and delivered all the same; a length above
+// largest_blockette is fatal.
+int read_blk(read_handle_t *handle, void **record, int *type);
+
+// The sample type number of the record's blockette 1000 (0 when it has none or one that is not understood),
+// its format name, encoding format and word order, and the decoder state. `raw` is the record from its
+// sequence number on. The name, format and order are left alone where there is nothing to tell.
+int parse_b1000(std::span<const char> raw, const char **name, int *format, int *order, const Steim **state);
+
+// Complains, once a channel, that its data format was declared as one thing and found to be another.
+void b030_problem(const blk_dh_t &dh, const char *declared, const char *found);
+
+} // namespace quarry
