@@ -4,8 +4,8 @@
 --
 -- The first row in table order wins whose station and channel are the record's and whose time range, both
 -- ends included, holds the record's start. Times are SEED time texts (YYYY,DDD,HH:MM:SS.FFFF, or cut after
--- any field). An empty seedend is open; a row with an empty seedstart never matches. Longer texts are cut to
--- the widths given here.
+-- any field). An empty seedend is open, and so is one before 1970; a row with an empty seedstart never
+-- matches. Longer texts are cut to the widths given here.
 CREATE TABLE IF NOT EXISTS seedformat (
     sta        TEXT NOT NULL,            -- station code, at most 5 characters
     chan       TEXT NOT NULL,            -- channel code, at most 3 characters

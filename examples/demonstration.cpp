@@ -50,8 +50,8 @@ std::string dictionary() {
            blockette(34, digits(counts, 3) + "COUNTS~Digital counts~");
 }
 
-std::string station(const std::string &code, double latitude, double longitude, double elevation,
-                    const std::string &site) {
+std::string station(const std::string& code, double latitude, double longitude, double elevation,
+                    const std::string& site) {
     return blockette(50, padded(code, 5) + fixed(latitude, 10, 6) + fixed(longitude, 11, 6) +
                              fixed(elevation, 7, 1) + "   3" + "  1" + site + "~" + digits(network_name, 3) +
                              "3210" + "10" + "1998,001~~N" + "XX");
@@ -71,7 +71,7 @@ struct Channel {
     std::string end;
 };
 
-std::string channel(const Channel &c, double latitude, double longitude, double elevation) {
+std::string channel(const Channel& c, double latitude, double longitude, double elevation) {
     return blockette(52, padded(c.location, 2) + padded(c.code, 3) + digits(c.subchannel, 4) +
                              digits(c.sensor, 3) + "~" + digits(metres_per_second, 3) + digits(volts, 3) +
                              fixed(latitude, 10, 6) + fixed(longitude, 11, 6) + fixed(elevation, 7, 1) +
@@ -161,14 +161,14 @@ std::vector<std::int32_t> oscillation(int record, int count) {
     return samples;
 }
 
-std::string float_bytes(const std::vector<std::int32_t> &samples) {
+std::string float_bytes(const std::vector<std::int32_t>& samples) {
     std::vector<std::int32_t> words;
     for (const std::int32_t sample : samples)
         words.push_back(std::bit_cast<std::int32_t>(static_cast<float>(sample) / 1000.0F));
     return sample_bytes(words, false);
 }
 
-void add_data(VolumeBuilder *volume) {
+void add_data(VolumeBuilder* volume) {
     constexpr int in_long_record = 1000;
     constexpr int in_short_record = 100;
     for (int i = 0; i < 2; ++i) {

@@ -11,7 +11,7 @@ namespace quarry {
 
 namespace {
 
-__attribute__((format(printf, 1, 2))) std::string formatted(const char *format, ...) {
+__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...) {
     std::array<char, 64> buffer;
     va_list values;
     va_start(values, format);
@@ -21,7 +21,7 @@ __attribute__((format(printf, 1, 2))) std::string formatted(const char *format, 
 }
 
 // Appends the low bytes of a number in the given order.
-void append_number(std::string *out, int value, int width, bool big_endian) {
+void append_number(std::string* out, int value, int width, bool big_endian) {
     const auto bits = static_cast<std::uint32_t>(value);
     for (int i = 0; i < width; ++i) {
         const int shift = 8 * (big_endian ? width - 1 - i : i);
@@ -31,7 +31,7 @@ void append_number(std::string *out, int value, int width, bool big_endian) {
 
 constexpr int data_offset = 64;
 
-std::string data_record(const DataRecord &record, int sequence) {
+std::string data_record(const DataRecord& record, int sequence) {
     const bool has_1000 = record.encoding >= 0;
     const bool big = record.big_endian;
     std::string out = digits(sequence, 6) + record.quality_indicator + ' ';
@@ -86,7 +86,7 @@ std::string blockette(int type, std::string_view fields) {
     return digits(type, 3) + digits(static_cast<int>(fields.size()) + 7, 4) + std::string(fields);
 }
 
-std::string sample_bytes(const std::vector<std::int32_t> &samples, bool big_endian) {
+std::string sample_bytes(const std::vector<std::int32_t>& samples, bool big_endian) {
     std::string out;
     for (const std::int32_t sample : samples)
         append_number(&out, sample, 4, big_endian);
@@ -123,7 +123,7 @@ void VolumeBuilder::append_control(std::string_view blockette) {
     }
 }
 
-VolumeBuilder &VolumeBuilder::control(char letter, std::string_view blockettes) {
+VolumeBuilder& VolumeBuilder::control(char letter, std::string_view blockettes) {
     if (letter != letter_)
         begin_record(letter, ' ');
     while (!blockettes.empty()) {
@@ -139,12 +139,12 @@ VolumeBuilder &VolumeBuilder::control(char letter, std::string_view blockettes) 
     return *this;
 }
 
-VolumeBuilder &VolumeBuilder::raw(std::string_view bytes) {
+VolumeBuilder& VolumeBuilder::raw(std::string_view bytes) {
     volume_ += bytes;
     return *this;
 }
 
-VolumeBuilder &VolumeBuilder::data(const DataRecord &record, int sequence) {
+VolumeBuilder& VolumeBuilder::data(const DataRecord& record, int sequence) {
     end_record();
     if (sequence == 0)
         sequence = ++sequence_;
@@ -152,7 +152,7 @@ VolumeBuilder &VolumeBuilder::data(const DataRecord &record, int sequence) {
     return *this;
 }
 
-VolumeBuilder &VolumeBuilder::blank_record(char letter) {
+VolumeBuilder& VolumeBuilder::blank_record(char letter) {
     begin_record(letter, ' ');
     end_record();
     return *this;

@@ -20,13 +20,13 @@ std::string padded(std::string_view text, int width);
 std::string blockette(int type, std::string_view fields);
 
 // Samples as raw bytes.
-std::string sample_bytes(const std::vector<std::int32_t> &samples, bool big_endian);
+std::string sample_bytes(const std::vector<std::int32_t>& samples, bool big_endian);
 
 struct DataRecord {
-    const char *station = "DEM1";
-    const char *location = "";
-    const char *channel = "BHZ";
-    const char *network = "XX";
+    const char* station = "DEM1";
+    const char* location = "";
+    const char* channel = "BHZ";
+    const char* network = "XX";
     char quality_indicator = 'D';
     int year = 2005;
     int doy = 32;
@@ -56,16 +56,16 @@ public:
     // Appends blockettes to the control header of the given letter, which begins a new logical record unless
     // it is the one being written. Blockettes run on into following records as needed; their first 7 bytes
     // are kept in one record.
-    VolumeBuilder &control(char letter, std::string_view blockettes);
+    VolumeBuilder& control(char letter, std::string_view blockettes);
 
     // Appends the bytes as they are to the record being written.
-    VolumeBuilder &raw(std::string_view bytes);
+    VolumeBuilder& raw(std::string_view bytes);
 
     // Appends a data record of its own logical record. A sequence number of 0 goes on counting.
-    VolumeBuilder &data(const DataRecord &record, int sequence = 0);
+    VolumeBuilder& data(const DataRecord& record, int sequence = 0);
 
     // Fills the logical record being written with blanks, or begins and fills a blank one.
-    VolumeBuilder &blank_record(char letter);
+    VolumeBuilder& blank_record(char letter);
 
     // The volume so far, its last logical record filled with blanks.
     std::string bytes() const;

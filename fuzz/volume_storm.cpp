@@ -19,12 +19,12 @@
 #include <unistd.h>
 
 // A sanitizer's report must not look like a fatal message of the lister, which ends with status 1 too.
-extern "C" const char *__asan_default_options();
-extern "C" const char *__asan_default_options() {
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() {
     return "abort_on_error=1:exitcode=99";
 }
-extern "C" const char *__ubsan_default_options();
-extern "C" const char *__ubsan_default_options() {
+extern "C" const char* __ubsan_default_options();
+extern "C" const char* __ubsan_default_options() {
     return "abort_on_error=1:print_stacktrace=1";
 }
 
@@ -32,18 +32,18 @@ namespace {
 
 using Random = std::mt19937_64;
 
-std::size_t below(Random *random, std::size_t limit) {
+std::size_t below(Random* random, std::size_t limit) {
     return std::uniform_int_distribution<std::size_t>(0, limit > 0 ? limit - 1 : 0)(*random);
 }
 
 // What damage tends to be made of: the characters that mean something in a volume.
-char damaging_byte(Random *random) {
+char damaging_byte(Random* random) {
     constexpr std::string_view characters = "0123456789~ -+.,:*DRQMVAST\0\xff\x01";
     return below(random, 3) == 0 ? static_cast<char>(below(random, 256))
                                  : characters[below(random, characters.size())];
 }
 
-std::string damaged(std::string volume, Random *random) {
+std::string damaged(std::string volume, Random* random) {
     switch (below(random, 6)) {
     case 0: // cut
         volume.resize(below(random, volume.size()));
@@ -54,7 +54,7 @@ std::string damaged(std::string volume, Random *random) {
                       volume.substr(below(random, volume.size()), below(random, 600)));
         break;
     case 2: // noise
-        for (char &byte : volume)
+        for (char& byte : volume)
             byte = static_cast<char>(below(random, 256));
         volume.replace(0, 8, "000001V ");
         break;
@@ -67,7 +67,7 @@ std::string damaged(std::string volume, Random *random) {
     return volume;
 }
 
-int list(const std::string &name, Random *random) {
+int list(const std::string& name, Random* random) {
     constexpr unsigned seconds = 20;
     std::fflush(stdout);
     const pid_t child = fork();
@@ -87,7 +87,7 @@ int list(const std::string &name, Random *random) {
 
 } // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
     if (argc < 2) {
         std::fprintf(stderr, "usage: %s ROUNDS [SEED]\n", argv[0]);
         return 1;

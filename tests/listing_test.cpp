@@ -15,7 +15,7 @@ namespace {
 struct Case {
     int type;
     std::string fields;
-    const char *listing;
+    const char* listing;
 };
 
 class ListingTest : public testing::Test {
@@ -106,7 +106,7 @@ TEST_F(ListingTest, EveryTypeOnItsLine) {
          "\t  0 Start:               00000 seq#    11 subseq#     1\n"},
         {60, "", "Unknown blockette:    60\n"},
     };
-    for (const Case &c : cases)
+    for (const Case& c : cases)
         EXPECT_EQ(listed(c.type, blockette(c.type, c.fields)), c.listing) << "type " << c.type;
 }
 
@@ -169,9 +169,9 @@ TEST_F(ListingTest, DataHeader) {
     header.time_cor = -5;
     header.beg_data = 128;
     header.beg_blks = 48;
-    char *bytes = nullptr;
+    char* bytes = nullptr;
     std::size_t size = 0;
-    std::FILE *stream = open_memstream(&bytes, &size);
+    std::FILE* stream = open_memstream(&bytes, &size);
     pbrief_blk(stream, &header, -1); // flushes, so that the bytes are there before the stream is closed
     EXPECT_EQ(
         std::string(bytes, size),

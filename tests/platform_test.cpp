@@ -30,7 +30,7 @@ namespace {
 
 TEST(Text, Numbers) {
     struct {
-        const char *text;
+        const char* text;
         long value;
         std::size_t length;
     } const integers[] = {{"007", 7, 3},
@@ -43,13 +43,13 @@ TEST(Text, Numbers) {
                           {"0x10", 0, 1},
                           {"9999999999999999999", LONG_MAX, 19},
                           {"-9999999999999999999", LONG_MIN, 20}};
-    for (const auto &c : integers) {
+    for (const auto& c : integers) {
         EXPECT_EQ(parse_integer(c.text).value, c.value) << c.text;
         EXPECT_EQ(parse_integer(c.text).length, c.length) << c.text;
     }
     const double infinity = std::numeric_limits<double>::infinity();
     struct {
-        const char *text;
+        const char* text;
         double value;
         std::size_t length;
     } const reals[] = {{"1.5", 1.5, 3},
@@ -64,7 +64,7 @@ TEST(Text, Numbers) {
                        {"+-1", 0, 0},
                        {"abc", 0, 0},
                        {"1,5", 1, 1}};
-    for (const auto &c : reals) {
+    for (const auto& c : reals) {
         EXPECT_EQ(parse_real(c.text).value, c.value) << c.text;
         EXPECT_EQ(parse_real(c.text).length, c.length) << c.text;
     }
@@ -83,7 +83,7 @@ TEST(Calendar, BothWays) {
                        {1969, 365, 23, 59, 59.5, -0.5},
                        {0, 0, 0, 0, 0, -62167305600},
                        {2005, 32, 10, 20, 30.25, 1107253230.25}};
-    for (const auto &c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(human_to_epoch(c.year, c.doy, c.hour, c.minutes, c.sec), c.epoch) << c.year;
         const HumanTime back = epoch_to_human(c.epoch);
         if (c.doy == 0)
@@ -106,7 +106,7 @@ TEST(Calendar, BothWays) {
 
 TEST(TimeText, FieldsByLength) {
     struct {
-        const char *text;
+        const char* text;
         int year, doy, hour, minutes;
         double sec;
     } const cases[] = {{"", 0, 0, 0, 0, 0},
@@ -119,7 +119,7 @@ TEST(TimeText, FieldsByLength) {
                        {"1999,123,04:05:06", 1999, 123, 4, 5, 6},
                        {"1999,123,04:05:06.7890", 1999, 123, 4, 5, 6.789},
                        {"1999, 23,04;05:06", 1999, 23, 4, 0, 0}};
-    for (const auto &c : cases) {
+    for (const auto& c : cases) {
         int year, doy, hour, minutes;
         double sec;
         parse_time(c.text, &year, &doy, &hour, &minutes, &sec);
@@ -147,7 +147,7 @@ TEST(TimeText, FieldsByLength) {
 
 TEST(Lists, EpochsOfAChannel) {
     SortedSet<rec_len_t> list = new_rec_list();
-    const auto add = [&](const char *location, double start, double end, int length) {
+    const auto add = [&](const char* location, double start, double end, int length) {
         rec_len_t epoch{};
         copy_text(epoch.stn, "STA");
         copy_text(epoch.chan_id, "BHZ");
@@ -157,7 +157,7 @@ TEST(Lists, EpochsOfAChannel) {
         epoch.len = length;
         list.add(epoch);
     };
-    const auto length_at = [&](const char *location, double time) {
+    const auto length_at = [&](const char* location, double time) {
         blk_dh_t header{};
         copy_text(header.stn_id, "STA");
         copy_text(header.chan_id, "BHZ");
@@ -197,7 +197,7 @@ TEST(DataHeader, ByteOrderByTheYear) {
     struct {
         int year, byteswap;
     } const cases[] = {{1969, -1}, {1970, 0}, {2030, 0}, {2031, -1}};
-    for (const auto &c : cases) {
+    for (const auto& c : cases) {
         std::string text = "AB     BHZXX" + std::string(28, '\xff');
         store(text.data() + 12, static_cast<std::uint16_t>(c.year)); // in the host's order
         text[19] = '\x7f';                                           // the unused byte
@@ -232,7 +232,7 @@ TEST(DataHeader, RateAndCorrectedTime) {
         double rate;
     } const cases[] = {{20, 1, 20},     {-10, 1, 0.1}, {1, -10, 0.1}, {-10, -10, 0.01},
                        {65526, 1, 0.1}, {0, 5, 0},     {5, 0, 0},     {-32768, -32768, 1.0 / (1 << 30)}};
-    for (const auto &c : cases) {
+    for (const auto& c : cases) {
         blk_dh_t header{};
         header.rate_f = c.factor;
         header.rate_m = c.multiplier;
@@ -267,7 +267,7 @@ TEST(DataHeader, ChainOfDataBlockettes) {
     record.encoding = 11;
     record.size = 512;
     const auto walk = [](std::string bytes, std::initializer_list<std::pair<std::size_t, int>> words) {
-        for (const auto &[at, value] : words) {
+        for (const auto& [at, value] : words) {
             bytes[at] = static_cast<char>(value >> 8);
             bytes[at + 1] = static_cast<char>(value & 0xff);
         }
@@ -298,13 +298,13 @@ TEST(DataHeader, ChainOfDataBlockettes) {
 TEST(Channel, OrientationLetters) {
     struct {
         double dip, azimuth;
-        const char *channel;
+        const char* channel;
     } const cases[] = {{0, 0, "BHN"},    {0, 175, "BHN"},   {0, 170, "BH1"},    {-90, 1.5, "BHZ"},
                        {90, 2, "BH1"},   {5, 270, "BHE"},   {5, 0, "BH1"},      {10, 90, "BH1"},
                        {60, 180, "BHA"}, {-60, 121, "BHB"}, {60, 238.5, "BHC"}, {58, 0, "BH1"}};
     name_the_log();
     testing::internal::CaptureStderr();
-    for (const auto &c : cases) {
+    for (const auto& c : cases) {
         blk_052_t channel{};
         copy_text(channel.station, "SSB");
         copy_text(channel.chan_id, "BH");
@@ -363,7 +363,7 @@ TEST(Memory, ExhaustionIsFatal) {
         "^quarry: Out of memory in new_010 at line [0-9]+ of 'blockette'\n\tCan't malloc 1 bytes for "
         "new_blk" +
             rest);
-    for (const auto &[left, what] :
+    for (const auto& [left, what] :
          {std::pair{1, "12 bytes for blk->stn_id"}, {2, "2 bytes for blk->seq_num"}})
         EXPECT_EXIT(
             {

@@ -18,43 +18,43 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-std::string comment(int id, const std::string &text) {
+std::string comment(int id, const std::string& text) {
     return blockette(31, digits(id, 4) + "S" + text + "~000");
 }
 
-std::string comment_line(int id, const std::string &text) {
+std::string comment_line(int id, const std::string& text) {
     const auto length = static_cast<int>(comment(id, text).size());
     return "B031 " + fixed(length, 3, 0) + " Id#" + fixed(id, 4, 0) + " Class:S units:  0 '" + text +
            "' <Comment Description >\n";
 }
 
-std::string station_050(const std::string &code) {
+std::string station_050(const std::string& code) {
     return blockette(50, padded(code, 5) + fixed(1, 10, 6) + fixed(2, 11, 6) + fixed(3, 7, 1) +
                              "   1  0Site~0013210101998~~NXX");
 }
 
 // `head`: location, channel and subchannel; `attitude`: azimuth and dip.
-std::string channel_052(int format, int length_exponent, const std::string &head = "  BHZ0000",
-                        const std::string &attitude = "  0.0-90.0") {
+std::string channel_052(int format, int length_exponent, const std::string& head = "  BHZ0000",
+                        const std::string& attitude = "  0.0-90.0") {
     return blockette(52, head + "001~001001" + fixed(1, 10, 6) + fixed(2, 11, 6) + fixed(3, 7, 1) + "  0.0" +
                              attitude + digits(format, 4) + digits(length_exponent, 2) +
                              "   20.0000 1.000E-050000CG~1998~~N");
 }
 
-std::string format_030(int code, const std::string &name) {
+std::string format_030(int code, const std::string& name) {
     return blockette(30, name + "~" + digits(code, 4) + "00000");
 }
 
 // The part of the output from its summary on.
-std::string summary_of(const RunResult &result) {
+std::string summary_of(const RunResult& result) {
     return result.out.substr(std::min(result.out.find("\nBlockette Summary"), result.out.size()));
 }
 
-std::string without_summary(const RunResult &result) {
+std::string without_summary(const RunResult& result) {
     return result.out.substr(0, result.out.find("\nBlockette Summary"));
 }
 
-int count_of(const std::string &text, const std::string &part) {
+int count_of(const std::string& text, const std::string& part) {
     int count = 0;
     for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size())
         ++count;
@@ -153,7 +153,7 @@ TEST(LogicalRecords, InputsThatEndEarly) {
 // --- the blockette reader ------------------------------------------------------------------------------
 
 TEST(Reader, LengthsOutOfBounds) {
-    const auto with_length = [](const char *length) {
+    const auto with_length = [](const char* length) {
         return list_volume(VolumeBuilder(16384)
                                .control('V', volume_010(14))
                                .control('A', "031" + std::string(length) + std::string(12000, 'x'))
@@ -234,7 +234,7 @@ TEST(Reader, FatalBlockettes) {
     std::string pieces;
     for (int i = 0; i < 250; ++i)
         pieces += "STA    BHZ~00000101";
-    const auto index = [&](const char *count) {
+    const auto index = [&](const char* count) {
         return list_volume(VolumeBuilder(8192)
                                .control('V', volume_010(13))
                                .control('T', blockette(73, count + pieces))
@@ -265,7 +265,7 @@ TEST(DataRecords, LengthAndFormatOfTheHeadersAndOfBlockette1000) {
                                     .control('A', format_030(1, "32-Bit Integer Format"))
                                     .control('S', station_050("DEM1") + channel_052(1, 8))
                                     .bytes();
-    const auto data = [](int size, int encoding, const char *channel = "BHZ") {
+    const auto data = [](int size, int encoding, const char* channel = "BHZ") {
         DataRecord record;
         record.channel = channel;
         record.size = size;
@@ -370,7 +370,7 @@ TEST(VolumeLoop, CompressedAndStandardInput) {
     const RunResult expected = run_quarry({.arguments = {plain}});
     EXPECT_EQ(run_quarry({.standard_input = demonstration_volume()}).out, expected.out);
     EXPECT_EQ(run_quarry({.arguments = {"-"}, .standard_input = demonstration_volume()}).out, expected.out);
-    for (const char *encode : {"gzip -c", "compress -c"}) {
+    for (const char* encode : {"gzip -c", "compress -c"}) {
         const std::string packed = directory.path() + "/packed.seed";
         ASSERT_EQ(std::system((std::string(encode) + " " + plain + " > " + packed).c_str()), 0);
         const RunResult result = run_quarry({.arguments = {packed}});
@@ -390,7 +390,7 @@ TEST(VolumeLoop, CompressedAndStandardInput) {
 
 TEST(CommandLine, UsageAndBanner) {
     const std::string usage = " [[-f n] [-sS] [-d database] [seed]\n";
-    for (const std::vector<std::string> &arguments :
+    for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"a", "b"}, {"-H"}, {"-x"}, {"a", "-s"}, {"-f"}}) {
         const RunResult result = run_quarry({.arguments = arguments});
         EXPECT_EQ(result.status, 1);
@@ -409,7 +409,7 @@ TEST(CommandLine, UsageAndBanner) {
 TEST(CommandLine, ParameterFile) {
     const TemporaryDirectory here;
     const TemporaryDirectory there;
-    const auto run = [&](const std::string &path, const std::string &directory, const std::string &volume) {
+    const auto run = [&](const std::string& path, const std::string& directory, const std::string& volume) {
         return run_quarry(
             {.arguments = {volume}, .environment = {{"QUARRY_PARAM_PATH", path}}, .directory = directory});
     };
@@ -448,7 +448,7 @@ TEST(CommandLine, InputsAndOutputsThatFail) {
 
     const TemporaryDirectory directory;
     const std::string volume = directory.file("demo", demonstration_volume());
-    const auto shell = [&](const std::string &command) {
+    const auto shell = [&](const std::string& command) {
         return run_quarry({.arguments = {"-c", command, QUARRY_PROGRAM, volume}, .program = "/bin/sh"});
     };
     const RunResult full = shell("\"$0\" \"$1\" > /dev/full");
@@ -468,20 +468,20 @@ TEST(CommandLine, InputsAndOutputsThatFail) {
 
 class DatabaseTest : public testing::Test {
 protected:
-    std::string database(const std::string &sql) {
+    std::string database(const std::string& sql) {
         const std::string path = directory_.path() + "/" + std::to_string(++count_) + ".db";
-        sqlite3 *connection = nullptr;
+        sqlite3* connection = nullptr;
         EXPECT_EQ(sqlite3_open(path.c_str(), &connection), SQLITE_OK);
         EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
         sqlite3_close(connection);
         return path;
     }
 
-    RunResult run(const std::string &database_path, const std::string &volume) {
+    RunResult run(const std::string& database_path, const std::string& volume) {
         return list_volume(volume, {"-d", database_path});
     }
 
-    static std::string data(int doy, const char *station = "DEM1", int encoding = 3) {
+    static std::string data(int doy, const char* station = "DEM1", int encoding = 3) {
         DataRecord record;
         record.station = station;
         record.year = 2001;
@@ -531,7 +531,7 @@ TEST_F(DatabaseTest, TablesThatAreNotThere) {
 }
 
 TEST_F(DatabaseTest, DatabasesThatCannotBeOpened) {
-    const auto error = [&](const std::string &path) {
+    const auto error = [&](const std::string& path) {
         const RunResult result = run(path, "");
         EXPECT_EQ(result.status, 1);
         return result.err;
@@ -540,6 +540,8 @@ TEST_F(DatabaseTest, DatabasesThatCannotBeOpened) {
     EXPECT_EQ(error("none.db"), "quarry: Can't open database none.db: No such file or directory\n");
     EXPECT_EQ(error("/"), "quarry: Can't open database /: Is a directory\n");
     EXPECT_EQ(error(text), "quarry: Can't open database " + text + ": Invalid argument\n");
+    const std::string empty = directory_.file("empty", "");
+    EXPECT_EQ(error(empty), "quarry: Can't open database " + empty + ": Invalid argument\n");
     EXPECT_FALSE(std::filesystem::exists("none.db"));
 }
 
@@ -548,7 +550,7 @@ TEST_F(DatabaseTest, DatabasesThatCannotBeOpened) {
 // tests/golden/ holds what was read and found right; QUARRY_RECORD=1 in the environment writes it anew.
 TEST(Golden, DemonstrationVolume) {
     const std::string golden = QUARRY_GOLDEN;
-    for (const auto &[name, options] : {std::pair<std::string, std::vector<std::string>>{"demo", {}},
+    for (const auto& [name, options] : {std::pair<std::string, std::vector<std::string>>{"demo", {}},
                                         {"demo-S", {"-S"}},
                                         {"demo-s-vv", {"-s", "-vv"}}}) {
         const RunResult result = list_volume(demonstration_volume(), options, true);

@@ -18,14 +18,14 @@
 namespace quarry {
 
 void name_the_log() {
-    const std::array<const char *, 1> arguments{"quarry"};
+    const std::array<const char*, 1> arguments{"quarry"};
     log_init(1, arguments.data());
 }
 
 std::string listed(int type, std::string_view text) {
-    char *bytes = nullptr;
+    char* bytes = nullptr;
     std::size_t size = 0;
-    std::FILE *stream = open_memstream(&bytes, &size);
+    std::FILE* stream = open_memstream(&bytes, &size);
     const BlockettePointer record(parse_blk(text, type), {type});
     pbrief_blk(stream, record.get(), type);
     std::fclose(stream);
@@ -48,7 +48,7 @@ TemporaryDirectory::~TemporaryDirectory() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-std::string TemporaryDirectory::file(const std::string &name, std::string_view content) const {
+std::string TemporaryDirectory::file(const std::string& name, std::string_view content) const {
     const std::string path = path_ + "/" + name;
     std::ofstream(path, std::ios::binary) << content;
     return path;
@@ -56,27 +56,27 @@ std::string TemporaryDirectory::file(const std::string &name, std::string_view c
 
 namespace {
 
-[[noreturn]] void run_child(const RunOptions &options, const std::string &program, int in, int out, int err) {
+[[noreturn]] void run_child(const RunOptions& options, const std::string& program, int in, int out, int err) {
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(options.one_place ? out : err, STDERR_FILENO);
-    for (const auto &[name, value] : options.environment)
+    for (const auto& [name, value] : options.environment)
         setenv(name.c_str(), value.c_str(), 1);
     if (!options.directory.empty() && chdir(options.directory.c_str()) != 0)
         _exit(126);
     std::vector<std::string> words = options.arguments;
     words.insert(words.begin(), program);
-    std::vector<char *> arguments;
-    for (std::string &word : words)
+    std::vector<char*> arguments;
+    for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());
     _exit(127);
 }
 
-void drain(int out, std::string *out_text, int err, std::string *err_text) {
+void drain(int out, std::string* out_text, int err, std::string* err_text) {
     std::array<pollfd, 2> waiting{pollfd{out, POLLIN, 0}, pollfd{err, POLLIN, 0}};
-    const std::array<std::string *, 2> texts{out_text, err_text};
+    const std::array<std::string*, 2> texts{out_text, err_text};
     int open = 2;
     while (open > 0 && poll(waiting.data(), waiting.size(), -1) > 0) {
         for (std::size_t i = 0; i < waiting.size(); ++i) {
@@ -96,12 +96,12 @@ void drain(int out, std::string *out_text, int err, std::string *err_text) {
 
 // Standard input: a file's descriptor, or the end of a packet socket, in which an empty message stands for a
 // tape's file mark.
-int input_descriptor(const RunOptions &options, const TemporaryDirectory &directory) {
+int input_descriptor(const RunOptions& options, const TemporaryDirectory& directory) {
     if (options.tape_files.empty())
         return open(directory.file("stdin", options.standard_input).c_str(), O_RDONLY | O_CLOEXEC);
     std::array<int, 2> ends;
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
-    for (const std::string &file : options.tape_files) {
+    for (const std::string& file : options.tape_files) {
         for (std::size_t at = 0; at < file.size(); at += 16384)
             EXPECT_GT(send(ends[0], file.data() + at, std::min<std::size_t>(16384, file.size() - at), 0), 0);
         EXPECT_EQ(send(ends[0], "", 0, 0), 0);
@@ -112,7 +112,7 @@ int input_descriptor(const RunOptions &options, const TemporaryDirectory &direct
 
 } // namespace
 
-RunResult run_quarry(const RunOptions &given) {
+RunResult run_quarry(const RunOptions& given) {
     const TemporaryDirectory directory;
     RunOptions options = given;
     options.environment.emplace("QUARRY_PARAM_PATH", directory.path());

@@ -25,12 +25,12 @@ class TemporaryDirectory {
 public:
     TemporaryDirectory();
     ~TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory &) = delete;
-    TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     // Writes a file into it and returns its path.
-    std::string file(const std::string &name, std::string_view content) const;
-    const std::string &path() const { return path_; }
+    std::string file(const std::string& name, std::string_view content) const;
+    const std::string& path() const { return path_; }
 
 private:
     std::string path_;
@@ -53,7 +53,7 @@ struct RunOptions {
 };
 
 // Runs the program to its end.
-RunResult run_quarry(const RunOptions &options);
+RunResult run_quarry(const RunOptions& options);
 
 // Runs it on a volume given as bytes, with the given options before its name.
 RunResult list_volume(std::string_view volume, std::vector<std::string> options = {}, bool one_place = false);

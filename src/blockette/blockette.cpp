@@ -14,20 +14,20 @@ namespace quarry {
 
 // The number in the message is a count of records, so always 1.
 #define QUARRY_DEFINE_NEW(TYPE, NAME)                                                                        \
-    blk_##NAME##_t *new_##NAME() {                                                                           \
-        auto *blk = new_zeroed<blk_##NAME##_t>(QUARRY_SITE("blockette"), 1, "new_blk");                      \
+    blk_##NAME##_t* new_##NAME() {                                                                           \
+        auto* blk = new_zeroed<blk_##NAME##_t>(QUARRY_SITE("blockette"), 1, "new_blk");                      \
         init_##NAME(blk);                                                                                    \
         return blk;                                                                                          \
     }
 QUARRY_BLOCKETTE_TYPES(QUARRY_DEFINE_NEW)
 #undef QUARRY_DEFINE_NEW
 
-void *parse_blk(std::string_view text, int blk_type) {
+void* parse_blk(std::string_view text, int blk_type) {
     Bad_blkflag = 0;
     switch (blk_type) {
 #define QUARRY_PARSE_CASE(TYPE, NAME)                                                                        \
     case TYPE: {                                                                                             \
-        blk_##NAME##_t *blk = new_##NAME();                                                                  \
+        blk_##NAME##_t* blk = new_##NAME();                                                                  \
         parse_##NAME(blk, text);                                                                             \
         return blk;                                                                                          \
     }
@@ -39,11 +39,11 @@ void *parse_blk(std::string_view text, int blk_type) {
     }
 }
 
-int block_size(const void *blk, int blk_type) {
+int block_size(const void* blk, int blk_type) {
     switch (blk_type) {
 #define QUARRY_SIZE_CASE(TYPE, NAME)                                                                         \
     case TYPE:                                                                                               \
-        return static_cast<const blk_##NAME##_t *>(blk)->length;
+        return static_cast<const blk_##NAME##_t*>(blk)->length;
         QUARRY_BLOCKETTE_TYPES(QUARRY_SIZE_CASE)
 #undef QUARRY_SIZE_CASE
     default:

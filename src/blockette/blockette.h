@@ -11,19 +11,19 @@ namespace quarry {
 
 // A new record of the type, filled from its text (from the blockette's type field on; for type -1 from byte 8
 // of the data record on). Clears Bad_blkflag first. An unknown type is complained of and gives null.
-void *parse_blk(std::string_view text, int blk_type);
+void* parse_blk(std::string_view text, int blk_type);
 
 // Releases a record of the type; an unknown type is complained of and nothing is released.
-void free_blk(void *blk, int blk_type);
+void free_blk(void* blk, int blk_type);
 
 // Size of the blockette in bytes as it stood in the volume: its declared length, for a data record its full
 // record length. An unknown type is complained of and gives 0; the record is not looked at.
-int block_size(const void *blk, int blk_type);
+int block_size(const void* blk, int blk_type);
 
 // Owns a record.
 struct BlocketteRelease {
     int type;
-    void operator()(void *blk) const { free_blk(blk, type); }
+    void operator()(void* blk) const { free_blk(blk, type); }
 };
 using BlockettePointer = std::unique_ptr<void, BlocketteRelease>;
 

@@ -9,7 +9,7 @@
 
 namespace quarry {
 
-void init_dh(blk_dh_t *blk) {
+void init_dh(blk_dh_t* blk) {
     blk->stn_id[0] = blk->loc_id[0] = blk->chan_id[0] = blk->start_time[0] = '\0';
     blk->nsamps = 0;
     blk->rate_f = 0;
@@ -18,7 +18,7 @@ void init_dh(blk_dh_t *blk) {
     blk->time_cor = blk->beg_data = blk->beg_blks = 0;
 }
 
-void int2int(int *dest, const char *src, int swap) {
+void int2int(int* dest, const char* src, int swap) {
     std::array<char, 4> bytes;
     if (swap != 0)
         swap_four(src, bytes.data(), 1);
@@ -27,7 +27,7 @@ void int2int(int *dest, const char *src, int swap) {
     *dest = load<std::int32_t>(bytes.data());
 }
 
-void short2int(int *dest, const char *src, int swap) {
+void short2int(int* dest, const char* src, int swap) {
     std::array<char, 2> bytes;
     if (swap != 0)
         swap_two(src, bytes.data(), 1);
@@ -36,7 +36,7 @@ void short2int(int *dest, const char *src, int swap) {
     *dest = load<std::int16_t>(bytes.data());
 }
 
-void char2int(int *dest, const char *src) {
+void char2int(int* dest, const char* src) {
     *dest = static_cast<signed char>(*src);
 }
 
@@ -56,7 +56,7 @@ void char2int(int *dest, const char *src) {
 // 40 time correction                  signed 32-bit
 // 44 beginning of data                signed 16-bit
 // 46 first blockette                  signed 16-bit
-void parse_dh(blk_dh_t *blk, std::string_view buff) {
+void parse_dh(blk_dh_t* blk, std::string_view buff) {
     constexpr std::size_t text_start = 8;
     constexpr std::size_t header_end = 48;
     std::array<char, header_end> header{}; // what the text lacks stays 0

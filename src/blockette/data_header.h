@@ -32,8 +32,8 @@ struct blk_dh_t {
     int time_cor;     // 0.0001 s
     int beg_data;     // byte offset of the first sample in the record
     int beg_blks;     // byte offset of the first data blockette in the record
-    char *data;       // the samples, at beg_data of the reader's buffer; valid until the next record is read
-    char *raw;        // the record, in the reader's buffer
+    char* data;       // the samples, at beg_data of `raw`; null where that lies outside the record
+    char* raw;        // the record, in the reader's buffer: both are valid until the next one is read
     double samp_rate; // samples per second, set by fix_dh
     int byteswap;     // 0 if the binary fields were in the host's order, -1 if they were swapped
     double epoch;     // start in epoch seconds, corrected, set by fixup_dh
@@ -47,8 +47,8 @@ QUARRY_BLOCKETTE_FUNCTIONS(dh)
 
 // Signed numbers from unaligned wire bytes, swapped first where `swap` is non-zero, sign-extended. The
 // source holds 4, 2 or 1 bytes.
-void int2int(int *dest, const char *src, int swap);
-void short2int(int *dest, const char *src, int swap);
-void char2int(int *dest, const char *src);
+void int2int(int* dest, const char* src, int swap);
+void short2int(int* dest, const char* src, int swap);
+void char2int(int* dest, const char* src);
 
 } // namespace quarry

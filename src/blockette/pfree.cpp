@@ -13,17 +13,17 @@ namespace quarry {
 
 // The arrays that a record owns go with it.
 #define QUARRY_DEFINE_FREE(TYPE, NAME)                                                                       \
-    void free_##NAME(blk_##NAME##_t *ptr) {                                                                  \
+    void free_##NAME(blk_##NAME##_t* ptr) {                                                                  \
         delete ptr;                                                                                          \
     }
 QUARRY_BLOCKETTE_TYPES(QUARRY_DEFINE_FREE)
 #undef QUARRY_DEFINE_FREE
 
-void free_blk(void *blk, int blk_type) {
+void free_blk(void* blk, int blk_type) {
     switch (blk_type) {
 #define QUARRY_FREE_CASE(TYPE, NAME)                                                                         \
     case TYPE:                                                                                               \
-        return free_##NAME(static_cast<blk_##NAME##_t *>(blk));
+        return free_##NAME(static_cast<blk_##NAME##_t*>(blk));
         QUARRY_BLOCKETTE_TYPES(QUARRY_FREE_CASE)
 #undef QUARRY_FREE_CASE
     default:

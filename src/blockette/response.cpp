@@ -12,7 +12,7 @@ namespace quarry {
 namespace {
 
 template <class Record>
-void copy_channel_context(Record *blk) {
+void copy_channel_context(Record* blk) {
     copy_text(blk->station, member_text(blk_050.station));
     copy_text(blk->network_code, member_text(blk_050.network_code));
     copy_text(blk->channel, member_text(blk_052.channel));
@@ -26,22 +26,22 @@ void copy_channel_context(Record *blk) {
 }
 
 // True, with a note, if the blockette has failed before element `index` of the named list.
-bool aborted(const char *list, std::size_t index) {
+bool aborted(const char* list, std::size_t index) {
     if (Bad_blkflag == 0)
         return false;
     log_note("Aborting input of %s at #%d\n", list, static_cast<int>(index));
     return true;
 }
 
-Complex_t scan_complex(std::string_view *str) {
+Complex_t scan_complex(std::string_view* str) {
     const double real = scan_double(str, 12);
     const double imag = scan_double(str, 12);
     return {real, imag};
 }
 
 // Values with their errors, 12 characters each part. Returns false when the reading was aborted.
-bool scan_complex_list(std::string_view *str, const char *list, std::vector<Complex_t> *values,
-                       std::vector<Complex_t> *errors) {
+bool scan_complex_list(std::string_view* str, const char* list, std::vector<Complex_t>* values,
+                       std::vector<Complex_t>* errors) {
     for (std::size_t i = 0; i < values->size(); ++i) {
         if (aborted(list, i))
             return false;
@@ -51,8 +51,8 @@ bool scan_complex_list(std::string_view *str, const char *list, std::vector<Comp
     return true;
 }
 
-bool scan_real_list(std::string_view *str, const char *list, std::vector<double> *values,
-                    std::vector<double> *errors) {
+bool scan_real_list(std::string_view* str, const char* list, std::vector<double>* values,
+                    std::vector<double>* errors) {
     for (std::size_t i = 0; i < values->size(); ++i) {
         if (aborted(list, i))
             return false;
@@ -64,7 +64,7 @@ bool scan_real_list(std::string_view *str, const char *list, std::vector<double>
 
 } // namespace
 
-void init_053(blk_053_t *blk) {
+void init_053(blk_053_t* blk) {
     *blk = {};
     blk->type = 53;
     blk->func_type = ' ';
@@ -85,7 +85,7 @@ void init_053(blk_053_t *blk) {
 // 11 number of poles            int 3
 //    for each pole:
 // 12   the same four values     4 x real 12
-void parse_053(blk_053_t *blk, std::string_view buff) {
+void parse_053(blk_053_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->func_type = scan_char(&buff);
@@ -107,7 +107,7 @@ void parse_053(blk_053_t *blk, std::string_view buff) {
     scan_complex_list(&buff, "paz poles", &blk->pole, &blk->pole_error);
 }
 
-void init_054(blk_054_t *blk) {
+void init_054(blk_054_t* blk) {
     *blk = {};
     blk->type = 54;
     blk->func_type = ' ';
@@ -125,7 +125,7 @@ void init_054(blk_054_t *blk) {
 //  9 number of denominators    int 4
 //    for each denominator:
 // 10   coefficient, error      2 x real 12
-void parse_054(blk_054_t *blk, std::string_view buff) {
+void parse_054(blk_054_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->func_type = scan_char(&buff);
@@ -145,7 +145,7 @@ void parse_054(blk_054_t *blk, std::string_view buff) {
     scan_real_list(&buff, "fir denominators", &blk->denom_coef, &blk->denom_error);
 }
 
-void init_057(blk_057_t *blk) {
+void init_057(blk_057_t* blk) {
     *blk = {};
     blk->type = 57;
 }
@@ -158,7 +158,7 @@ void init_057(blk_057_t *blk) {
 // 6 decimation offset     int 5
 // 7 estimated delay       real 11
 // 8 correction applied    real 11
-void parse_057(blk_057_t *blk, std::string_view buff) {
+void parse_057(blk_057_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->stage_num = scan_int(&buff, 2);
@@ -170,7 +170,7 @@ void parse_057(blk_057_t *blk, std::string_view buff) {
     copy_channel_context(blk);
 }
 
-void init_058(blk_058_t *blk) {
+void init_058(blk_058_t* blk) {
     *blk = {};
     blk->type = 58;
 }
@@ -181,7 +181,7 @@ void init_058(blk_058_t *blk) {
 // 4 sensitivity or gain   real 12
 // 5 frequency             real 12
 //   the calibration history that follows is not read
-void parse_058(blk_058_t *blk, std::string_view buff) {
+void parse_058(blk_058_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->stage_num = scan_int(&buff, 2);
@@ -190,7 +190,7 @@ void parse_058(blk_058_t *blk, std::string_view buff) {
     copy_channel_context(blk);
 }
 
-void init_059(blk_059_t *blk) {
+void init_059(blk_059_t* blk) {
     *blk = {};
     blk->type = 59;
 }
@@ -201,7 +201,7 @@ void init_059(blk_059_t *blk) {
 // 4 end time           var 23
 // 5 comment code key   int 4
 // 6 comment level      int 6
-void parse_059(blk_059_t *blk, std::string_view buff) {
+void parse_059(blk_059_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_var_str(&buff, blk->beg_time);
@@ -211,7 +211,7 @@ void parse_059(blk_059_t *blk, std::string_view buff) {
     copy_channel_context(blk);
 }
 
-void init_061(blk_061_t *blk) {
+void init_061(blk_061_t* blk) {
     *blk = {};
     blk->type = 61;
     blk->symmetry = ' ';
@@ -227,7 +227,7 @@ void init_061(blk_061_t *blk) {
 // 8 number of coefficients   int 4
 //   for each coefficient:
 // 9   FIR coefficient        real 14
-void parse_061(blk_061_t *blk, std::string_view buff) {
+void parse_061(blk_061_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->stage_num = scan_int(&buff, 2);

@@ -12,7 +12,7 @@ namespace quarry {
 namespace {
 
 // Takes `len` characters off the cursor and returns their text up to a NUL.
-std::string_view take(std::string_view *str, int len) {
+std::string_view take(std::string_view* str, int len) {
     const std::size_t width = std::min(static_cast<std::size_t>(std::max(len, 0)), str->size());
     const std::string_view field = str->substr(0, width);
     str->remove_prefix(width);
@@ -37,7 +37,7 @@ int precision_of(std::string_view text) {
 
 } // namespace
 
-int scan_int(std::string_view *str, int len) {
+int scan_int(std::string_view* str, int len) {
     const std::string_view field = take(str, len);
     const ParsedInteger parsed = parse_integer(field);
     if (parsed.length == 0 && !is_blank(field)) {
@@ -47,7 +47,7 @@ int scan_int(std::string_view *str, int len) {
     return static_cast<int>(parsed.value);
 }
 
-double scan_double(std::string_view *str, int len) {
+double scan_double(std::string_view* str, int len) {
     std::array<char, 256> buffer{};
     copy_text(buffer, take(str, len));
     const std::string_view field(buffer.data());
@@ -65,12 +65,12 @@ double scan_double(std::string_view *str, int len) {
     return parsed.value;
 }
 
-void scan_str(std::string_view *str, int len, std::span<char> destination) {
+void scan_str(std::string_view* str, int len, std::span<char> destination) {
     copy_text(destination, trim_back(trim_front(take(str, len))));
 }
 
-char *scan_var_str(std::string_view *source, std::span<char> destination) {
-    std::string_view &text = *source;
+char* scan_var_str(std::string_view* source, std::span<char> destination) {
+    std::string_view& text = *source;
     if (!text.starts_with('~'))
         text = trim_front(text);
     const std::size_t length = std::min(text.find_first_of(std::string_view("~\0", 2)), text.size());
@@ -95,7 +95,7 @@ char *scan_var_str(std::string_view *source, std::span<char> destination) {
     return destination.data() + field.size();
 }
 
-char scan_char(std::string_view *str) {
+char scan_char(std::string_view* str) {
     if (str->empty())
         return '\0';
     const char character = str->front();
@@ -103,7 +103,7 @@ char scan_char(std::string_view *str) {
     return character;
 }
 
-void scan_skip(std::string_view *str, int len) {
+void scan_skip(std::string_view* str, int len) {
     take(str, len);
 }
 

@@ -14,24 +14,24 @@
 namespace quarry {
 
 // The next `len` characters as a base-10 integer; 0 if blank. What follows the digits is ignored.
-int scan_int(std::string_view *str, int len);
+int scan_int(std::string_view* str, int len);
 
 // The next `len` characters as a real number; 0.0 if blank. An exponent written "E 03" is read as "E+03".
-double scan_double(std::string_view *str, int len);
+double scan_double(std::string_view* str, int len);
 
 // The next `len` characters, trimmed of white space on both sides, into `destination` (cut to its capacity).
-void scan_str(std::string_view *str, int len, std::span<char> destination);
+void scan_str(std::string_view* str, int len, std::span<char> destination);
 
 // A variable field up to its "~", which is consumed, trimmed of white space on both sides. The capacity of
-// `destination` counts the NUL; a text of that many characters or more is cut to one less and complained of,
-// and the cursor goes on after the next "~". At a NUL the field ends and the cursor stays on it. Returns the
-// position in `destination` just after the last character written.
-char *scan_var_str(std::string_view *source, std::span<char> destination);
+// `destination`, at least 1, counts the NUL; a text of that many characters or more is cut to one less and
+// complained of, and the cursor goes on after the next "~". At a NUL the field ends and the cursor stays on
+// it. Returns the position in `destination` just after the last character written.
+char* scan_var_str(std::string_view* source, std::span<char> destination);
 
 // One character as it stands; NUL at the end of the text.
-char scan_char(std::string_view *str);
+char scan_char(std::string_view* str);
 
 // Passes over `len` characters.
-void scan_skip(std::string_view *str, int len);
+void scan_skip(std::string_view* str, int len);
 
 } // namespace quarry

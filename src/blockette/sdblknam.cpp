@@ -60,9 +60,9 @@ constexpr std::array<Sdinfo, 48> catalogue{{
     {1000, 8, "Data Only SEED"},
 }};
 
-const Sdinfo *row_of(int type) {
+const Sdinfo* row_of(int type) {
     const auto row = std::find_if(catalogue.begin(), catalogue.end(),
-                                  [type](const Sdinfo &entry) { return entry.id == type; });
+                                  [type](const Sdinfo& entry) { return entry.id == type; });
     return row == catalogue.end() ? nullptr : row;
 }
 
@@ -70,17 +70,17 @@ const Sdinfo *row_of(int type) {
 
 const std::span<const Sdinfo> sdinfo = catalogue;
 const int Nseed = static_cast<int>(catalogue.size());
-const char *const Unknown = "Unknown Type";
+const char* const Unknown = "Unknown Type";
 
-const char *sdblknam(int type) {
-    const Sdinfo *row = row_of(type);
+const char* sdblknam(int type) {
+    const Sdinfo* row = row_of(type);
     if (row == nullptr)
         log_note("sdblknam: Unknown blockette type %d\n", type);
     return row != nullptr ? row->name : Unknown;
 }
 
 int sdminsz(int type) {
-    const Sdinfo *row = row_of(type);
+    const Sdinfo* row = row_of(type);
     if (row == nullptr)
         log_note("sdminsz: Unknown blockette type %d\n", type);
     return row != nullptr ? row->minsz : 0;

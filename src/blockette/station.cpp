@@ -13,7 +13,7 @@ namespace quarry {
 blk_050_t blk_050{};
 blk_052_t blk_052{};
 
-void init_050(blk_050_t *blk) {
+void init_050(blk_050_t* blk) {
     *blk = {};
     blk->type = 50;
     blk->long_order = 3210;
@@ -37,7 +37,7 @@ void init_050(blk_050_t *blk) {
 // 13 end date                         var 23
 // 14 update flag                      char
 // 15 network code                     2 characters as they stand
-void parse_050(blk_050_t *blk, std::string_view buff) {
+void parse_050(blk_050_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_str(&buff, 5, blk->station);
@@ -56,7 +56,7 @@ void parse_050(blk_050_t *blk, std::string_view buff) {
     blk_050 = *blk;
 }
 
-void init_051(blk_051_t *blk) {
+void init_051(blk_051_t* blk) {
     *blk = {};
     blk->type = 51;
 }
@@ -67,7 +67,7 @@ void init_051(blk_051_t *blk) {
 // 4 end time           var 23
 // 5 comment code key   int 4
 // 6 comment level      int 6
-void parse_051(blk_051_t *blk, std::string_view buff) {
+void parse_051(blk_051_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_var_str(&buff, blk->beg_time);
@@ -78,7 +78,7 @@ void parse_051(blk_051_t *blk, std::string_view buff) {
     copy_text(blk->network_code, member_text(blk_050.network_code));
 }
 
-void init_052(blk_052_t *blk) {
+void init_052(blk_052_t* blk) {
     *blk = {};
     blk->type = 52;
     copy_text(blk->loc_id, "  ");
@@ -92,7 +92,7 @@ namespace {
 constexpr int shortest_record_exponent = 8;
 constexpr int standard_record_exponent = 12;
 
-void check_record_length(blk_052_t *blk) {
+void check_record_length(blk_052_t* blk) {
     const int exponent = blk->record_length;
     if (exponent == standard_record_exponent)
         return;
@@ -131,7 +131,7 @@ void check_record_length(blk_052_t *blk) {
 // 22 start date                    var 23
 // 23 end date                      var 23
 // 24 update flag                   char
-void parse_052(blk_052_t *blk, std::string_view buff) {
+void parse_052(blk_052_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_str(&buff, 2, blk->loc_id);
@@ -204,7 +204,7 @@ std::string_view alphanumeric_head(std::string_view text) {
 
 } // namespace
 
-void fix_channel(blk_052_t *blk) {
+void fix_channel(blk_052_t* blk) {
     std::string name(alphanumeric_head(member_text(blk->chan_id)));
     name += alphanumeric_head(member_text(blk->loc_id));
     if (blk->subchan_id > 0) {

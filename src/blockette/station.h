@@ -81,6 +81,6 @@ QUARRY_BLOCKETTE_FUNCTIONS(052)
 // Builds the combined channel name from the channel and location codes; for a multiplexed channel (subchannel
 // number above 0) it ends in the letter of the sensor's orientation, which is also filed in
 // Geoscope_channels. An orientation that fits no letter is complained of and keeps the subchannel digit.
-void fix_channel(blk_052_t *blk);
+void fix_channel(blk_052_t* blk);
 
 } // namespace quarry

@@ -8,7 +8,7 @@
 
 namespace quarry {
 
-void init_070(blk_070_t *blk) {
+void init_070(blk_070_t* blk) {
     *blk = {};
     blk->type = 70;
     blk->span_flag = 'P';
@@ -19,7 +19,7 @@ void init_070(blk_070_t *blk) {
 // 3 time span flag    char
 // 4 beginning time    var 23
 // 5 end time          var 23
-void parse_070(blk_070_t *blk, std::string_view buff) {
+void parse_070(blk_070_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->span_flag = scan_char(&buff);
@@ -27,7 +27,7 @@ void parse_070(blk_070_t *blk, std::string_view buff) {
     scan_var_str(&buff, blk->end_time);
 }
 
-void init_071(blk_071_t *blk) {
+void init_071(blk_071_t* blk) {
     *blk = {};
     blk->type = 71;
 }
@@ -47,7 +47,7 @@ void init_071(blk_071_t *blk) {
 // 12 seismic region number     int 3
 // 13 seismic location number   int 4
 // 14 region name               var 41
-void parse_071(blk_071_t *blk, std::string_view buff) {
+void parse_071(blk_071_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_var_str(&buff, blk->origin_time);
@@ -66,7 +66,7 @@ void parse_071(blk_071_t *blk, std::string_view buff) {
     scan_var_str(&buff, blk->gregion);
 }
 
-void init_072(blk_072_t *blk) {
+void init_072(blk_072_t* blk) {
     *blk = {};
     blk->type = 72;
 }
@@ -83,7 +83,7 @@ void init_072(blk_072_t *blk) {
 // 10 phase name              var 21
 // 11 source key              int 2
 // 12 network                 text 2
-void parse_072(blk_072_t *blk, std::string_view buff) {
+void parse_072(blk_072_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_str(&buff, 5, blk->stn_id);
@@ -98,7 +98,7 @@ void parse_072(blk_072_t *blk, std::string_view buff) {
     scan_str(&buff, 2, blk->network_code);
 }
 
-void init_073(blk_073_t *blk) {
+void init_073(blk_073_t* blk) {
     *blk = {};
     blk->type = 73;
 }
@@ -113,7 +113,7 @@ void init_073(blk_073_t *blk) {
 // 7   start time             var 23
 // 8   sequence number        int 6
 // 9   sub-sequence number    int 2
-void parse_073(blk_073_t *blk, std::string_view buff) {
+void parse_073(blk_073_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->num_segs = scan_int(&buff, 4);
@@ -132,7 +132,7 @@ void parse_073(blk_073_t *blk, std::string_view buff) {
     }
 }
 
-void init_074(blk_074_t *blk) {
+void init_074(blk_074_t* blk) {
     *blk = {};
     blk->type = 74;
     blk->first_sub_seq_num = 1;
@@ -156,7 +156,7 @@ void init_074(blk_074_t *blk) {
 // 14   sequence number             int 6
 // 15   sub-sequence number         int 2
 // 16 network                       text 2
-void parse_074(blk_074_t *blk, std::string_view buff) {
+void parse_074(blk_074_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_str(&buff, 5, blk->stn_id);

@@ -42,10 +42,10 @@
 //               station code at byte 8 of the data record); what the text lacks is empty or zero
 //   free_NAME   releases the record with all that it owns
 #define QUARRY_BLOCKETTE_FUNCTIONS(NAME)                                                                     \
-    blk_##NAME##_t *new_##NAME();                                                                            \
-    void init_##NAME(blk_##NAME##_t *blk);                                                                   \
-    void parse_##NAME(blk_##NAME##_t *blk, std::string_view buff);                                           \
-    void free_##NAME(blk_##NAME##_t *ptr);
+    blk_##NAME##_t* new_##NAME();                                                                            \
+    void init_##NAME(blk_##NAME##_t* blk);                                                                   \
+    void parse_##NAME(blk_##NAME##_t* blk, std::string_view buff);                                           \
+    void free_##NAME(blk_##NAME##_t* ptr);
 
 namespace quarry {
 

@@ -7,7 +7,7 @@
 
 namespace quarry {
 
-void init_010(blk_010_t *blk) {
+void init_010(blk_010_t* blk) {
     *blk = {};
     blk->type = 10;
     blk->version = 2.3;
@@ -23,7 +23,7 @@ void init_010(blk_010_t *blk) {
 // 7 volume time               var 23
 // 8 originating organization  var 81
 // 9 label                     var 81
-void parse_010(blk_010_t *blk, std::string_view buff) {
+void parse_010(blk_010_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->version = scan_double(&buff, 4);
@@ -35,7 +35,7 @@ void parse_010(blk_010_t *blk, std::string_view buff) {
     scan_var_str(&buff, blk->label);
 }
 
-void init_011(blk_011_t *blk) {
+void init_011(blk_011_t* blk) {
     *blk = {};
     blk->type = 11;
 }
@@ -46,7 +46,7 @@ void init_011(blk_011_t *blk) {
 //   for each station:
 // 4   station code               text 5
 // 5   sequence number of header  int 6
-void parse_011(blk_011_t *blk, std::string_view buff) {
+void parse_011(blk_011_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->num_stn = scan_int(&buff, 3);
@@ -58,7 +58,7 @@ void parse_011(blk_011_t *blk, std::string_view buff) {
     }
 }
 
-void init_012(blk_012_t *blk) {
+void init_012(blk_012_t* blk) {
     *blk = {};
     blk->type = 12;
 }
@@ -70,7 +70,7 @@ void init_012(blk_012_t *blk) {
 // 4   beginning                 var 23
 // 5   end                       var 23
 // 6   sequence number of index  int 6
-void parse_012(blk_012_t *blk, std::string_view buff) {
+void parse_012(blk_012_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->num_span = scan_int(&buff, 4);
@@ -81,7 +81,7 @@ void parse_012(blk_012_t *blk, std::string_view buff) {
     }
 }
 
-void init_030(blk_030_t *blk) {
+void init_030(blk_030_t* blk) {
     *blk = {};
     blk->type = 30;
     blk->data_type = -1;
@@ -95,7 +95,7 @@ void init_030(blk_030_t *blk) {
 // 6 number of decoder keys        int 2
 //   for each key:
 // 7   decoder key                 var 80
-void parse_030(blk_030_t *blk, std::string_view buff) {
+void parse_030(blk_030_t* blk, std::string_view buff) {
     constexpr std::size_t key_limit = 80; // on the wire; the member has more room
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
@@ -105,14 +105,14 @@ void parse_030(blk_030_t *blk, std::string_view buff) {
     blk->num_keys = scan_int(&buff, 2);
     allocate_zeroed(blk->decode_key, blk->num_keys, QUARRY_SITE("blockette"), blk->num_keys,
                     "blk->decode_key");
-    for (std::vector<char> &key : blk->decode_key) {
+    for (std::vector<char>& key : blk->decode_key) {
         allocate_zeroed(key, decode_key_capacity, QUARRY_SITE("blockette"), decode_key_capacity,
                         "blk->decode_key[key]");
         scan_var_str(&buff, std::span(key).first(key_limit));
     }
 }
 
-void init_031(blk_031_t *blk) {
+void init_031(blk_031_t* blk) {
     *blk = {};
     blk->type = 31;
     blk->class_code = ' ';
@@ -124,7 +124,7 @@ void init_031(blk_031_t *blk) {
 // 4 comment class code       char
 // 5 description of comment   var 71
 // 6 units of comment level   int 3
-void parse_031(blk_031_t *blk, std::string_view buff) {
+void parse_031(blk_031_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->comment_id = scan_int(&buff, 4);
@@ -133,7 +133,7 @@ void parse_031(blk_031_t *blk, std::string_view buff) {
     blk->units = scan_int(&buff, 3);
 }
 
-void init_032(blk_032_t *blk) {
+void init_032(blk_032_t* blk) {
     *blk = {};
     blk->type = 32;
 }
@@ -144,7 +144,7 @@ void init_032(blk_032_t *blk) {
 // 4 name of publication or author   var 71
 // 5 date published or catalog       var 71
 // 6 publisher                       var 51
-void parse_032(blk_032_t *blk, std::string_view buff) {
+void parse_032(blk_032_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->source_id = scan_int(&buff, 2);
@@ -153,7 +153,7 @@ void parse_032(blk_032_t *blk, std::string_view buff) {
     scan_var_str(&buff, blk->publisher);
 }
 
-void init_033(blk_033_t *blk) {
+void init_033(blk_033_t* blk) {
     *blk = {};
     blk->type = 33;
 }
@@ -162,14 +162,14 @@ void init_033(blk_033_t *blk) {
 // 2 length                     int 4
 // 3 abbreviation lookup code   int 3
 // 4 abbreviation description   var 51
-void parse_033(blk_033_t *blk, std::string_view buff) {
+void parse_033(blk_033_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->abbrev_id = scan_int(&buff, 3);
     scan_var_str(&buff, blk->abbrev);
 }
 
-void init_034(blk_034_t *blk) {
+void init_034(blk_034_t* blk) {
     *blk = {};
     blk->type = 34;
 }
@@ -179,7 +179,7 @@ void init_034(blk_034_t *blk) {
 // 3 unit lookup code   int 3
 // 4 unit name          var 21
 // 5 unit description   var 51
-void parse_034(blk_034_t *blk, std::string_view buff) {
+void parse_034(blk_034_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->unit_id = scan_int(&buff, 3);

@@ -12,7 +12,7 @@ namespace quarry {
 
 namespace {
 
-int compare_channel(const rec_len_t &test, const rec_len_t &base) {
+int compare_channel(const rec_len_t& test, const rec_len_t& base) {
     if (const int order = std::strcmp(test.stn, base.stn); order != 0)
         return order;
     if (const int order = std::strcmp(test.chan_id, base.chan_id); order != 0)
@@ -20,12 +20,12 @@ int compare_channel(const rec_len_t &test, const rec_len_t &base) {
     return std::strcmp(test.loc_id, base.loc_id);
 }
 
-int compare_station(const order_t &test, const order_t &base) {
+int compare_station(const order_t& test, const order_t& base) {
     return std::strcmp(test.stn, base.stn);
 }
 
 template <class Epoch>
-int compare_time(const Epoch &test, const Epoch &base) {
+int compare_time(const Epoch& test, const Epoch& base) {
     if (test.start >= base.start && test.start < base.end)
         return 0;
     return (test.start > base.start ? 1 : 0) - (test.start < base.start ? 1 : 0);
@@ -33,12 +33,12 @@ int compare_time(const Epoch &test, const Epoch &base) {
 
 } // namespace
 
-int rec_len_cmp(const rec_len_t &test, const rec_len_t &base) {
+int rec_len_cmp(const rec_len_t& test, const rec_len_t& base) {
     const int order = compare_channel(test, base);
     return order != 0 ? order : compare_time(test, base);
 }
 
-int order_cmp(const order_t &test, const order_t &base) {
+int order_cmp(const order_t& test, const order_t& base) {
     const int order = compare_station(test, base);
     return order != 0 ? order : compare_time(test, base);
 }
@@ -50,8 +50,8 @@ SortedSet<order_t> new_order_list() {
     return {order_cmp, compare_station};
 }
 
-void update_fmt_list(List<blk_030_t> *fmt_list, const blk_030_t &b030) {
-    if (const blk_030_t *old = fmt_list->get(b030.format_id); old != nullptr) {
+void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030) {
+    if (const blk_030_t* old = fmt_list->get(b030.format_id); old != nullptr) {
         if (std::strcmp(old->name, b030.name) != 0)
             log_complain(0, "Data format id code #%d used for both %s and %s", b030.format_id, old->name,
                          b030.name);
@@ -61,8 +61,8 @@ void update_fmt_list(List<blk_030_t> *fmt_list, const blk_030_t &b030) {
     fmt_list->set(b030.format_id, b030);
 }
 
-void update_rec_list(SortedSet<rec_len_t> *rec_list, const char *stn, const List<blk_030_t> &fmt_list,
-                     const blk_052_t &b052) {
+void update_rec_list(SortedSet<rec_len_t>* rec_list, const char* stn, const List<blk_030_t>& fmt_list,
+                     const blk_052_t& b052) {
     rec_len_t epoch{};
     copy_text(epoch.stn, stn);
     copy_text(epoch.loc_id, member_text(b052.loc_id));
@@ -70,7 +70,7 @@ void update_rec_list(SortedSet<rec_len_t> *rec_list, const char *stn, const List
     start_epoch(member_text(b052.start_date), &epoch.start);
     end_epoch(member_text(b052.end_date), &epoch.end);
     epoch.len = record_bytes(b052.record_length);
-    if (const blk_030_t *format = fmt_list.get(b052.format_id); format != nullptr)
+    if (const blk_030_t* format = fmt_list.get(b052.format_id); format != nullptr)
         copy_text(epoch.format, member_text(format->name));
     else
         log_complain(0, "No data format for format id %d sta=%s chan=%s loc=%s File #%d\n", b052.format_id,
@@ -78,7 +78,7 @@ void update_rec_list(SortedSet<rec_len_t> *rec_list, const char *stn, const List
     rec_list->add(epoch);
 }
 
-void update_order_list(SortedSet<order_t> *order_list, const blk_050_t &b050) {
+void update_order_list(SortedSet<order_t>* order_list, const blk_050_t& b050) {
     order_t epoch{};
     copy_text(epoch.stn, member_text(b050.station));
     start_epoch(member_text(b050.start_date), &epoch.start);
@@ -88,13 +88,13 @@ void update_order_list(SortedSet<order_t> *order_list, const blk_050_t &b050) {
     order_list->add(epoch);
 }
 
-int lookup_rec_list(const SortedSet<rec_len_t> &rec_list, blk_dh_t *dh) {
+int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
     rec_len_t sought{};
     copy_text(sought.stn, member_text(dh->stn_id));
     copy_text(sought.loc_id, member_text(dh->loc_id));
     copy_text(sought.chan_id, member_text(dh->chan_id));
     sought.start = dh->epoch;
-    const rec_len_t *found = rec_list.find(sought);
+    const rec_len_t* found = rec_list.find(sought);
     if (found == nullptr)
         return 0;
     dh->length = found->len;
@@ -102,12 +102,12 @@ int lookup_rec_list(const SortedSet<rec_len_t> &rec_list, blk_dh_t *dh) {
     return 1;
 }
 
-int lookup_order_list(const SortedSet<order_t> &order_list, const blk_dh_t &dh, int *long_order,
-                      int *word_order) {
+int lookup_order_list(const SortedSet<order_t>& order_list, const blk_dh_t& dh, int* long_order,
+                      int* word_order) {
     order_t sought{};
     copy_text(sought.stn, member_text(dh.stn_id));
     seed2epoch(member_text(dh.start_time), &sought.start);
-    const order_t *found = order_list.find(sought);
+    const order_t* found = order_list.find(sought);
     if (found == nullptr)
         return 0;
     *long_order = found->long_order;

@@ -35,30 +35,30 @@ struct order_t {
 // Three-way comparisons of a sought element with a stored one. Where all codes are equal, a sought start
 // inside the stored epoch (start inclusive, end exclusive) is equal; the sought element's end is never
 // looked at.
-int rec_len_cmp(const rec_len_t &test, const rec_len_t &base);
-int order_cmp(const order_t &test, const order_t &base);
+int rec_len_cmp(const rec_len_t& test, const rec_len_t& base);
+int order_cmp(const order_t& test, const order_t& base);
 
 // Empty lists ordered by them.
 SortedSet<rec_len_t> new_rec_list();
 SortedSet<order_t> new_order_list();
 
 // Files a copy of a data format under its code. A code used before is complained of; the new format wins.
-void update_fmt_list(List<blk_030_t> *fmt_list, const blk_030_t &b030);
+void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030);
 
 // Files a channel epoch of the station; a format code without a blockette 030 is complained of and leaves
 // the format's name empty.
-void update_rec_list(SortedSet<rec_len_t> *rec_list, const char *stn, const List<blk_030_t> &fmt_list,
-                     const blk_052_t &b052);
+void update_rec_list(SortedSet<rec_len_t>* rec_list, const char* stn, const List<blk_030_t>& fmt_list,
+                     const blk_052_t& b052);
 
 // Files a station epoch.
-void update_order_list(SortedSet<order_t> *order_list, const blk_050_t &b050);
+void update_order_list(SortedSet<order_t>* order_list, const blk_050_t& b050);
 
 // Fills in `length` and `format` of a data header from the channel epoch that holds its `epoch`, of
 // overlapping ones from the one that starts first. Returns 1, or 0 without a change if there is none.
-int lookup_rec_list(const SortedSet<rec_len_t> &rec_list, blk_dh_t *dh);
+int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh);
 
 // The word orders of the station epoch that holds the header's start time text. Returns 1 or 0.
-int lookup_order_list(const SortedSet<order_t> &order_list, const blk_dh_t &dh, int *long_order,
-                      int *word_order);
+int lookup_order_list(const SortedSet<order_t>& order_list, const blk_dh_t& dh, int* long_order,
+                      int* word_order);
 
 } // namespace quarry

@@ -51,12 +51,12 @@ void read_format_row(std::int64_t record) {
 }
 
 // An end before 1970 counts as open.
-bool last_row_describes(const blk_dh_t &header) {
+bool last_row_describes(const blk_dh_t& header) {
     return std::strcmp(last_row.sta, header.stn_id) == 0 && std::strcmp(last_row.chan, header.chan_id) == 0 &&
            last_row.start <= header.epoch && (header.epoch <= last_row.end || last_row.end < 0);
 }
 
-bool find_format_row(const blk_dh_t &header) {
+bool find_format_row(const blk_dh_t& header) {
     if (format_rows == 0) {
         format_table = store_lookup(Db, "seedformat");
         format_rows = store_query(format_table, StoreQuery::record_count);
@@ -75,7 +75,7 @@ int word_comp(int value) {
     return (value & 0x8000) != 0 ? static_cast<int>(static_cast<unsigned>(value) | 0xFFFF0000U) : value;
 }
 
-void fix_dh(blk_dh_t *header, int /*long_order*/, int /*word_order*/) {
+void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
     header->rate_f = word_comp(header->rate_f);
     header->rate_m = word_comp(header->rate_m);
     if (header->rate_f == 0 || header->rate_m == 0) {
@@ -90,7 +90,7 @@ void fix_dh(blk_dh_t *header, int /*long_order*/, int /*word_order*/) {
                   header->sec_frac);
 }
 
-void fixup_dh(blk_dh_t *header, const read_handle_t *handle) {
+void fixup_dh(blk_dh_t* header, const read_handle_t* handle) {
     fix_dh(header, 0, 0);
     if ((header->activity & correction_applied) == 0)
         header->sec_frac = static_cast<int>(static_cast<unsigned>(header->sec_frac) +

@@ -1,22 +1,24 @@
 #include "listing/pbrief.h"
 
+#include "platform/standard_output.h"
+
 namespace quarry {
 
-void pbrief_blk(std::FILE *stream, const void *blk, int blk_type) {
+void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
     switch (blk_type) {
 #define QUARRY_PRINT_CASE(TYPE, NAME)                                                                        \
     case TYPE:                                                                                               \
-        pbrief_##NAME(stream, static_cast<const blk_##NAME##_t *>(blk));                                     \
+        pbrief_##NAME(stream, static_cast<const blk_##NAME##_t*>(blk));                                      \
         break;
         QUARRY_BLOCKETTE_TYPES(QUARRY_PRINT_CASE)
 #undef QUARRY_PRINT_CASE
     default:
         std::fprintf(stream, "Unknown blockette: %5i\n", blk_type);
     }
-    std::fflush(stream);
+    flush_output(stream);
 }
 
-void pbrief_dh(std::FILE *stream, const blk_dh_t *blk) {
+void pbrief_dh(std::FILE* stream, const blk_dh_t* blk) {
     std::fprintf(stream,
                  "DATA Net: %2s Sta: %5s Loc: %2s Chan: %4s Start:%20s #samples: %5i sample rate factor: %5i "
                  "multiplier: %5i Sample_rate: %10.5g Activity: %0x I/O: %0x Quality: %0x #blks after: %5i "

@@ -18,14 +18,14 @@ namespace quarry {
 
 // Lists the record of the given type and flushes the stream. For a type without a printer the record is not
 // looked at and a line says so.
-void pbrief_blk(std::FILE *stream, const void *blk, int blk_type);
+void pbrief_blk(std::FILE* stream, const void* blk, int blk_type);
 
-#define QUARRY_DECLARE_PRINTER(TYPE, NAME) void pbrief_##NAME(std::FILE *stream, const blk_##NAME##_t *blk);
+#define QUARRY_DECLARE_PRINTER(TYPE, NAME) void pbrief_##NAME(std::FILE* stream, const blk_##NAME##_t* blk);
 QUARRY_BLOCKETTE_TYPES(QUARRY_DECLARE_PRINTER)
 #undef QUARRY_DECLARE_PRINTER
 
 // The volume line (with the number of the tape file) and the station list of the summary.
-void summary_010(std::FILE *stream, const blk_010_t *blk);
-void summary_011(std::FILE *stream, const blk_011_t *blk);
+void summary_010(std::FILE* stream, const blk_010_t* blk);
+void summary_011(std::FILE* stream, const blk_011_t* blk);
 
 } // namespace quarry

@@ -7,8 +7,8 @@ namespace {
 
 // One line for each value; a value with an error shows it after the value. Only the line of a pole with an
 // error ends in a blank.
-void print_complex_list(std::FILE *stream, const std::vector<Complex_t> &values,
-                        const std::vector<Complex_t> &errors, const char *end_with_error) {
+void print_complex_list(std::FILE* stream, const std::vector<Complex_t>& values,
+                        const std::vector<Complex_t>& errors, const char* end_with_error) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         std::fprintf(stream, "\t%3d (%+12.5E %+12.5e)", static_cast<int>(i), values[i].real, values[i].imag);
         if (errors[i].real == 0.0 && errors[i].imag == 0.0)
@@ -19,8 +19,8 @@ void print_complex_list(std::FILE *stream, const std::vector<Complex_t> &values,
 }
 
 // As above for coefficients, whose errors stand after `gap`.
-void print_real_list(std::FILE *stream, const std::vector<double> &values, const std::vector<double> &errors,
-                     const char *gap) {
+void print_real_list(std::FILE* stream, const std::vector<double>& values, const std::vector<double>& errors,
+                     const char* gap) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         std::fprintf(stream, "\t%5i %+12.5E", static_cast<int>(i), values[i]);
         if (errors[i] != 0.0)
@@ -31,7 +31,7 @@ void print_real_list(std::FILE *stream, const std::vector<double> &values, const
 
 } // namespace
 
-void pbrief_053(std::FILE *stream, const blk_053_t *blk) {
+void pbrief_053(std::FILE* stream, const blk_053_t* blk) {
     std::fprintf(stream,
                  "B%03i %d Type:%c Stage#%2i Input Units:%3i Output Units:%3i Norm:%6.4e @%6.2fHz  "
                  "%3i Poles %3i Zeros  <%s>\n",
@@ -43,7 +43,7 @@ void pbrief_053(std::FILE *stream, const blk_053_t *blk) {
     print_complex_list(stream, blk->zero, blk->zero_error, "\n");
 }
 
-void pbrief_054(std::FILE *stream, const blk_054_t *blk) {
+void pbrief_054(std::FILE* stream, const blk_054_t* blk) {
     std::fprintf(stream,
                  "B%03i %d Type:%c stage#%2i Input:%3i Output:%3i  %4i Numerators, %4i Denominators  <%s>\n",
                  blk->type, blk->length, blk->func_type, blk->stage_num, blk->input_units, blk->output_units,
@@ -52,7 +52,7 @@ void pbrief_054(std::FILE *stream, const blk_054_t *blk) {
     print_real_list(stream, blk->denom_coef, blk->denom_error, " ");
 }
 
-void pbrief_057(std::FILE *stream, const blk_057_t *blk) {
+void pbrief_057(std::FILE* stream, const blk_057_t* blk) {
     std::fprintf(stream,
                  "B%03i %d Stage#%2i SampRateIn:%6.2fHz Decimation:%5i Offset:%5i Delay:%6.3fs "
                  "Correction:%6.3fs <%s>\n",
@@ -60,18 +60,18 @@ void pbrief_057(std::FILE *stream, const blk_057_t *blk) {
                  blk->delay, blk->correction, sdblknam(blk->type));
 }
 
-void pbrief_058(std::FILE *stream, const blk_058_t *blk) {
+void pbrief_058(std::FILE* stream, const blk_058_t* blk) {
     std::fprintf(stream, "B%03i %3i Stage#%5i %s:%10.6e Freq:%8.4fHz <%s>\n", blk->type, blk->length,
                  blk->stage_num, blk->stage_num != 0 ? "Gain" : "Sensitivity:", blk->gain, blk->freq,
                  sdblknam(blk->type));
 }
 
-void pbrief_059(std::FILE *stream, const blk_059_t *blk) {
+void pbrief_059(std::FILE* stream, const blk_059_t* blk) {
     std::fprintf(stream, "B%03i %d Start:%20s End:%20s Comment#%4i Level#%6i <%s>\n", blk->type, blk->length,
                  blk->beg_time, blk->end_time, blk->comment_key, blk->comment_level, sdblknam(blk->type));
 }
 
-void pbrief_061(std::FILE *stream, const blk_061_t *blk) {
+void pbrief_061(std::FILE* stream, const blk_061_t* blk) {
     std::fprintf(stream,
                  "B%03i %d stage#%2i '%s' Symmetry: %c Input:%3i Output:%3i  %4d Coefficients: <%s>\n",
                  blk->type, blk->length, blk->stage_num, blk->response_name, blk->symmetry, blk->input_units,

@@ -4,7 +4,7 @@
 
 namespace quarry {
 
-void pbrief_050(std::FILE *stream, const blk_050_t *blk) {
+void pbrief_050(std::FILE* stream, const blk_050_t* blk) {
     std::fprintf(stream,
                  "B%03i %3i %4s %2s (%10.6f,%10.6f) %6.1fm @ '%s' NetId#%5i Long:%04i Word:%02i Order  "
                  "Start:%20s End:%20s Update:%c <%s>\n",
@@ -13,21 +13,21 @@ void pbrief_050(std::FILE *stream, const blk_050_t *blk) {
                  blk->update, sdblknam(blk->type));
 }
 
-void pbrief_051(std::FILE *stream, const blk_051_t *blk) {
+void pbrief_051(std::FILE* stream, const blk_051_t* blk) {
     std::fprintf(stream, "B%03i %3i Start:%20s End:%20s Id#%4i Level#%6i <%s>\n", blk->type, blk->length,
                  blk->beg_time, blk->end_time, blk->comment_key, blk->comment_level, sdblknam(blk->type));
 }
 
 namespace {
 
-const char *dictionary_text(const List<std::string> &dictionary, int code) {
-    const std::string *text = dictionary.get(code);
+const char* dictionary_text(const List<std::string>& dictionary, int code) {
+    const std::string* text = dictionary.get(code);
     return text != nullptr ? text->c_str() : "";
 }
 
-void pbrief_052_short(std::FILE *stream, const blk_052_t *blk) {
-    const char *instrument = dictionary_text(Tbl_033, blk->instr_id);
-    const char *signal_units = dictionary_text(Tbl_034, blk->units_signal);
+void pbrief_052_short(std::FILE* stream, const blk_052_t* blk) {
+    const char* instrument = dictionary_text(Tbl_033, blk->instr_id);
+    const char* signal_units = dictionary_text(Tbl_034, blk->units_signal);
     dictionary_text(Tbl_034, blk->units_cal); // looked up like the others, not shown
     std::fprintf(stream, "B%03d %3s %-2s %s %s %6.2fm  (%6.2f,%6.2f) %6.2fsps  %20s to %20s '%s'\n",
                  blk->type, blk->chan_id, blk->loc_id, instrument, signal_units, blk->depth, blk->azimuth,
@@ -36,7 +36,7 @@ void pbrief_052_short(std::FILE *stream, const blk_052_t *blk) {
 
 } // namespace
 
-void pbrief_052(std::FILE *stream, const blk_052_t *blk) {
+void pbrief_052(std::FILE* stream, const blk_052_t* blk) {
     if (Simplify != 0) {
         pbrief_052_short(stream, blk);
         return;

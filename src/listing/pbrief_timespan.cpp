@@ -5,12 +5,12 @@
 
 namespace quarry {
 
-void pbrief_070(std::FILE *stream, const blk_070_t *blk) {
+void pbrief_070(std::FILE* stream, const blk_070_t* blk) {
     std::fprintf(stream, "B%03i %3i Type:%c Start:%20s End:%20s <%s>\n", blk->type, blk->length,
                  blk->span_flag, blk->beg_time, blk->end_time, sdblknam(blk->type));
 }
 
-void pbrief_071(std::FILE *stream, const blk_071_t *blk) {
+void pbrief_071(std::FILE* stream, const blk_071_t* blk) {
     std::fprintf(
         stream,
         "B%03i %d Time:%20s Id#%5i (%6.2f,%6.2f) Depth:%6.2fkm #:%i grn=%d srn=%d gregion='%s' <%s>\n",
@@ -21,7 +21,7 @@ void pbrief_071(std::FILE *stream, const blk_071_t *blk) {
                      blk->mag_type[i]);
 }
 
-void pbrief_072(std::FILE *stream, const blk_072_t *blk) {
+void pbrief_072(std::FILE* stream, const blk_072_t* blk) {
     std::fprintf(stream,
                  "B%03i %3i %5s Loc:%2s Chan:%3s Time:%20s Amp:%6.2f Period:%6.2f S/N:%6.2f Phase:'%s' "
                  "source=%d net=%s <%s>\n",
@@ -29,7 +29,7 @@ void pbrief_072(std::FILE *stream, const blk_072_t *blk) {
                  blk->period, blk->snr, blk->phase, blk->source, blk->network_code, sdblknam(blk->type));
 }
 
-void pbrief_073(std::FILE *stream, const blk_073_t *blk) {
+void pbrief_073(std::FILE* stream, const blk_073_t* blk) {
     for (int i = 0; i < std::min(blk->num_segs, max_segments); ++i)
         std::fprintf(stream,
                      "B%03i %3i Segment #%5i of %5i Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i "
@@ -39,7 +39,7 @@ void pbrief_073(std::FILE *stream, const blk_073_t *blk) {
                      sdblknam(blk->type));
 }
 
-void pbrief_074(std::FILE *stream, const blk_074_t *blk) {
+void pbrief_074(std::FILE* stream, const blk_074_t* blk) {
     std::fprintf(stream,
                  "B%03i %3i Net: %2s Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i End:%20s "
                  "seq# %5i subseq# %5i #repeats %5i <%s>\n",

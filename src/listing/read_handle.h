@@ -9,7 +9,7 @@ namespace quarry {
 struct SeedInput;
 
 struct read_handle_t {
-    SeedInput *logical; // owned
+    SeedInput* logical; // owned
     int seq_num;        // sequence number of the logical record of the last data record read
     int sub_seq_num;    // counts from 1 the data records read while that number repeats
     SortedSet<rec_len_t> rec_list;

@@ -28,7 +28,7 @@ int fields_of_length(std::size_t length) {
 }
 
 // Reads the number at the front of the text, if there is one.
-bool take_integer(std::string_view *text, int *value) {
+bool take_integer(std::string_view* text, int* value) {
     const ParsedInteger parsed = parse_integer(*text);
     if (parsed.length == 0)
         return false;
@@ -37,7 +37,7 @@ bool take_integer(std::string_view *text, int *value) {
     return true;
 }
 
-bool take_separator(std::string_view *text, char separator) {
+bool take_separator(std::string_view* text, char separator) {
     if (!text->starts_with(separator))
         return false;
     text->remove_prefix(1);
@@ -46,7 +46,7 @@ bool take_separator(std::string_view *text, char separator) {
 
 } // namespace
 
-void parse_time(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec) {
+void parse_time(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec) {
     time = up_to_nul(time);
     *year = *doy = *hour = *minutes = 0;
     *sec = 0.0;
@@ -64,15 +64,15 @@ void parse_time(std::string_view time, int *year, int *doy, int *hour, int *minu
         *sec = parse_real(time).value;
 }
 
-void parse_start(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec) {
+void parse_start(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec) {
     parse_time(time, year, doy, hour, minutes, sec);
 }
 
-void parse_end(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec) {
+void parse_end(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec) {
     parse_time(time, year, doy, hour, minutes, sec);
 }
 
-void seed2epoch(std::string_view time, double *epoch) {
+void seed2epoch(std::string_view time, double* epoch) {
     if (up_to_nul(time).empty()) {
         *epoch = end_of_time;
         return;
@@ -83,13 +83,13 @@ void seed2epoch(std::string_view time, double *epoch) {
     *epoch = human_to_epoch(year, doy, hour, minutes, sec);
 }
 
-void start_epoch(std::string_view time, double *epoch) {
+void start_epoch(std::string_view time, double* epoch) {
     seed2epoch(time, epoch);
     if (up_to_nul(time).empty())
         *epoch = beginning_of_time;
 }
 
-void end_epoch(std::string_view time, double *epoch) {
+void end_epoch(std::string_view time, double* epoch) {
     seed2epoch(time, epoch);
 }
 

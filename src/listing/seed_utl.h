@@ -15,16 +15,16 @@ inline constexpr double beginning_of_time = -9999999999.999;
 
 // A time text's fields. The text's exact length says how many are looked for (4, 8, 11 and 14 characters:
 // one to four of them; any other length: all five); reading stops at the first mismatch.
-void parse_time(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec);
+void parse_time(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec);
 
 // The same for the start and for the end of a validity range.
-void parse_start(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec);
-void parse_end(std::string_view time, int *year, int *doy, int *hour, int *minutes, double *sec);
+void parse_start(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec);
+void parse_end(std::string_view time, int* year, int* doy, int* hour, int* minutes, double* sec);
 
 // Epoch seconds of a time text. An empty text is the end of time, for start_epoch the beginning of time.
-void seed2epoch(std::string_view time, double *epoch);
-void start_epoch(std::string_view time, double *epoch);
-void end_epoch(std::string_view time, double *epoch);
+void seed2epoch(std::string_view time, double* epoch);
+void start_epoch(std::string_view time, double* epoch);
+void end_epoch(std::string_view time, double* epoch);
 
 // Compares two time texts field by field: '<', '=' or '>' (a NaN second compares as '<').
 char comp_time(std::string_view time1, std::string_view time2);

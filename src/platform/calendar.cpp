@@ -35,10 +35,12 @@ HumanTime epoch_to_human(double epoch) {
     if (std::isnan(epoch))
         return {};
     const auto first = static_cast<double>(days_to_year(INT_MIN) * seconds_a_day);
-    const auto last = static_cast<double>(days_to_year(INT_MAX) * seconds_a_day);
+    const auto last = static_cast<double>(days_to_year(INT_MAX + std::int64_t{1}) * seconds_a_day - 1);
     epoch = std::clamp(epoch, first, last);
 
-    const double whole = std::floor(epoch);
+    double whole = std::floor(epoch);
+    if (epoch - whole >= 1) // just below a whole second, and nearer to it than a double can tell
+        epoch = ++whole;
     const auto seconds = static_cast<std::int64_t>(whole);
     const std::int64_t days = floor_div(seconds, seconds_a_day);
     const std::int64_t of_day = seconds - days * seconds_a_day;

@@ -24,7 +24,7 @@ struct Decompressor {
 };
 
 // By the descriptor that its output is read from.
-std::map<int, Decompressor> &decompressors() {
+std::map<int, Decompressor>& decompressors() {
     static std::map<int, Decompressor> running;
     return running;
 }
@@ -40,7 +40,7 @@ bool looks_compressed(int descriptor) {
 }
 
 // Starts gzip from `input` to the two pipe ends. Returns 0 or an errno.
-int spawn_gzip(int input, int output, int messages, pid_t *process) {
+int spawn_gzip(int input, int output, int messages, pid_t* process) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
@@ -58,7 +58,7 @@ int spawn_gzip(int input, int output, int messages, pid_t *process) {
 
     std::string program = "gzip";
     std::string option = "-dc";
-    std::array<char *, 3> arguments{program.data(), option.data(), nullptr};
+    std::array<char*, 3> arguments{program.data(), option.data(), nullptr};
     const int result =
         posix_spawnp(process, program.c_str(), &actions, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
@@ -66,7 +66,7 @@ int spawn_gzip(int input, int output, int messages, pid_t *process) {
     return result;
 }
 
-int open_decompressed(const char *name, int input) {
+int open_decompressed(const char* name, int input) {
     std::array<int, 2> output{-1, -1};
     std::array<int, 2> messages{-1, -1};
     pid_t process = -1;
@@ -100,7 +100,7 @@ std::string reason(int messages) {
 
 } // namespace
 
-std::FILE *open_maybe_compressed(const char *name) {
+std::FILE* open_maybe_compressed(const char* name) {
     int descriptor = open(name, O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
@@ -122,11 +122,17 @@ void end_maybe_compressed(int descriptor) {
     decompressors().erase(found);
 
     int status = 0;
-    while (waitpid(ended.process, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        log_complain(0, "Decompressing %s ended badly: %s\n", ended.file.c_str(),
-                     WIFSIGNALED(status) ? "killed by a signal" : reason(ended.messages).c_str());
+    pid_t reaped = 0;
+    do
+        reaped = waitpid(ended.process, &status, 0);
+    while (reaped < 0 && errno == EINTR);
+    // Where the program ignores its children's ends, what gzip said must do.
+    std::string said = reason(ended.messages);
+    const bool bad = reaped < 0 ? !said.empty() : status != 0;
+    if (said.empty())
+        said = WIFSIGNALED(status) ? "killed by a signal" : "no reason given";
+    if (bad)
+        log_complain(0, "Decompressing %s ended badly: %s\n", ended.file.c_str(), said.c_str());
     close(ended.messages);
 }
 

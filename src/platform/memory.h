@@ -11,18 +11,18 @@ namespace quarry {
 
 // Where an allocation stands: __func__, __LINE__ and the module's name.
 struct AllocationSite {
-    const char *function;
+    const char* function;
     int line;
-    const char *module;
+    const char* module;
 };
 
 // Ends the process through the message log, with the system's error text.
-[[noreturn]] void out_of_memory(AllocationSite site, unsigned long count, const char *what);
+[[noreturn]] void out_of_memory(AllocationSite site, unsigned long count, const char* what);
 
 // One zeroed record, owned by the caller; `count` and `what` are for the message.
 template <class T>
-T *new_zeroed(AllocationSite site, unsigned long count, const char *what) {
-    T *record = new (std::nothrow) T{};
+T* new_zeroed(AllocationSite site, unsigned long count, const char* what) {
+    T* record = new (std::nothrow) T{};
     if (record == nullptr)
         out_of_memory(site, count, what);
     return record;
@@ -31,10 +31,10 @@ T *new_zeroed(AllocationSite site, unsigned long count, const char *what) {
 // Makes `array` hold `size` zeroed elements (none for a negative size); `count` and `what` are for the
 // message.
 template <class T>
-void allocate_zeroed(std::vector<T> &array, int size, AllocationSite site, int count, const char *what) {
+void allocate_zeroed(std::vector<T>& array, int size, AllocationSite site, int count, const char* what) {
     try {
         array.assign(size > 0 ? static_cast<std::size_t>(size) : 0, T{});
-    } catch (const std::bad_alloc &) {
+    } catch (const std::bad_alloc&) {
         out_of_memory(site, static_cast<unsigned long>(count), what);
     }
 }

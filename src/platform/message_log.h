@@ -18,17 +18,17 @@ inline constexpr int log_register_limit = 100;
 
 // Remembers the program's base name (from argv[0]) for all later messages and has pending notes written at
 // exit. Without this call the name of the running program is used.
-void log_init(int argc, const char *const *argv);
+void log_init(int argc, const char* const* argv);
 
 // Adds a note to the register of pending messages.
-void log_note(const char *format, ...) __attribute__((format(printf, 1, 2)));
+void log_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Writes the pending notes, then this message. `with_errno` non-zero appends the text of errno as it was
 // at the call.
-void log_complain(int with_errno, const char *format, ...) __attribute__((format(printf, 2, 3)));
+void log_complain(int with_errno, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // As log_complain, then flushes standard output and exits with status 1.
-[[noreturn]] void log_die(int with_errno, const char *format, ...) __attribute__((format(printf, 2, 3)));
+[[noreturn]] void log_die(int with_errno, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // Writes the pending notes in order; with `clear` non-zero the register is emptied afterwards, else they
 // stay pending.

@@ -3,11 +3,12 @@
 #include "platform/message_log.h"
 #include "platform/text.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <memory>
 #include <unistd.h>
 #include <vector>
 
@@ -18,15 +19,16 @@ namespace quarry {
 
 namespace {
 
-// Where an installed program finds its configuration, told from its own place so that an installed tree may
-// be moved.
+// Where an installed program finds its configuration: QUARRY_SYSCONFDIR is absolute, or relative to the
+// folder of the program.
 std::string configuration_directory() {
+    const std::string directory = QUARRY_SYSCONFDIR "/quarry";
     const std::string program = program_path();
-    return program.substr(0, program.rfind('/') + 1) + QUARRY_SYSCONFDIR_FROM_BINDIR + "/quarry";
+    return directory.front() == '/' ? directory : program.substr(0, program.rfind('/') + 1) + directory;
 }
 
 std::vector<std::string> search_path() {
-    const char *path = std::getenv("QUARRY_PARAM_PATH");
+    const char* path = std::getenv("QUARRY_PARAM_PATH");
     if (path == nullptr || *path == '\0')
         return {".", configuration_directory()};
     std::vector<std::string> directories;
@@ -40,8 +42,8 @@ std::vector<std::string> search_path() {
     return directories;
 }
 
-std::string find_parameter_file(const std::string &file_name) {
-    for (const std::string &directory : search_path()) {
+std::string find_parameter_file(const std::string& file_name) {
+    for (const std::string& directory : search_path()) {
         std::string path = directory == "." ? file_name : directory + "/" + file_name;
         if (access(path.c_str(), F_OK) == 0)
             return path;
@@ -49,49 +51,66 @@ std::string find_parameter_file(const std::string &file_name) {
     return {};
 }
 
-std::map<std::string, ParameterValue> table_values(const toml::table &table) {
+// The content of a file, or none with errno set.
+std::optional<std::string> read_whole(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file)
+        return std::nullopt;
+    std::string content;
+    std::array<char, 4096> piece;
+    while (const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get()))
+        content.append(piece.data(), length);
+    if (std::ferror(file.get()) != 0)
+        return std::nullopt;
+    return content;
+}
+
+std::map<std::string, ParameterValue> table_values(const toml::table& table) {
     std::map<std::string, ParameterValue> values;
-    for (const auto &[key, node] : table)
+    for (const auto& [key, node] : table)
         values[std::string(key.str())] = {node.value_exact<std::string>(), node.source().begin.line};
     return values;
 }
 
 } // namespace
 
-int param_read(const char *name, ParameterFile *parameters) {
+int param_read(const char* name, ParameterFile* parameters) {
     *parameters = {};
     const std::string path = find_parameter_file(std::string(name) + ".pf");
     if (path.empty())
         return -1;
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    if (!file.is_open() || content.bad()) {
+    const std::optional<std::string> content = read_whole(path);
+    if (!content) {
         log_note("Can't read %s: %s\n", path.c_str(), std::strerror(errno));
         return -1;
     }
-    const toml::parse_result result = toml::parse(content.str(), path);
+    const toml::parse_result result = toml::parse(*content, path);
     if (!result) {
-        const toml::parse_error &error = result.error();
+        const toml::parse_error& error = result.error();
         log_note("%s:%u:%u: %s\n", path.c_str(), static_cast<unsigned>(error.source().begin.line),
                  static_cast<unsigned>(error.source().begin.column),
                  std::string(error.description()).c_str());
         return -1;
     }
     parameters->path = path;
-    for (const auto &[key, node] : result.table())
-        if (const toml::table *table = node.as_table())
+    for (const auto& [key, node] : result.table())
+        if (const toml::table* table = node.as_table())
             parameters->tables[std::string(key.str())] = table_values(*table);
+        else
+            parameters->others[std::string(key.str())] = node.source().begin.line;
     return 0;
 }
 
-std::optional<Map<std::string>> param_get_map(const ParameterFile &parameters, const char *key) {
+std::optional<Map<std::string>> param_get_map(const ParameterFile& parameters, const char* key) {
+    Map<std::string> texts;
+    if (const auto other = parameters.others.find(key); other != parameters.others.end()) {
+        log_complain(0, "%s:%u: %s is no table\n", parameters.path.c_str(), other->second, key);
+        return texts;
+    }
     const auto table = parameters.tables.find(key);
     if (table == parameters.tables.end())
         return std::nullopt;
-    Map<std::string> texts;
-    for (const auto &[name, value] : table->second) {
+    for (const auto& [name, value] : table->second) {
         if (value.text)
             texts.set(name, *value.text);
         else

@@ -1,8 +1,8 @@
 // Parameter files: the settings of a tool, read from NAME.pf, a TOML file.
 //
 // The file is looked for in each directory of the environment variable QUARRY_PARAM_PATH (separated by
-// colons) where that is set and not empty; otherwise in the current directory, then in the configuration
-// directory of the installed program. The first that exists is read.
+// colons; empty ones are passed over) where that is set and not empty; otherwise in the current directory,
+// then in the configuration directory of the installed program. The first that exists is read.
 #pragma once
 
 #include "platform/containers.h"
@@ -19,19 +19,20 @@ struct ParameterValue {
     unsigned line = 0;
 };
 
-// A parsed parameter file: its path and its top-level tables, by name.
+// A parsed parameter file: its path, its top-level tables by name, and the lines of what else stands there.
 struct ParameterFile {
     std::string path;
     std::map<std::string, std::map<std::string, ParameterValue>> tables;
+    std::map<std::string, unsigned> others;
 };
 
 // Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when there is none
 // or it cannot be read; a note then tells why (for a file that is no TOML: file, line, column, reason). An
 // empty file is a valid one.
-int param_read(const char *name, ParameterFile *parameters);
+int param_read(const char* name, ParameterFile* parameters);
 
 // The table of texts under the key, or none. An entry that is no text is complained of (file, line, key) and
-// left out.
-std::optional<Map<std::string>> param_get_map(const ParameterFile &parameters, const char *key);
+// left out; a key that is no table is complained of and gives an empty one.
+std::optional<Map<std::string>> param_get_map(const ParameterFile& parameters, const char* key);
 
 } // namespace quarry

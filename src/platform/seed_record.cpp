@@ -43,7 +43,7 @@ bool is_ok_quality(char code) {
     return std::string_view("DRQM").find(code) != std::string_view::npos;
 }
 
-int parse_data_record_header(Steim *state) {
+int parse_data_record_header(Steim* state) {
     Bytes header{state->record.first(std::min(state->record.size(), bytes_in_hand)), false};
     if (header.bytes.size() < header_size)
         return -1;
@@ -71,9 +71,9 @@ int parse_data_record_header(Steim *state) {
     return 0;
 }
 
-const char *translate_number(int code, std::span<const Xlat> table) {
+const char* translate_number(int code, std::span<const Xlat> table) {
     const auto row =
-        std::find_if(table.begin(), table.end(), [code](const Xlat &entry) { return entry.num == code; });
+        std::find_if(table.begin(), table.end(), [code](const Xlat& entry) { return entry.num == code; });
     return row == table.end() ? nullptr : row->name;
 }
 

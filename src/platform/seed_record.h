@@ -8,7 +8,7 @@ namespace quarry {
 
 // Row of a table from a code to a name.
 struct Xlat {
-    const char *name;
+    const char* name;
     int num;
 };
 
@@ -53,9 +53,9 @@ bool is_ok_quality(char code);
 // from the latter, `record_size` in bytes. Looks at nothing beyond byte 136 or the record's end. Returns 0,
 // or -1 for a record without a whole fixed header or with a blockette 1000 whose length exponent is not in
 // 7 to 30.
-int parse_data_record_header(Steim *state);
+int parse_data_record_header(Steim* state);
 
 // Name of the row whose number is `code`, or null.
-const char *translate_number(int code, std::span<const Xlat> table);
+const char* translate_number(int code, std::span<const Xlat> table);
 
 } // namespace quarry

@@ -1,7 +1,7 @@
 // The relational table store: named tables of text fields, over an SQLite file.
 //
 // A table is read once, whole, when it is first looked up, in the order of its rows, so that no query runs
-// later. The database is never created and never written.
+// later. The database is never created and its content never changed.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ struct StorePointer {
     std::int64_t field;
     std::int64_t record;
 
-    bool operator==(const StorePointer &) const = default;
+    bool operator==(const StorePointer&) const = default;
 };
 
 // What store_query can be asked.
@@ -25,7 +25,7 @@ enum class StoreQuery { record_count };
 
 // A field's name and where its text goes; longer text is cut, and always ended by a NUL.
 struct StoreField {
-    const char *name;
+    const char* name;
     std::span<char> destination;
 };
 
@@ -34,12 +34,12 @@ StorePointer store_invalid();
 
 // Opens the named database: mode "r+" read-write where that can be and read-only otherwise, any other mode
 // read-only. Returns 0, or -1 with errno set when the file is missing, cannot be read, is locked (EBUSY) or
-// is no database (EINVAL); `opened` is then store_invalid.
-int store_open(const char *name, const char *mode, StorePointer *opened);
+// is no database (EINVAL; an empty file is none); `opened` is then store_invalid.
+int store_open(const char* name, const char* mode, StorePointer* opened);
 
 // A pointer to the named table (record 0). A missing or unreadable table is complained of once, by name, and
 // counts as one without rows.
-StorePointer store_lookup(StorePointer database, const char *table);
+StorePointer store_lookup(StorePointer database, const char* table);
 
 // The number of rows of the table; 0 for a pointer that points at none.
 std::int64_t store_query(StorePointer pointer, StoreQuery query);

@@ -30,7 +30,7 @@ std::size_t skip_white(std::string_view text) {
 }
 
 // std::from_chars leaves the value alone when it is out of range; strtod tells overflow from underflow.
-double out_of_range_real(const std::string &number) {
+double out_of_range_real(const std::string& number) {
     static const locale_t c_locale = newlocale(LC_ALL_MASK, "C", nullptr);
     return strtod_l(number.c_str(), nullptr, c_locale);
 }
@@ -60,7 +60,7 @@ ParsedReal parse_real(std::string_view text) {
     if (at < text.size() && text[at] == '+' && !text.substr(at + 1).starts_with('-'))
         ++at;
     double value = 0.0;
-    const char *begin = text.data() + at;
+    const char* begin = text.data() + at;
     const auto [end, error] = std::from_chars(begin, text.data() + text.size(), value);
     if (error == std::errc::invalid_argument)
         return {0.0, 0};

@@ -26,7 +26,7 @@ std::string clean_version(std::string_view version) {
     return text;
 }
 
-void print_modification_time(const std::string &path) {
+void print_modification_time(const std::string& path) {
     struct stat status {};
     std::array<char, 26> text{};
     if (path.empty() || stat(path.c_str(), &status) != 0 || ctime_r(&status.st_mtime, text.data()) == nullptr)
@@ -37,7 +37,7 @@ void print_modification_time(const std::string &path) {
 
 } // namespace
 
-int delstr(std::string *text, std::string_view sub) {
+int delstr(std::string* text, std::string_view sub) {
     const std::size_t at = text->find(sub);
     if (at == std::string::npos)
         return 0;

@@ -11,6 +11,6 @@ namespace quarry {
 void banner(std::string_view name, std::string_view version);
 
 // Removes the first occurrence of `sub` from the text. Returns 1, or 0 if there is none.
-int delstr(std::string *text, std::string_view sub);
+int delstr(std::string* text, std::string_view sub);
 
 } // namespace quarry

@@ -1,12 +1,13 @@
 // quarry: lists SEED volumes. Options, parameter file and database are read here; the work is sdd's.
 
+#include "platform/memory.h"
 #include "platform/message_log.h"
+#include "platform/standard_output.h"
 #include "sdd/banner.h"
 #include "sdd/sdd.h"
 #include "state.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -21,11 +22,22 @@ namespace {
 // A standard descriptor that is closed would be given to the next file that is opened, and the listing
 // written into it. One that only fails takes its place.
 void occupy_standard_descriptors() {
-    for (const auto &[descriptor, mode] :
+    for (const auto& [descriptor, mode] :
          {std::pair{STDIN_FILENO, O_WRONLY}, std::pair{STDOUT_FILENO, O_RDONLY},
           std::pair{STDERR_FILENO, O_WRONLY}})
         if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", mode) < 0)
             std::_Exit(EXIT_FAILURE);
+}
+
+// Whatever it was started with: a reader that goes away ends the program, and the end of a decompressor can
+// be waited for.
+void restore_signals() {
+    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGCHLD, SIG_DFL);
+    sigset_t pipe_signal;
+    sigemptyset(&pipe_signal);
+    sigaddset(&pipe_signal, SIGPIPE);
+    sigprocmask(SIG_UNBLOCK, &pipe_signal, nullptr);
 }
 
 [[noreturn]] void usage() {
@@ -34,12 +46,12 @@ void occupy_standard_descriptors() {
     std::exit(EXIT_FAILURE);
 }
 
-void open_database(const char *name) {
+void open_database(const char* name) {
     if (store_open(name, "r+", &Db) != 0)
         log_die(1, "Can't open database %s\n", name);
 }
 
-int run(int argc, char **argv) {
+int run(int argc, char** argv) {
     Program_Name = argc > 0 ? argv[0] : "";
     log_init(argc, argv);
     if (param_read("quarry", &Parameters) != 0)
@@ -76,7 +88,7 @@ int run(int argc, char **argv) {
     if (argc - optind > 1)
         usage();
     const int status = sdd(optind < argc ? argv[optind] : "-", summary_only);
-    std::fflush(stdout);
+    flush_output(stdout);
     check_standard_output();
     return status;
 }
@@ -85,14 +97,12 @@ int run(int argc, char **argv) {
 
 } // namespace quarry
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
     quarry::occupy_standard_descriptors();
-    // A reader that goes away ends the program, whatever it was started with.
-    std::signal(SIGPIPE, SIG_DFL);
+    quarry::restore_signals();
     try {
         return quarry::run(argc, argv);
-    } catch (const std::bad_alloc &) {
-        errno = ENOMEM;
-        quarry::log_die(1, "Out of memory\n");
+    } catch (const std::bad_alloc&) {
+        quarry::out_of_memory(QUARRY_SITE("main"), 1, "what the volume holds");
     }
 }

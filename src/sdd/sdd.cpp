@@ -4,6 +4,7 @@
 #include "blockette/volume.h"
 #include "listing/pbrief.h"
 #include "platform/message_log.h"
+#include "platform/standard_output.h"
 #include "seedio/count.h"
 #include "seedio/rseed.h"
 #include "seedio/seed.h"
@@ -19,34 +20,34 @@ namespace quarry {
 namespace {
 
 // What is run is the word "cmd", a command of the site's own, not the formatted text.
-void position_tape(const char *input_name) {
+void position_tape(const char* input_name) {
     std::array<char, 1024> command;
     std::snprintf(command.data(), command.size(), "mt -f %s asf %d", input_name, File_No);
-    std::fflush(stdout);
+    flush_output(stdout);
     static_cast<void>(!std::system("cmd"));
     Tapefile = File_No;
 }
 
 // The dictionaries outlive the records, so they take copies.
-void file_dictionary_entry(const void *record, int type) {
+void file_dictionary_entry(const void* record, int type) {
     if (type == 31) {
-        const auto *comment = static_cast<const blk_031_t *>(record);
+        const auto* comment = static_cast<const blk_031_t*>(record);
         Tbl_031.set(comment->comment_id, comment->comment);
     } else if (type == 33) {
-        const auto *abbreviation = static_cast<const blk_033_t *>(record);
+        const auto* abbreviation = static_cast<const blk_033_t*>(record);
         Tbl_033.set(abbreviation->abbrev_id, abbreviation->abbrev);
     } else if (type == 34) {
-        const auto *unit = static_cast<const blk_034_t *>(record);
+        const auto* unit = static_cast<const blk_034_t*>(record);
         Tbl_034.set(unit->unit_id, unit->unit_name);
     }
 }
 
 // One tape file. Returns the number of blockettes that it delivered.
-long list_tape_file(read_handle_t *handle, int summary_only) {
+long list_tape_file(read_handle_t* handle, int summary_only) {
     long nblks = 0;
     init_count();
     clrSeedInput(handle->logical);
-    void *record = nullptr;
+    void* record = nullptr;
     int type = 0;
     while (read_blk(handle, &record, &type) != 0) {
         const BlockettePointer owner(record, {type});
@@ -64,17 +65,22 @@ long list_tape_file(read_handle_t *handle, int summary_only) {
 } // namespace
 
 void check_standard_output() {
-    if (std::ferror(stdout) == 0)
+    if (output_error() == 0)
         return;
+    errno = output_error();
     if (errno == EPIPE)
         std::exit(EXIT_FAILURE);
     log_die(1, "Can't write standard output\n");
 }
 
-int sdd(const char *input_name, int summary_only) {
+int rename_station(const char* /*net*/, const char* /*sta*/) {
+    return 0;
+}
+
+int sdd(const char* input_name, int summary_only) {
     Tapefile = 0;
     Geoscope_channels = {};
-    read_handle_t *handle = seed_read(input_name);
+    read_handle_t* handle = seed_read(input_name);
     if (File_Flag != 0 && File_No != 0)
         position_tape(input_name);
     long delivered;

@@ -6,10 +6,13 @@ namespace quarry {
 // Lists the named input (standard input for an empty name or "-") on standard output, one pass for each tape
 // file until a pass delivers nothing or, with option -f, after one. With `summary_only` non-zero only the
 // summaries are printed. Returns 0.
-int sdd(const char *input_name, int summary_only);
+int sdd(const char* input_name, int summary_only);
 
-// Ends the process with the system's error text if standard output has failed; quietly if its reader has
-// gone away.
+// Stations keep their names: does nothing and returns 0.
+int rename_station(const char* net, const char* sta);
+
+// Ends the process with the system's error text if a flush of standard output has failed; quietly if its
+// reader has gone away.
 void check_standard_output();
 
 } // namespace quarry

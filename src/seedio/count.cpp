@@ -20,7 +20,7 @@ std::int64_t nblks = 0;
 std::array<int, entries> blk_cnt{};
 std::array<std::int64_t, entries> tot_siz{};
 
-void print_share(const char *label, std::int64_t bytes, std::int64_t size) {
+void print_share(const char* label, std::int64_t bytes, std::int64_t size) {
     std::printf("%s: %10" PRId64 " = %6.1lf%%\n", label, bytes,
                 static_cast<double>(bytes) * 100 / static_cast<double>(size));
 }
@@ -34,11 +34,11 @@ int init_count() {
     return 0;
 }
 
-int count_blk(const void *record, int type) {
+int count_blk(const void* record, int type) {
     if (type == 10)
-        summary_010(stdout, static_cast<const blk_010_t *>(record));
+        summary_010(stdout, static_cast<const blk_010_t*>(record));
     else if (type == 11)
-        summary_011(stdout, static_cast<const blk_011_t *>(record));
+        summary_011(stdout, static_cast<const blk_011_t*>(record));
 
     nblks += 1;
     if (type >= -1 && type < entries - 1) {

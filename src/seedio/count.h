@@ -12,7 +12,7 @@ int init_count();
 // Counts the record (null for an unknown type) with its size, and prints the volume line of a blockette 010
 // and the station list of an 011 on standard output. Types above 498 are complained of and counted in
 // number only. Returns 0.
-int count_blk(const void *record, int type);
+int count_blk(const void* record, int type);
 
 // Prints the summary of a tape file of `size` bytes on standard output; nothing if no blockette was counted.
 // Parameter information is the sum of the declared lengths of the control blockettes, data the full lengths

@@ -21,16 +21,16 @@ constexpr int read_buffer_size = 0x20002;
 // The buffer is filled up to more than this, which always covers the longest logical record.
 constexpr int enough_bytes = 65536;
 
-int open_input(const char *name) {
+int open_input(const char* name) {
     if (*name == '\0' || std::strcmp(name, "-") == 0)
         return STDIN_FILENO;
-    std::FILE *stream = open_maybe_compressed(name);
+    std::FILE* stream = open_maybe_compressed(name);
     if (stream == nullptr)
         log_die(1, "Can't open input file %s\n", name);
     return fileno(stream);
 }
 
-ssize_t read_some(int fd, char *out, std::size_t count) {
+ssize_t read_some(int fd, char* out, std::size_t count) {
     ssize_t result;
     do
         result = read(fd, out, count);
@@ -38,7 +38,7 @@ ssize_t read_some(int fd, char *out, std::size_t count) {
     return result;
 }
 
-void parse_sequence_number(SeedInput *input, std::string_view field) {
+void parse_sequence_number(SeedInput* input, std::string_view field) {
     const std::string_view text = up_to_nul(field);
     const ParsedInteger parsed = parse_integer(text);
     input->seq_num = static_cast<int>(parsed.value);
@@ -50,12 +50,12 @@ void parse_sequence_number(SeedInput *input, std::string_view field) {
 }
 
 // Bytes left in the current logical record; negative when a read went beyond a record made shorter.
-int left_in_record(const SeedInput *input) {
+int left_in_record(const SeedInput* input) {
     return input->recsiz + input->start - input->cur;
 }
 
 // Copies from the buffer if it holds that many bytes from the cursor on.
-bool copy_buffered(SeedInput *input, char *out, int count) {
+bool copy_buffered(SeedInput* input, char* out, int count) {
     if (input->pbytes - input->cur < count)
         return false;
     std::copy_n(input->buffer.data() + input->cur, count, out);
@@ -65,8 +65,8 @@ bool copy_buffered(SeedInput *input, char *out, int count) {
 
 } // namespace
 
-SeedInput *newSeedInput(const char *name) {
-    auto *input = new_zeroed<SeedInput>(QUARRY_SITE("rseed"), sizeof(SeedInput), "handle");
+SeedInput* newSeedInput(const char* name) {
+    auto* input = new_zeroed<SeedInput>(QUARRY_SITE("rseed"), sizeof(SeedInput), "handle");
     input->fd = open_input(name);
     input->sZphysical = read_buffer_size;
     allocate_zeroed(input->buffer, read_buffer_size, QUARRY_SITE("rseed"), read_buffer_size,
@@ -76,7 +76,7 @@ SeedInput *newSeedInput(const char *name) {
     return input;
 }
 
-void clrSeedInput(SeedInput *input) {
+void clrSeedInput(SeedInput* input) {
     input->fileno += 1;
     input->pbytes = input->eof = input->read_error = 0;
     input->nreads = input->totbytes = input->recno = 0;
@@ -84,12 +84,12 @@ void clrSeedInput(SeedInput *input) {
     input->type_code = input->cont_code = '#';
 }
 
-void freeSeedInput(SeedInput *input) {
+void freeSeedInput(SeedInput* input) {
     delete input;
 }
 
-int moredata(SeedInput *input) {
-    char *buffer = input->buffer.data();
+int moredata(SeedInput* input) {
+    char* buffer = input->buffer.data();
     if (input->start > 0) {
         const int tail = std::max(input->pbytes - input->start, 0);
         std::copy_n(buffer + input->pbytes - tail, tail, buffer);
@@ -117,7 +117,7 @@ int moredata(SeedInput *input) {
     return input->eof != 0 && input->pbytes == 0 ? -1 : 0;
 }
 
-int advanceLogicalRecord(SeedInput *input) {
+int advanceLogicalRecord(SeedInput* input) {
     input->start += input->recsiz;
     input->cur = input->start;
     if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
@@ -125,7 +125,7 @@ int advanceLogicalRecord(SeedInput *input) {
     if (input->pbytes - input->start < logical_header_size)
         return -1;
 
-    const char *header = input->buffer.data() + input->start;
+    const char* header = input->buffer.data() + input->start;
     parse_sequence_number(input, {header, 6});
     input->type_code = header[6];
     input->cont_code = header[7];
@@ -136,13 +136,13 @@ int advanceLogicalRecord(SeedInput *input) {
     return 0;
 }
 
-int read_fixed_header(SeedInput *input, char *out, int count) {
+int read_fixed_header(SeedInput* input, char* out, int count) {
     if (left_in_record(input) < count && advanceLogicalRecord(input) != 0)
         return 0;
     return copy_buffered(input, out, count) ? 1 : 0;
 }
 
-int read_remainder(SeedInput *input, char *out, int count) {
+int read_remainder(SeedInput* input, char* out, int count) {
     while (count > 0) {
         const int piece = std::clamp(left_in_record(input), 0, count);
         if (!copy_buffered(input, out, piece))
@@ -155,7 +155,7 @@ int read_remainder(SeedInput *input, char *out, int count) {
     return 1;
 }
 
-void setReadRecLen(SeedInput *input, int power) {
+void setReadRecLen(SeedInput* input, int power) {
     if (power > largest_record_power) {
         log_complain(0, "Logical record length 2^%d is too large: keeping %d\n", power, input->recsiz);
         return;

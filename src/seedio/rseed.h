@@ -36,32 +36,32 @@ struct SeedInput {
 
 // Opens the named input, standard input for an empty name or "-", decompressing gzip- and compress-encoded
 // files. Fatal if it cannot be opened. Released by freeSeedInput.
-SeedInput *newSeedInput(const char *name);
+SeedInput* newSeedInput(const char* name);
 
 // Starts the next pass: forgets what is buffered and the end of the file, counts from 0.
-void clrSeedInput(SeedInput *input);
+void clrSeedInput(SeedInput* input);
 
 // Releases the state and its buffer; the descriptor is left open.
-void freeSeedInput(SeedInput *input);
+void freeSeedInput(SeedInput* input);
 
 // Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (complained of)
 // or when the input is exhausted.
-int moredata(SeedInput *input);
+int moredata(SeedInput* input);
 
 // Moves to the next logical record and consumes its header; a sequence number that is none is complained of.
 // Returns 0, or -1 at the end of the input (fewer than 8 bytes are no logical record) or on a read error.
-int advanceLogicalRecord(SeedInput *input);
+int advanceLogicalRecord(SeedInput* input);
 
 // Copies `count` bytes that lie within one logical record: where fewer are left in the current one, they are
 // passed over and the bytes are taken from the next. Returns 1, or 0 at the end of the input.
-int read_fixed_header(SeedInput *input, char *out, int count);
+int read_fixed_header(SeedInput* input, char* out, int count);
 
 // Copies `count` bytes, going on in the next logical records as needed. Returns 1, or 0 at the end of the
 // input.
-int read_remainder(SeedInput *input, char *out, int count);
+int read_remainder(SeedInput* input, char* out, int count);
 
 // Sets the logical record length to 2 to the given power (at least 2 bytes), in force from the next record
 // on. A power above largest_record_power is complained of and changes nothing.
-void setReadRecLen(SeedInput *input, int power);
+void setReadRecLen(SeedInput* input, int power);
 
 } // namespace quarry

@@ -7,6 +7,7 @@
 #include "listing/pbrief.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
+#include "platform/standard_output.h"
 #include "platform/text.h"
 #include "seedio/rseed.h"
 #include "state.h"
@@ -26,7 +27,7 @@ namespace {
 constexpr int image_header_size = logical_header_size;
 constexpr std::string_view image_header = "000000D ";
 std::array<char, image_header_size + largest_blockette + 1> image;
-char *const body = image.data() + image_header_size;
+char* const body = image.data() + image_header_size;
 
 // How many bytes of the body the last call used.
 int bufflength = largest_blockette;
@@ -40,17 +41,17 @@ std::string_view body_text(int length) {
 }
 
 // An end of the input is no system error: its text then says so.
-void restore_read_error(const SeedInput *input) {
+void restore_read_error(const SeedInput* input) {
     errno = input->read_error;
 }
 
-void report_bad_blockette(const void *record, int type, std::string_view text) {
+void report_bad_blockette(const void* record, int type, std::string_view text) {
     text = up_to_nul(text);
     log_complain(0, "Error at BLK%03d : %.*s\n", type, static_cast<int>(text.size()), text.data());
     pbrief_blk(stderr, record, type);
 }
 
-void count_within_sequence(read_handle_t *handle, int seq_num) {
+void count_within_sequence(read_handle_t* handle, int seq_num) {
     if (handle->seq_num != seq_num) {
         handle->seq_num = seq_num;
         handle->sub_seq_num = 0;
@@ -60,11 +61,11 @@ void count_within_sequence(read_handle_t *handle, int seq_num) {
 
 // Settles sample type and record length: what a blockette 1000 says wins over what the control headers
 // declared.
-void settle_type_and_length(blk_dh_t *dh) {
-    const char *found_name = nullptr;
+void settle_type_and_length(blk_dh_t* dh) {
+    const char* found_name = nullptr;
     int format = 0;
     int order = 0;
-    const Steim *state = nullptr;
+    const Steim* state = nullptr;
     const std::span<const char> raw(image.data(), data_record_head);
     const int found = parse_b1000(raw, &found_name, &format, &order, &state);
     const int declared = sd_data_type(member_text(dh->format));
@@ -82,8 +83,8 @@ void settle_type_and_length(blk_dh_t *dh) {
 
 // The rest of a data record whose first bytes, as many as a control blockette's type and length take, are in
 // the body.
-int read_data_record(read_handle_t *handle, void **record, int *type) {
-    SeedInput *input = handle->logical;
+int read_data_record(read_handle_t* handle, void** record, int* type) {
+    SeedInput* input = handle->logical;
     count_within_sequence(handle, input->seq_num);
     constexpr int head = data_record_head - image_header_size;
     if (read_remainder(input, body + type_and_length_size, head - type_and_length_size) == 0) {
@@ -92,7 +93,7 @@ int read_data_record(read_handle_t *handle, void **record, int *type) {
         return 0;
     }
     BlockettePointer owner(parse_blk(body_text(head), data_record_type), {data_record_type});
-    auto *dh = static_cast<blk_dh_t *>(owner.get());
+    auto* dh = static_cast<blk_dh_t*>(owner.get());
     if (Bad_blkflag != 0)
         report_bad_blockette(dh, data_record_type, body_text(fixed_header_size));
     dh->seq_num = handle->seq_num;
@@ -118,23 +119,23 @@ int read_data_record(read_handle_t *handle, void **record, int *type) {
 }
 
 // What a control blockette tells of the records that follow.
-void apply_blockette(read_handle_t *handle, const void *record, int type) {
+void apply_blockette(read_handle_t* handle, const void* record, int type) {
     switch (type) {
     case 10:
-        setReadRecLen(handle->logical, static_cast<const blk_010_t *>(record)->rec_len);
+        setReadRecLen(handle->logical, static_cast<const blk_010_t*>(record)->rec_len);
         break;
     case 30:
-        update_fmt_list(&handle->fmt_list, *static_cast<const blk_030_t *>(record));
+        update_fmt_list(&handle->fmt_list, *static_cast<const blk_030_t*>(record));
         break;
     case 50: {
-        const auto *b050 = static_cast<const blk_050_t *>(record);
+        const auto* b050 = static_cast<const blk_050_t*>(record);
         copy_text(handle->stn, member_text(b050->station));
         update_order_list(&handle->order_list, *b050);
         break;
     }
     case 52:
         update_rec_list(&handle->rec_list, handle->stn, handle->fmt_list,
-                        *static_cast<const blk_052_t *>(record));
+                        *static_cast<const blk_052_t*>(record));
         break;
     default:
         break;
@@ -142,13 +143,13 @@ void apply_blockette(read_handle_t *handle, const void *record, int type) {
 }
 
 // The rest of a control blockette whose type and length are in the body.
-int read_control_blockette(read_handle_t *handle, void **record, int *type) {
+int read_control_blockette(read_handle_t* handle, void** record, int* type) {
     *type = integer_value(std::string_view(body, 3));
     const int length = integer_value(std::string_view(body + 3, 4));
     if (length > largest_blockette)
         log_die(0, "Blockette type %d size = %d: too large for internal buffer.\n", *type, length);
     if (sdminsz(*type) > length) {
-        std::fflush(stdout);
+        flush_output(stdout);
         log_complain(0, "Blockette type %d size = %d: too small! (file #%d)\n", *type, length, Tapefile);
     }
     if (read_remainder(handle->logical, body + type_and_length_size, length - type_and_length_size) == 0) {
@@ -168,28 +169,28 @@ int read_control_blockette(read_handle_t *handle, void **record, int *type) {
 
 } // namespace
 
-read_handle_t *seed_read(const char *name) {
-    auto *handle = new (std::nothrow) read_handle_t{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}};
+read_handle_t* seed_read(const char* name) {
+    auto* handle = new (std::nothrow) read_handle_t{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}};
     if (handle == nullptr)
         out_of_memory(QUARRY_SITE("seed"), sizeof(read_handle_t), "handle");
     handle->logical = newSeedInput(name);
     return handle;
 }
 
-void free_handle(read_handle_t *handle) {
+void free_handle(read_handle_t* handle) {
     freeSeedInput(handle->logical);
     delete handle;
 }
 
-int reinit_handle(read_handle_t *handle) {
+int reinit_handle(read_handle_t* handle) {
     handle->rec_list.clear();
     handle->order_list.clear();
     handle->fmt_list.clear();
     return 0;
 }
 
-int read_blk(read_handle_t *handle, void **record, int *type) {
-    SeedInput *input = handle->logical;
+int read_blk(read_handle_t* handle, void** record, int* type) {
+    SeedInput* input = handle->logical;
     *record = nullptr;
     *type = 0;
     for (;;) {
@@ -209,7 +210,7 @@ int read_blk(read_handle_t *handle, void **record, int *type) {
     }
 }
 
-int parse_b1000(std::span<const char> raw, const char **name, int *format, int *order, const Steim **state) {
+int parse_b1000(std::span<const char> raw, const char** name, int* format, int* order, const Steim** state) {
     static Steim decoder_state;
     decoder_state = {};
     decoder_state.record = raw;
@@ -219,14 +220,12 @@ int parse_b1000(std::span<const char> raw, const char **name, int *format, int *
         return 0;
     *format = decoder_state.s1000.dataformat;
     *order = decoder_state.s1000.sparc_order;
-    const char *translated = translate_number(*format, seedname);
-    if (translated == nullptr)
-        return 0;
+    const char* translated = translate_number(*format, seedname);
     *name = translated;
-    return sd_data_type(translated);
+    return translated != nullptr ? sd_data_type(translated) : 0;
 }
 
-void b030_problem(const blk_dh_t &dh, const char *declared, const char *found) {
+void b030_problem(const blk_dh_t& dh, const char* declared, const char* found) {
     static Map<bool> reported;
     std::string channel = std::string(dh.network_code) + "_" + dh.stn_id + "_" + dh.chan_id;
     if (dh.loc_id[0] != '\0')

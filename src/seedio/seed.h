@@ -19,13 +19,13 @@ inline constexpr int largest_blockette = 10000;
 
 // Opens the named input (standard input for an empty name or "-"; fatal if it cannot be opened) and returns
 // a new handle, released with free_handle. The records of all its tape files share the handle's lists.
-read_handle_t *seed_read(const char *name);
+read_handle_t* seed_read(const char* name);
 
 // Releases the handle with its input's state and lists; the input's descriptor is left open.
-void free_handle(read_handle_t *handle);
+void free_handle(read_handle_t* handle);
 
 // Empties the handle's lists. Returns 0.
-int reinit_handle(read_handle_t *handle);
+int reinit_handle(read_handle_t* handle);
 
 // Delivers the next record, which the caller releases with free_blk, and its type. The record is null for an
 // unknown type. Returns 1, or 0 at the end of the input or when it ends within a record (complained of).
@@ -33,14 +33,14 @@ int reinit_handle(read_handle_t *handle);
 //
 // Damaged records are complained of, listed on standard error and delivered all the same; a length above
 // largest_blockette is fatal.
-int read_blk(read_handle_t *handle, void **record, int *type);
+int read_blk(read_handle_t* handle, void** record, int* type);
 
 // The sample type number of the record's blockette 1000 (0 when it has none or one that is not understood),
-// its format name, encoding format and word order, and the decoder state. `raw` is the record from its
-// sequence number on. The name, format and order are left alone where there is nothing to tell.
-int parse_b1000(std::span<const char> raw, const char **name, int *format, int *order, const Steim **state);
+// its format name (null for an encoding without one), encoding format and word order, and the decoder state.
+// `raw` is the record from its sequence number on. Where it cannot be read, only the state is handed out.
+int parse_b1000(std::span<const char> raw, const char** name, int* format, int* order, const Steim** state);
 
 // Complains, once a channel, that its data format was declared as one thing and found to be another.
-void b030_problem(const blk_dh_t &dh, const char *declared, const char *found);
+void b030_problem(const blk_dh_t& dh, const char* declared, const char* found);
 
 } // namespace quarry

@@ -1,0 +1,21 @@
+#include "platform/standard_output.h"
+
+#include <cerrno>
+
+namespace quarry {
+
+namespace {
+int first_error = 0;
+}
+
+void flush_output(std::FILE* stream) {
+    const bool failed = std::fflush(stream) != 0 || std::ferror(stream) != 0;
+    if (failed && stream == stdout && first_error == 0)
+        first_error = errno != 0 ? errno : EIO;
+}
+
+int output_error() {
+    return first_error;
+}
+
+} // namespace quarry
