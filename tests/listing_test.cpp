@@ -104,6 +104,35 @@ TEST_F(ListingTest, EveryTypeOnItsLine) {
          "1 "
          "End:1999,123,04:05:06.7890 seq#    12 subseq#     2 #repeats     1 <Time Series Index>\n"
          "\t  0 Start:               00000 seq#    11 subseq#     1\n"},
+        // Values that leave every field wider than they are.
+        {10, " 2.4 82000~~~~~",
+         "B010  22 Version 2.4  LogRecLen  8  Start:                2000 End:                     <Volume "
+         "Identifier >\n"},
+        {12, "00012000~2001~     1",
+         "B012  27 #spans    1 <Volume Time Span Index>\n"
+         "\t    0 Start:                2000 End:                2001 seq#     1\n"},
+        {50, "A    " + fixed(1, 10, 6) + fixed(-2, 11, 6) + fixed(3, 7, 1) + "       ~  1   1 1~~N",
+         "B050  60    A    (  1.000000, -2.000000)    3.0m @ '' NetId#    1 Long:0001 Word:01 Order  Start:  "
+         "     "
+         "              End:                     Update:N <Station Identifier>\n"},
+        {58, "-1 1.50000E+03 1.00000E+00 0",
+         "B058  35 Stage#   -1 Gain:1.500000e+03 Freq:  1.0000Hz <Channel Sensitivity/Gain>\n"},
+        {71, "2000~ 1" + fixed(1, 10, 4) + fixed(2, 11, 4) + fixed(3, 7, 1) + " 0  1   2R~",
+         "B071 53 Time:                2000 Id#    1 (  1.00,  2.00) Depth:  3.00km #:0 grn=1 srn=2 "
+         "gregion='R' "
+         "<Hypocenter Information>\n"},
+        {72, "A      B  2000~" + fixed(1, 10, 4) + fixed(2, 10, 4) + fixed(3, 10, 4) + "P~ 1X ",
+         "B072  58     A Loc:   Chan:  B Time:                2000 Amp:  1.00 Period:  2.00 S/N:  3.00 "
+         "Phase:'P' "
+         "source=1 net=X <Event Phases>\n"},
+        {73, "0001A      B  2000~     1 1",
+         "B073  34 Segment #    0 of     1 Sta:     A Loc:    Chan:   B Start:                2000 seq#     "
+         "1 "
+         "subseq#     1 <Time Span Data Start Index>\n"},
+        {74, "A      B  2000~     1 12001~     2 1  0X ",
+         "B074  48 Net:  X Sta:     A Loc:    Chan:   B Start:                2000 seq#     1 subseq#     1 "
+         "End:    "
+         "            2001 seq#     2 subseq#     1 #repeats     0 <Time Series Index>\n"},
         {60, "", "Unknown blockette:    60\n"},
     };
     for (const Case& c : cases)
@@ -116,11 +145,11 @@ TEST_F(ListingTest, PolesAndZerosAndCoefficients) {
     const std::string error = exponent(0.001) + zero;
     const std::string none = zero + zero;
     const std::string invalid = zero + padded(" nan", 12);
-    const std::string stage = "A01001002" + exponent(5.71404e8) + exponent(0.02);
+    const std::string stage = "A04001002" + exponent(5.71404e8) + exponent(0.02);
     EXPECT_EQ(
         listed(53, blockette(53, stage + "002" + value + none + value + error + "003" + value + none + value +
                                      error + value + invalid)),
-        "B053 286 Type:A Stage# 1 Input Units:  1 Output Units:  2 Norm:5.7140e+08 @  0.02Hz    3 Poles   "
+        "B053 286 Type:A Stage# 4 Input Units:  1 Output Units:  2 Norm:5.7140e+08 @  0.02Hz    3 Poles   "
         "2 Zeros  <Response (Poles and Zeros)>\n"
         "\t  n     Poles (r, i)                   Errors(r, i) \n"
         "\t  0 (+1.50000E+00 -2.50000e+00)\n"
@@ -141,7 +170,7 @@ TEST_F(ListingTest, PolesAndZerosAndCoefficients) {
 }
 
 TEST_F(ListingTest, ShortChannelLine) {
-    Simplify = 1;
+    Simplify = 2; // as often as it was given
     Tbl_033 = {};
     Tbl_034 = {};
     Tbl_033.set(5, "STS-1");
@@ -179,6 +208,9 @@ TEST_F(ListingTest, DataHeader) {
         "factor:   -10 multiplier:     1 Sample_rate:        0.1 Activity: ffffffc0 I/O: 20 Quality: 0 "
         "#blks after:     2 time correction:    -5 first data byte:   128 first blockette:    48 <data "
         "blockette>\n");
+    pbrief_blk(stream, nullptr, 60);
+    EXPECT_EQ(std::string(bytes, size).substr(std::string(bytes).find('\n') + 1),
+              "Unknown blockette:    60\n");
     std::fclose(stream);
     std::free(bytes);
 }
