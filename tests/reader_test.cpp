@@ -211,23 +211,28 @@ TEST(Reader, FieldsThatDoNotConvert) {
 }
 
 TEST(Reader, UnknownTypes) {
-    const RunResult result = list_volume(
-        padded("000001V 0990010abc" + blockette(999, "abc") + blockette(499, "") + comment(1, "next"), 512));
-    EXPECT_EQ(without_summary(result),
-              "Unknown blockette:    99\nUnknown blockette:   999\nUnknown blockette:   "
-              "499\n" +
-                  comment_line(1, "next"));
-    EXPECT_EQ(result.err, "quarry: sdminsz: Unknown blockette type 99\n"
-                          "quarry: WARNING(parse_blk) - Unknown blockette: 99\n"
-                          "quarry: Block size: unknown blockette:    99\n"
-                          "quarry: sdminsz: Unknown blockette type 999\n"
-                          "quarry: WARNING(parse_blk) - Unknown blockette: 999\n"
-                          "quarry: Unknown block type = 999: Success\n"
-                          "quarry: sdminsz: Unknown blockette type 499\n"
-                          "quarry: WARNING(parse_blk) - Unknown blockette: 499\n"
-                          "quarry: Unknown block type = 499: Success\n"
-                          "quarry: sdblknam: Unknown blockette type 99\n");
-    EXPECT_THAT(summary_of(result), HasSubstr("    1 (099)          0 Unknown Type blockettes\n"));
+    std::string bad = "0990010abc-020007";
+    std::string listing = "Unknown blockette:    99\nUnknown blockette:    -2\n";
+    for (const int type : {498, 499, 999}) {
+        bad += blockette(type, "abc");
+        listing += "Unknown blockette:   " + digits(type, 3) + "\n";
+    }
+    const RunResult result = list_volume(padded("000001V " + bad + comment(1, "next"), 512));
+    EXPECT_EQ(without_summary(result), listing + comment_line(1, "next"));
+    const auto messages = [](int type, const std::string& last) {
+        const std::string number = std::to_string(type);
+        return "quarry: sdminsz: Unknown blockette type " + number +
+               "\nquarry: WARNING(parse_blk) - Unknown blockette: " + number + "\nquarry: " + last + "\n";
+    };
+    EXPECT_EQ(result.err, messages(99, "Block size: unknown blockette:    99") +
+                              messages(-2, "Unknown block type = -2: Success") +
+                              messages(498, "Block size: unknown blockette:   498") +
+                              messages(499, "Unknown block type = 499: Success") +
+                              messages(999, "Unknown block type = 999: Success") +
+                              "quarry: sdblknam: Unknown blockette type 99\n"
+                              "quarry: sdblknam: Unknown blockette type 498\n");
+    EXPECT_THAT(summary_of(result), HasSubstr("    1 (099)          0 Unknown Type blockettes\n"
+                                              "    1 (498)          0 Unknown Type blockettes\n"));
 }
 
 TEST(Reader, FatalBlockettes) {

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <map>
+#include <optional>
 #include <spawn.h>
 #include <string>
 #include <sys/stat.h>
@@ -66,6 +67,41 @@ int spawn_gzip(int input, int output, int messages, pid_t* process) {
     return result;
 }
 
+// The last line of what gzip said, without its own name for its input.
+std::string reason(int messages) {
+    std::array<char, 512> buffer{};
+    const ssize_t length = read(messages, buffer.data(), buffer.size());
+    std::string text(buffer.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+    text.erase(text.find_last_not_of('\n') + 1);
+    text.erase(0, text.rfind('\n') + 1); // npos + 1 is 0: all one line
+    const std::string own_name = "gzip: stdin: ";
+    return text.starts_with(own_name) ? text.substr(own_name.size()) : text;
+}
+
+// Waits for the process and returns its wait status; -1 where this program ignores its children's ends.
+int wait_for(pid_t process) {
+    int status = 0;
+    pid_t reaped = 0;
+    do
+        reaped = waitpid(process, &status, 0);
+    while (reaped < 0 && errno == EINTR);
+    return reaped < 0 ? -1 : status;
+}
+
+// Takes the decompressor that feeds the descriptor, if there is one.
+std::optional<Decompressor> take_decompressor(int descriptor) {
+    auto node = decompressors().extract(descriptor);
+    return node.empty() ? std::nullopt : std::optional(std::move(node.mapped()));
+}
+
+// A descriptor that is given out anew was closed before its decompressor had ended.
+void forget_decompressor(int descriptor) {
+    if (const auto forgotten = take_decompressor(descriptor)) {
+        close(forgotten->messages);
+        wait_for(forgotten->process);
+    }
+}
+
 int open_decompressed(const char* name, int input) {
     std::array<int, 2> output{-1, -1};
     std::array<int, 2> messages{-1, -1};
@@ -83,19 +119,9 @@ int open_decompressed(const char* name, int input) {
         errno = error;
         return -1;
     }
+    forget_decompressor(output[0]);
     decompressors()[output[0]] = {name, process, messages[0]};
     return output[0];
-}
-
-// What gzip said, on one line and without its own name for its input.
-std::string reason(int messages) {
-    std::array<char, 512> buffer{};
-    const ssize_t length = read(messages, buffer.data(), buffer.size());
-    std::string text(buffer.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    text.erase(0, text.find_first_not_of('\n'));
-    text.erase(std::min(text.find('\n'), text.size()));
-    const std::string own_name = "gzip: stdin: ";
-    return text.starts_with(own_name) ? text.substr(own_name.size()) : text;
 }
 
 } // namespace
@@ -104,6 +130,7 @@ std::FILE* open_maybe_compressed(const char* name) {
     int descriptor = open(name, O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
+    forget_decompressor(descriptor);
     if (looks_compressed(descriptor)) {
         const int plain = open_decompressed(name, descriptor);
         const int error = errno;
@@ -115,25 +142,19 @@ std::FILE* open_maybe_compressed(const char* name) {
 }
 
 void end_maybe_compressed(int descriptor) {
-    const auto found = decompressors().find(descriptor);
-    if (found == decompressors().end())
+    constexpr int gzip_warning = 2;
+    const auto ended = take_decompressor(descriptor);
+    if (!ended)
         return;
-    const Decompressor ended = found->second;
-    decompressors().erase(found);
-
-    int status = 0;
-    pid_t reaped = 0;
-    do
-        reaped = waitpid(ended.process, &status, 0);
-    while (reaped < 0 && errno == EINTR);
-    // Where the program ignores its children's ends, what gzip said must do.
-    std::string said = reason(ended.messages);
-    const bool bad = reaped < 0 ? !said.empty() : status != 0;
-    if (said.empty())
-        said = WIFSIGNALED(status) ? "killed by a signal" : "no reason given";
-    if (bad)
-        log_complain(0, "Decompressing %s ended badly: %s\n", ended.file.c_str(), said.c_str());
-    close(ended.messages);
+    const int status = wait_for(ended->process);
+    const std::string said = reason(ended->messages);
+    close(ended->messages);
+    const char* file = ended->file.c_str();
+    if (status > 0 && WIFEXITED(status) && WEXITSTATUS(status) == gzip_warning)
+        log_complain(0, "Decompressing %s: %s\n", file, said.c_str());
+    else if (status > 0 || (status < 0 && !said.empty()))
+        log_complain(0, "Decompressing %s ended badly: %s\n", file,
+                     said.empty() ? "no reason was given" : said.c_str());
 }
 
 } // namespace quarry

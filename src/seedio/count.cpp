@@ -17,7 +17,7 @@ namespace {
 // Entry type + 1 belongs to a type, so that data records (type -1) have entry 0.
 constexpr int entries = 500;
 std::int64_t nblks = 0;
-std::array<int, entries> blk_cnt{};
+std::array<std::int64_t, entries> blk_cnt{};
 std::array<std::int64_t, entries> tot_siz{};
 
 void print_share(const char* label, std::int64_t bytes, std::int64_t size) {
@@ -61,11 +61,11 @@ int summary(int tapefile, std::int64_t size) {
         const auto at = static_cast<std::size_t>(entry);
         parameter += tot_siz[at];
         if (blk_cnt[at] != 0)
-            std::printf("%5d (%03d) %10" PRId64 " %s blockettes\n", blk_cnt[at], entry - 1, tot_siz[at],
-                        sdblknam(entry - 1));
+            std::printf("%5" PRId64 " (%03d) %10" PRId64 " %s blockettes\n", blk_cnt[at], entry - 1,
+                        tot_siz[at], sdblknam(entry - 1));
     }
     const std::int64_t data = tot_siz[0];
-    std::printf("%5d       %10" PRId64 " Data blockettes\n\n", blk_cnt[0], data);
+    std::printf("%5" PRId64 "       %10" PRId64 " Data blockettes\n\n", blk_cnt[0], data);
     print_share("Total Parameter Info  ", parameter, size);
     print_share("Total Data            ", data, size);
     print_share("Total Wasted          ", size - parameter - data, size);

@@ -10,8 +10,8 @@ namespace quarry {
 int init_count();
 
 // Counts the record (null for an unknown type) with its size, and prints the volume line of a blockette 010
-// and the station list of an 011 on standard output. Types above 498 are complained of and counted in
-// number only. Returns 0.
+// and the station list of an 011 on standard output. Types below -1 or above 498 are complained of and
+// counted in number only. Returns 0.
 int count_blk(const void* record, int type);
 
 // Prints the summary of a tape file of `size` bytes on standard output; nothing if no blockette was counted.

@@ -118,12 +118,16 @@ int moredata(SeedInput* input) {
 }
 
 int advanceLogicalRecord(SeedInput* input) {
+    if (input->eof != 0 && input->start >= input->pbytes)
+        return -1;
     input->start += input->recsiz;
     input->cur = input->start;
     if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
         return -1;
-    if (input->pbytes - input->start < logical_header_size)
+    if (input->pbytes - input->start < logical_header_size) {
+        input->start = input->cur = input->pbytes; // the end, for every later call too
         return -1;
+    }
 
     const char* header = input->buffer.data() + input->start;
     parse_sequence_number(input, {header, 6});
