@@ -2,8 +2,8 @@
 // data start index, 074 time series index.
 //
 // The lists are held inside the records; their counts are kept as read, what is read and listed stops at the
-// capacities. Times are SEED time text as read. Sub-sequence numbers count from 1 the records that share a
-// sequence number.
+// capacities (a 073 with more segments ends the process). Times are SEED time text as read. Sub-sequence
+// numbers count from 1 the records that share a sequence number.
 #pragma once
 
 #include "blockette/types.h"
