@@ -2,7 +2,7 @@
 // for later ones. One thread, unguarded.
 //
 // The last station and channel records (blk_050, blk_052) are kept by blockette/station.h, the decoders'
-// output cursor by decode/decode.h.
+// output cursor by decode/sample_cursor.h.
 #pragma once
 
 #include "platform/containers.h"

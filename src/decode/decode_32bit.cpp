@@ -1,0 +1,13 @@
+#include "decode/decode_32bit.h"
+
+#include "decode/plain_words.h"
+
+namespace quarry {
+
+std::int32_t decode_32bit(char* data, std::int32_t nsamples, std::int32_t, int byteswap) {
+    return decode_words<std::uint32_t>(data, nsamples, byteswap, [](std::uint32_t word) {
+        return static_cast<float>(static_cast<std::int32_t>(word));
+    });
+}
+
+} // namespace quarry

@@ -1,0 +1,11 @@
+#include "decode/decode_asro.h"
+
+#include "decode/decode_sro.h"
+
+namespace quarry {
+
+std::int32_t decode_asro(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
+    return decode_sro(data, nsamples, nbytes, byteswap);
+}
+
+} // namespace quarry

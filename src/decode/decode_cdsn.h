@@ -1,0 +1,12 @@
+// The gain-ranged words of the CDSN stations.
+#pragma once
+
+#include <cstdint>
+
+namespace quarry {
+
+// A Decoder (decode/sample_cursor.h). Trusts `nsamples`: 2 * `nsamples` bytes are read whatever `nbytes`
+// says. Returns 0.
+std::int32_t decode_cdsn(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
+
+} // namespace quarry

@@ -1,0 +1,12 @@
+// Signed integers of 16 bits, as the DWWSSN stations and others record.
+#pragma once
+
+#include <cstdint>
+
+namespace quarry {
+
+// A Decoder (decode/sample_cursor.h). Trusts `nsamples`: 2 * `nsamples` bytes are read whatever `nbytes`
+// says. Returns 0.
+std::int32_t decode_dwwssn(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
+
+} // namespace quarry

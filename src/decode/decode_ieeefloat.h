@@ -1,0 +1,12 @@
+// IEEE 754 numbers of single precision, which keep their bits.
+#pragma once
+
+#include <cstdint>
+
+namespace quarry {
+
+// A Decoder (decode/sample_cursor.h). Trusts `nsamples`: 4 * `nsamples` bytes are read whatever `nbytes`
+// says. Returns 0.
+std::int32_t decode_ieeefloat(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
+
+} // namespace quarry

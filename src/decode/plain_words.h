@@ -1,0 +1,33 @@
+// The loop of the formats that give each sample a word of its own.
+#pragma once
+
+#include "decode/sample_cursor.h"
+#include "decode/take_word.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+namespace quarry {
+
+// 2 to the power of `exponent`, -126 to 127.
+constexpr float power_of_two(int exponent) {
+    return std::bit_cast<float>(static_cast<std::uint32_t>(exponent + 127) << 23);
+}
+
+// Writes value (word) for each of `nsamples` words through the cursor. Value gives the four bytes that are
+// stored. Trusts `nsamples`; returns 0.
+template <class Word, class Value>
+std::int32_t decode_words(char* data, std::int32_t nsamples, int byteswap, Value value) {
+    const std::int64_t count = std::max(nsamples, 0);
+    float* const samples = seismic_data_ptr;
+    const auto decode = [=](bool swap) {
+        for (std::int64_t i = 0; i < count; ++i)
+            store(samples + i, value(take_word<Word>(data + i * std::int64_t{sizeof(Word)}, swap)));
+    };
+    byteswap != 0 ? decode(true) : decode(false);
+    seismic_data_ptr = samples + count;
+    return 0;
+}
+
+} // namespace quarry

@@ -1,0 +1,137 @@
+// What the two Steim levels share: the walk over the frames and the integration of the differences.
+//
+// A data area is a sequence of frames of 16 words of 32 bits:
+//   word 0        sixteen 2-bit codes, the first in the top bits; code k tells what word k holds
+//   words 1 - 15  differences
+// In the first frame word 1 is the forward integration constant (the first sample) and word 2 the reverse one
+// (the last sample); a sound record gives them code 0, nothing here relies on it. What is left of the data
+// area behind the last whole frame is ignored.
+#pragma once
+
+#include "decode/sample_cursor.h"
+#include "decode/take_word.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+
+namespace quarry::steim {
+
+inline constexpr int word_size = 4;
+inline constexpr int frame_size = 16 * word_size;
+inline constexpr int most_fields = 7; // differences in a word
+
+// How a word holds its differences: `count` signed fields in its low bits, most significant first. A field is
+// taken out by a multiplication that brings it to the top of 64 bits and a shift down; the fields that a
+// packing lacks come out as 0. So every word of a level takes the same instructions: branches on its packing
+// would be as unpredictable as the seismic noise is, and cost more than the fields not needed.
+struct Packing {
+    std::array<std::uint64_t, most_fields> scale{};
+    std::int32_t down = 0;
+    std::int32_t count = 0;
+
+    template <class Running>
+    Running field(std::uint32_t word, int k) const {
+        return static_cast<Running>(static_cast<std::int64_t>(word * scale[static_cast<std::size_t>(k)]) >>
+                                    down);
+    }
+};
+
+constexpr Packing packing(int count, int width) {
+    Packing fields{{}, 64 - width, count};
+    for (int k = 0; k < count; ++k)
+        fields.scale[static_cast<std::size_t>(k)] = std::uint64_t{1} << (64 - width * (count - k));
+    return fields;
+}
+inline constexpr Packing nothing{};
+
+// A word with what the code says that it holds. `fields` has the first difference on top.
+struct Word {
+    std::uint32_t fields;
+    const Packing* packing;
+};
+
+// The order of the record's bytes, whatever the host's.
+template <bool Swap>
+inline constexpr bool big_endian = Swap == host_is_little_endian;
+
+// Words of the host's order with the number of 8 or 16 bits on top that comes first in storage. In a
+// big-endian record first_byte_on_top does for every width.
+constexpr std::uint32_t first_byte_on_top(std::uint32_t word) {
+    return host_is_little_endian ? swap_4byte(word) : word;
+}
+constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
+    return host_is_little_endian ? std::rotl(word, 16) : word;
+}
+
+// Decodes whole frames through the cursor; returns the samples wanted less the differences found.
+//
+// The running value is of type Running: see decode_frames. Level::take<Swap> (place, code) gives the word at
+// `place`, swapped there as far as the level swaps it, and Level::most is the largest count of its packings.
+template <class Level, class Running, bool Swap>
+std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, std::int32_t first) {
+    // The first word behind the constants: its first difference leads to the first sample.
+    const char* const anchor = data + 3 * word_size;
+    float* next = seismic_data_ptr;
+    Running value = 0;
+    for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
+        std::uint32_t codes = take_word<std::uint32_t>(data, Swap);
+        for (char* place = data + word_size; place != data + frame_size; place += word_size) {
+            codes <<= 2;
+            const Word word = Level::template take<Swap>(place, codes >> 30);
+            const Packing& packing = *word.packing;
+            if (place == anchor && packing.count > 0) [[unlikely]]
+                value = static_cast<Running>(first) - packing.field<Running>(word.fields, 0);
+            if (wanted >= Level::most) [[likely]] {
+                // What is stored beyond the count is overwritten by the next word.
+                for (int k = 0; k < Level::most; ++k) {
+                    value += packing.field<Running>(word.fields, k);
+                    next[k] = static_cast<float>(value);
+                }
+                next += packing.count;
+            } else {
+                for (int k = 0; k < packing.count; ++k) {
+                    value += packing.field<Running>(word.fields, k);
+                    if (k < wanted)
+                        *next++ = static_cast<float>(value);
+                }
+            }
+            wanted -= packing.count;
+        }
+    }
+    seismic_data_ptr = next;
+    return wanted;
+}
+
+// Decodes a data area through the cursor and puts zeros for the samples that it lacks; returns their number,
+// 0 or less if it lacks none.
+//
+// The series is defined by sums of doubles. As long as every sum stays below 2^53 they are exact, and so are
+// sums of integers, which are faster: a word adds at most 2^31 to the magnitude (its fields of fewer bits
+// add less), a frame 15 * 2^31, and the start, the first sample less a difference, is at most 2^32. Sums of
+// 2^18 frames, 16 megabytes, thus keep below 15 * 2^49 + 2^32 < 2^53.
+template <class Level, bool Swap>
+std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbytes) {
+    constexpr std::int64_t exact_frames = std::int64_t{1} << 18;
+    std::int32_t first = 0;
+    if (nbytes >= 3 * word_size) {
+        first = static_cast<std::int32_t>(take_word<std::uint32_t>(data + word_size, Swap));
+        take_word<std::uint32_t>(data + 2 * word_size, Swap);
+    }
+    const std::int64_t frames = std::max(nbytes / frame_size, 0);
+    const std::int64_t missing = frames <= exact_frames
+                                     ? walk_frames<Level, std::int64_t, Swap>(data, frames, nsamples, first)
+                                     : walk_frames<Level, double, Swap>(data, frames, nsamples, first);
+    if (missing > 0)
+        seismic_data_ptr = std::fill_n(seismic_data_ptr, missing, 0.0F);
+    return missing;
+}
+
+template <class Level>
+std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
+    return byteswap != 0 ? decode_frames<Level, true>(data, nsamples, nbytes)
+                         : decode_frames<Level, false>(data, nsamples, nbytes);
+}
+
+} // namespace quarry::steim

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Builds an example against the installed library the way a user would, by find_package and by pkg-config,
+# and runs both on a volume:
+#   run.sh BUILD_DIR SOURCE_DIR WORK_DIR VOLUME EXPECTED_LINE [CXX_FLAGS]
+# BUILD_DIR holds the built library, VOLUME has data records, EXPECTED_LINE is one that they must give,
+# CXX_FLAGS are those that the library was built with, if it needs any (sanitizers).
+set -euo pipefail
+build=$1 source=$2 work=$3 volume=$4 expected=$5 flags=${6:-}
+
+rm -rf "$work"
+mkdir -p "$work"
+prefix=$work/prefix
+cmake --install "$build" --prefix "$prefix" >"$work/install.log"
+example=$source/examples/print_samples.cpp
+
+cmake -S "$source/tests/consumer" -B "$work/build" -DSOURCE="$example" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_CXX_FLAGS="$flags" >"$work/configure.log"
+cmake --build "$work/build" >"$work/build.log"
+
+# The prefix is not where the library was configured for: both ways must find it all the same.
+config=$(find "$prefix" -name quarry.pc)
+words=$(PKG_CONFIG_PATH=$(dirname "$config") pkg-config --cflags --libs quarry)
+# shellcheck disable=SC2086 # flags are several words
+"${CXX:-c++}" -std=c++20 $flags "$example" $words -o "$work/by_pkg_config"
+
+"$work/build/consumer" "$volume" >"$work/found_by_cmake.txt"
+"$work/by_pkg_config" "$volume" >"$work/found_by_pkg_config.txt"
+cmp "$work/found_by_cmake.txt" "$work/found_by_pkg_config.txt"
+if ! grep -qxF -- "$expected" "$work/found_by_cmake.txt"; then
+    echo "no line '$expected' in $work/found_by_cmake.txt:" >&2
+    head -5 "$work/found_by_cmake.txt" >&2
+    exit 1
+fi
+echo "$(wc -l <"$work/found_by_cmake.txt") lines from $(basename "$volume")"

@@ -1,0 +1,526 @@
+// The decoders: values worked out by hand, series through independent encoders and back, damaged records. The
+// host is little-endian.
+#include "decode/decode.h"
+#include "decode/decode_32bit.h"
+#include "decode/decode_asro.h"
+#include "decode/decode_cdsn.h"
+#include "decode/decode_dwwssn.h"
+#include "decode/decode_geoscope.h"
+#include "decode/decode_ieeefloat.h"
+#include "decode/decode_sro.h"
+#include "decode/decode_steim.h"
+#include "decode/decode_steim2.h"
+#include "decode/decode_usnsn.h"
+#include "decode_encoders.h"
+#include "platform/message_log.h"
+#include "platform/text.h"
+#include "state.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace quarry::test {
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStderr;
+using testing::internal::GetCapturedStdout;
+
+using Floats = std::vector<float>;
+using Series = std::vector<std::int32_t>;
+
+struct Decoded {
+    std::int32_t status = 0;
+    Floats samples; // all that was written
+    std::ptrdiff_t advanced = 0;
+    std::string bytes; // the record afterwards
+    std::string errors;
+    std::string csstype;
+};
+
+void capture_errors() {
+    constexpr const char* name = "quarry";
+    log_init(1, &name);
+    CaptureStderr();
+}
+
+// Decodes from a buffer of exactly these bytes; tells what was written from a mark.
+Decoded decode(Decoder decoder, const std::string& bytes, std::int32_t nsamples, Order order) {
+    constexpr float mark = -123.25F;
+    std::vector<char> data(bytes.begin(), bytes.end());
+    Floats room(static_cast<std::size_t>(3 * std::max(nsamples, 0) + 8), mark);
+    seismic_data_ptr = room.data();
+    Decoded decoded;
+    capture_errors();
+    decoded.status =
+        decoder(data.data(), nsamples, static_cast<std::int32_t>(data.size()), order == Order::big ? -1 : 0);
+    decoded.errors = GetCapturedStderr();
+    decoded.advanced = seismic_data_ptr - room.data();
+    while (!room.empty() && room.back() == mark)
+        room.pop_back();
+    decoded.samples = std::move(room);
+    decoded.bytes.assign(data.begin(), data.end());
+    return decoded;
+}
+
+std::string frame(std::initializer_list<std::uint32_t> words, Order order = Order::big) {
+    std::string bytes = bytes_of(words, order);
+    bytes.resize(64);
+    return bytes;
+}
+
+constexpr std::uint32_t code(std::uint32_t value, int word) {
+    return value << (30 - 2 * word);
+}
+
+TEST(Steim, ByHand) {
+    const std::string four = frame({code(1, 3), 100, 101, 0x05FE'0003});
+    const std::string late = frame({code(1, 4), 9, 0, 0, 0x0102'0304});
+    const std::string next = frame({code(1, 3), 0x0505'0505, 0, 0x0100'0001});
+    const std::string half_words = frame({code(2, 3) | code(3, 4), ~1U, 0, 0x7FFF'8000, 0x8000'0000});
+    const std::string coded_constant = frame({code(1, 1) | code(1, 3), 0x0102'0304, 0, 0x0900'0000});
+    const std::string large = frame({code(1, 3), 16777217, 0, 0x0001'0001});
+    const std::string narrow = frame({code(3, 3), 9, 0, 0xB1F7'8001});
+    const std::string empty_words =
+        frame({code(2, 3) | code(3, 4) | code(3, 5), 5, 0, 0x3FFF'FFFF, 0xFFFF'FFFF, 0x0104'2108});
+    struct Case {
+        const char* what;
+        Decoder decoder;
+        std::string bytes;
+        Floats samples;
+        std::int32_t status = 0;
+    };
+    const std::vector<Case> cases{
+        {"bytes", decode_steim, four, {100, 98, 98, 101}},
+        {"bytes in level 2", decode_steim2, four, {100, 98, 98, 101}},
+        {"more than wanted", decode_steim, four, {100, 98, 98}},
+        {"none wanted", decode_steim2, four, {}},
+        {"partial frame ignored", decode_steim, four + four.substr(0, 36), {100, 98, 98, 101, 0}, -1},
+        {"no whole frame", decode_steim2, four.substr(0, 63), {0, 0}, -1},
+        {"half-words, then a word", decode_steim, half_words, {-2, -32770, -2147516418.0F}},
+        {"anchor at word 3 only", decode_steim, late, {1, 3, 6, 10}},
+        {"anchor in frame 0 only", decode_steim2, four + next, {100, 98, 98, 101, 102, 102, 102, 103}},
+        {"constant with a code", decode_steim2, coded_constant, {4, 7, 9, 10, 0x0102'0304}},
+        {"more digits than a float", decode_steim, large, {16777216, 16777218, 16777218, 16777220}},
+        {"seven of 4 bits", decode_steim2, narrow, {9, 8, 15, 7, 7, 7, 8}},
+        {"words without differences", decode_steim2, empty_words, {1, 2, 4, 8, 16}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto nsamples = static_cast<std::int32_t>(c.samples.size());
+        const Decoded decoded = decode(c.decoder, c.bytes, nsamples, Order::big);
+        EXPECT_EQ(decoded.samples, c.samples);
+        EXPECT_EQ(decoded.advanced, nsamples);
+        EXPECT_EQ(decoded.status, c.status);
+        EXPECT_EQ(decoded.errors.empty(), c.status == 0) << decoded.errors;
+        EXPECT_TRUE(decode(c.decoder, c.bytes, -5, Order::big).samples.empty());
+    }
+}
+
+TEST(Steim, ShortCountIsToldInTheWordsOfItsLevel) {
+    const Series series = random_walk(80, 8, 1);
+    Floats expected(series.begin(), series.end());
+    expected.resize(100);
+    const Decoded one = decode(decode_steim, encode_steim1(series, 192, Order::big).bytes, 100, Order::big);
+    EXPECT_EQ(one.samples, expected);
+    EXPECT_EQ(one.errors, "quarry: Steim Decompression Sample Count Error at Sample: 100\n"
+                          "quarry: Expected 100, found 80 samples... lost values replaced with zeros\n");
+    const Decoded two = decode(decode_steim2, encode_steim2(series, 192, Order::big).bytes, 100, Order::big);
+    EXPECT_EQ(two.samples, expected);
+    EXPECT_EQ(two.errors,
+              "quarry: !!! WARNING !!! Steim2 Decompression Sample Count Error at Sample: 100\n"
+              "quarry: Expected 100, found 80 samples... Lost values will be Padded with Zeros\n");
+}
+
+TEST(Steim, WordsAreLeftInTheHostsOrder) {
+    // Bytes, half-words, a word; what has no code stays.
+    const auto words = {code(1, 3) | code(2, 4) | code(3, 5), 7U, 9U, 0x0102'0304U, 0x0001'0002U, 3U, 4U};
+    std::string expected = frame(words, Order::little);
+    expected.replace(12, 8, frame(words).substr(12, 4) + std::string("\1\0\2\0", 4));
+    expected.replace(24, 4, bytes_of({4}, Order::big));
+    EXPECT_EQ(decode(decode_steim, frame(words), 7, Order::big).bytes, expected);
+    expected.replace(16, 4, bytes_of({0x0001'0002}, Order::little)); // no half-words in level 2
+    EXPECT_EQ(decode(decode_steim2, frame(words), 7, Order::big).bytes, expected);
+
+    const std::string constants = bytes_of({1, 2, 3}, Order::big);
+    EXPECT_EQ(decode(decode_steim2, constants, 0, Order::big).bytes,
+              constants.substr(0, 4) + bytes_of({2, 3}, Order::little));
+    EXPECT_EQ(decode(decode_steim2, constants.substr(0, 11), 0, Order::big).bytes, constants.substr(0, 11));
+}
+
+TEST(Steim, SumsOfAHugeRecord) {
+    std::string each = bytes_of({0x3FFF'FFFF}, Order::little); // one large step down in each word
+    while (each.size() < 64)
+        each += bytes_of({0x8000'0001}, Order::little);
+    std::string all;
+    for (int i = 0; i < (1 << 18) + 2; ++i)
+        all += each;
+    all.replace(0, 12, bytes_of({0x03FF'FFFF, 0x8000'0000, 0}, Order::little));
+    Floats expected(all.size() / 64 * 15 - 2);
+    double sum = -0x1p31;
+    for (float& sample : expected) {
+        sample = static_cast<float>(sum);
+        sum -= 0x7FFF'FFFF;
+    }
+    const auto nsamples = static_cast<std::int32_t>(expected.size());
+    EXPECT_TRUE(decode(decode_steim, all, nsamples, Order::little).samples == expected);
+}
+
+TEST(RoundTrip, EveryWidthAndByteOrder) {
+    struct Case {
+        Encoded (*encoder)(std::span<const std::int32_t>, std::size_t, Order);
+        Decoder decoder;
+        std::vector<int> widths;
+        std::vector<std::size_t> sizes;
+    };
+    const std::vector<Case> cases{
+        {encode_steim1, decode_steim, {2, 8, 16, 31}, {64, 448, 4032}},
+        {encode_steim2, decode_steim2, {2, 4, 5, 6, 8, 10, 15, 30}, {64, 448, 4032}},
+        {encode_usnsn, decode_usnsn, {2, 4, 6, 8, 10, 12, 14, 16, 20, 24, 28}, {4096}},
+    };
+    const auto check = [](const Case& c, int width, std::size_t size, Order order) {
+        const Series series = random_walk(9000, width, static_cast<std::uint32_t>(width));
+        const Encoded encoded = c.encoder(series, size, order);
+        ASSERT_GT(encoded.samples, 3);
+        CaptureStdout();
+        const Decoded decoded = decode(c.decoder, encoded.bytes, encoded.samples, order);
+        EXPECT_EQ(GetCapturedStdout() + decoded.errors, "");
+        EXPECT_EQ(decoded.status, 0);
+        EXPECT_TRUE(decoded.samples == Floats(series.begin(), series.begin() + encoded.samples))
+            << "decoder " << &c.decoder << " width " << width << " size " << size;
+    };
+    for (const Case& c : cases)
+        for (const int width : c.widths)
+            for (const std::size_t size : c.sizes) {
+                check(c, width, size, Order::big);
+                check(c, width, size, Order::little);
+            }
+}
+
+TEST(Usnsn, ByHand) {
+    // Three differences of the first group are taken, the second group is passed over, the count byte fits.
+    const std::string small("\0\0\0\x0A\0\3\0\x12\xF5\0\0\6\0", 13);
+    EXPECT_EQ(decode(decode_usnsn, small, 4, Order::little).samples, (Floats{10, 11, 13, 12}));
+    EXPECT_EQ(decode(decode_usnsn, small, 2, Order::little).samples, (Floats{10, 11}));
+    EXPECT_EQ(decode(decode_usnsn, small, 0, Order::little).samples, (Floats{10})); // always one
+    // What lies beyond the bytes given reads as zero; the last bytes, less than a word, are not swapped.
+    const std::string cut("\x0A\0\0\0\x12\0\7\0\xF5", 9);
+    CaptureStdout();
+    const Decoded decoded = decode(decode_usnsn, cut, 8, Order::big);
+    EXPECT_EQ(GetCapturedStdout(), "########## nct mismatch ########## ict=0 nct=6 ipt=13\n");
+    EXPECT_EQ(decoded.samples, (Floats{10, 11, 13, 12, 17, 17, 17, 17}));
+    EXPECT_EQ(decoded.bytes, std::string("\0\0\0\x0A\0\7\0\x12\xF5", 9));
+}
+
+// A record as dcmprs reads it: 40 samples, two full frames with keys 6 and 6, then a part of one.
+const Series usnsn_series = random_walk(40, 8, 3);
+std::string usnsn_record() {
+    return encode_usnsn(usnsn_series, 4096, Order::little).bytes;
+}
+
+struct Decompressed {
+    std::int32_t result = 0;
+    Series values;
+    std::int32_t eod = 0;
+    std::int32_t ovr = 0;
+    std::string output;
+};
+
+Decompressed decompress(const std::string& record, std::int32_t maxx, Series before = {}) {
+    auto n = static_cast<std::int32_t>(before.size()) - 1;
+    Decompressed d;
+    d.values = std::move(before);
+    d.values.resize(static_cast<std::size_t>(maxx), -77);
+    CaptureStdout();
+    d.result = dcmprs(maxx, &n, d.values.data(), &d.eod, &d.ovr, record.data());
+    d.output = GetCapturedStdout();
+    d.values.resize(static_cast<std::size_t>(n + 1));
+    return d;
+}
+
+TEST(Usnsn, MismatchesAreToldAndTheValuesStand) {
+    const std::string good = usnsn_record();
+    const std::size_t kpt = good.find_last_not_of('\0', 4090);
+    const std::size_t nct = kpt - 1;
+    const std::size_t ian = 4095;
+    struct Case {
+        std::vector<std::size_t> damaged;
+        Series before;
+        std::int32_t result;
+        const char* output;
+    };
+    const std::vector<Case> cases{
+        {{}, {}, 1, ""},
+        {{}, {7, usnsn_series[0]}, 1, ""},
+        {{}, {7}, 0, "########## ia0 mismatch ########## idat=7 ia0="},
+        {{nct}, {}, -4, "########## nct mismatch ########## ict="},
+        {{nct}, {7}, -4, "########## nct mismatch ########## ict="},
+        {{kpt}, {}, -5, "########## kpt mismatch ########## kpt=7 lpt=6 ipt="},
+        {{ian}, {}, -6, "########## ian mismatch ########## ian="},
+        {{nct, ian}, {}, -4, "########## ian mismatch ########## ian="},
+        {{kpt, ian}, {}, -5, "########## ian mismatch ########## ian="},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases.data());
+        std::string record = good;
+        for (const std::size_t place : c.damaged)
+            record[place] = static_cast<char>(record[place] ^ 1);
+        const Decompressed d = decompress(record, 60, c.before);
+        EXPECT_EQ(d.result, c.result);
+        EXPECT_EQ(d.eod, 1);
+        EXPECT_NE(d.output.find(c.output), std::string::npos) << d.output;
+        EXPECT_EQ(d.output.empty(), c.result == 1);
+        EXPECT_EQ(dcmpbr(), 1);
+        EXPECT_EQ(decompress(record, 60, c.before).output, "");
+        EXPECT_EQ(dcmpbr(), 0);
+        Series expected = c.before.empty() ? Series{usnsn_series[0]} : c.before;
+        expected.insert(expected.end(), usnsn_series.begin() + 1, usnsn_series.end());
+        EXPECT_EQ(d.values, expected);
+    }
+}
+
+TEST(Usnsn, ImpendingOverflowAndFullBufferStopTheRecord) {
+    std::string record = usnsn_record();
+    ASSERT_EQ(record[6], '\x66');
+    for (const std::int32_t room : {2, 9, 17, 18, 39}) {
+        const Decompressed d = decompress(record, room);
+        EXPECT_EQ(d.values, Series(usnsn_series.begin(), usnsn_series.begin() + room));
+        EXPECT_EQ(d.ovr, 1);
+    }
+    record[6 + 17] = '\x0F'; // the keys of the second frame
+    const Decompressed d = decompress(record, 60);
+    EXPECT_EQ(d.result, -1);
+    EXPECT_EQ(d.output, "## impending integer overflow ## id0=" + std::to_string(usnsn_series[16]) +
+                            " keys=0 15 ipt=25\n");
+    Series expected(usnsn_series.begin(), usnsn_series.begin() + 17);
+    expected.resize(39); // zeros up to the last sample but one
+    EXPECT_EQ(d.values, expected);
+
+    record.replace(0, 4, bytes_of({0x3FFF'FFFF}, Order::big));
+    EXPECT_EQ(decompress(record, 60).values[1], 0x3FFF'FFFF + usnsn_series[1] - usnsn_series[0]);
+    record.replace(0, 4, bytes_of({0x4000'0000}, Order::big));
+    EXPECT_EQ(decompress(record, 60).values[1], 0);
+}
+
+TEST(Usnsn, ResultsInWords) {
+    CaptureStdout();
+    for (const std::int32_t result : {1, 0, -1, -3, -4, -5, -6, 2})
+        dcmper(result);
+    EXPECT_EQ(GetCapturedStdout(),
+              "IA0 mismatch in Dcmprs.\nInteger overflow in Dcmprs.\nUnknown error in Dcmprs (-3).\n"
+              "NCT mismatch in Dcmprs.\nKPT mismatch in Dcmprs.\nIAN mismatch in Dcmprs.\n"
+              "Unknown error in Dcmprs (2).\n");
+}
+
+TEST(Usnsn, FieldsOfAnyWidth) {
+    const char bytes[] = "\xFF\x8F\x01\x80\x00\x00\x00";
+    Series fields(3);
+    std::int32_t position = 1;
+    EXPECT_EQ(gnible(bytes, fields.data(), &position, 6, 3, 4, 1), 4); // moves past the group of four
+    EXPECT_EQ(fields, (Series{-1, -8, -4}));
+    EXPECT_EQ(gnible(bytes, fields.data(), &position, 32, 1, 1, 1), 8);
+    EXPECT_EQ(fields[0], INT32_MIN);
+    position = 1;
+    EXPECT_EQ(gnible(bytes, fields.data(), &position, 4, 3, 3, 0), 2); // down to whole bytes
+    EXPECT_EQ(fields, (Series{15, 15, 8}));
+}
+
+TEST(Words, ByHandInBothOrders) {
+    struct Case {
+        Decoder decoder;
+        std::size_t size;
+        std::vector<std::uint32_t> words;
+        Floats samples;
+    };
+    const std::vector<Case> cases{
+        {decode_32bit, 4, {1, 0xFFFF'FFFE, 16777217, 0x8000'0000}, {1, -2, 16777216, -0x1p31F}},
+        {decode_ieeefloat, 4, {0x3FC0'0000, 0xC000'0000, 1}, {1.5F, -2, 0x1p-149F}},
+        {decode_dwwssn, 2, {1, 0xFFFE, 0x7FFF, 0x8000}, {1, -2, 32767, -32768}},
+        {decode_sro, 2, {0x0FFF, 0xA001, 0xF800, 0x07FF}, {-1024, 1, -64, 2047 * 1024}},
+        {decode_asro, 2, {0x0FFF, 0xA001, 0xF801}, {-1024, 1, -2047 / 32.0F}},
+        {decode_cdsn, 2, {0, 0x1FFF, 0x3FFF, 0x5FFE}, {-8191, 0, 8192, -4}},
+        {decode_cdsn, 2, {0x8000, 0xC001}, {-8191 * 16, -8190 * 128}},
+        // Two instants of three components, which come out one behind the other.
+        {decode_geo1,
+         2,
+         {0xBC00, 0, 0x7FFF, 0x1001, 0x8800, 1},
+         {128, -1023.5F, -2048, 0, 2047 / 128.F, -2047}},
+        {decode_geo3,
+         2,
+         {0x3C00, 0, 0xFFFF, 0x1001, 0x8801, 1},
+         {128, -1023.5F, -2048, 1 / 256.F, 2047 / 32768.F, -2047}},
+    };
+    const auto check = [](const Case& c, Order order) {
+        std::string bytes;
+        std::string in_host_order;
+        for (const std::uint32_t word : c.words) {
+            bytes += bytes_of({word}, order).substr(order == Order::big ? 4 - c.size : 0, c.size);
+            in_host_order += bytes_of({word}, Order::little).substr(0, c.size);
+        }
+        const std::int32_t instants =
+            static_cast<std::int32_t>(c.samples.size()) / (c.samples.size() == 6 ? 3 : 1);
+        const Decoded decoded = decode(c.decoder, bytes, instants, order);
+        EXPECT_EQ(decoded.samples, c.samples);
+        EXPECT_EQ(decoded.advanced, instants);
+        EXPECT_EQ(decoded.status, 0);
+        EXPECT_EQ(decoded.bytes, in_host_order);
+        EXPECT_TRUE(decode(c.decoder, bytes, -1, order).samples.empty());
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases.data());
+        check(c, Order::big);
+        check(c, Order::little);
+    }
+    const std::string no_numbers = bytes_of({0x7F80'0001, 0xFFC0'1234}, Order::little);
+    const Floats kept = decode(decode_ieeefloat, no_numbers, 2, Order::little).samples;
+    EXPECT_EQ(std::memcmp(kept.data(), no_numbers.data(), no_numbers.size()), 0);
+}
+
+TEST(Words, GeoscopeOfThreeBytes) {
+    const std::string bytes("\1\0\0\0\0\1\0\0\x80", 9);
+    EXPECT_EQ(decode(decode_geo2, bytes, 1, Order::little).samples, (Floats{256, 0, -0x1p31F}));
+    const Decoded swapped = decode(decode_geo2, bytes, 1, Order::big);
+    EXPECT_EQ(swapped.samples, (Floats{0, 256, 32768}));
+    EXPECT_EQ(swapped.bytes, bytes);
+}
+
+// Through the dispatcher, from a record whose data begin at byte 64.
+Decoded decode_record(int type, const std::string& bytes, int nsamps, int beg_data = 64) {
+    std::vector<char> data(bytes.begin(), bytes.end());
+    std::unique_ptr<blk_dh_t, void (*)(blk_dh_t*)> dh(new_dh(), free_dh);
+    copy_text(dh->stn_id, "STA");
+    copy_text(dh->chan_id, "BHZ");
+    copy_text(dh->format, "local name");
+    dh->type = type;
+    dh->length = 64 + static_cast<int>(bytes.size());
+    dh->beg_data = beg_data;
+    dh->nsamps = nsamps;
+    dh->data = data.data();
+    char* output = nullptr;
+    const char* csstype = nullptr;
+    Decoded decoded;
+    capture_errors();
+    decoded.status = decode_data(dh.get(), &output, &csstype);
+    decoded.errors = GetCapturedStderr();
+    decoded.csstype = csstype;
+    if (decoded.csstype == "t4") {
+        const auto* samples = reinterpret_cast<const float*>(output);
+        decoded.advanced = seismic_data_ptr - samples;
+        decoded.samples.assign(samples, samples + std::max(nsamps, 0) *
+                                                      seed_format_map[static_cast<std::size_t>(type)].size /
+                                                      4);
+    } else {
+        decoded.bytes.assign(output,
+                             decoded.csstype == "as" ? static_cast<std::size_t>(nsamps) : bytes.size());
+    }
+    std::free(output);
+    return decoded;
+}
+
+TEST(DecodeData, EveryFormatReachesItsDecoder) {
+    const std::string words = bytes_of({0x0001'0003, 0x0005'0007, 0x0009'000B}, Order::little);
+    const std::string floats = bytes_of({0x3F80'0000, 0xC000'0000}, Order::little);
+    const Series series{40, 41};
+    struct Case {
+        std::vector<int> types;
+        std::string bytes;
+        Floats samples;
+    };
+    const std::vector<Case> cases{
+        {{1, 2}, words, {65539, 327687}},
+        {{3, 4}, words, {3072, 1024}},
+        {{5}, words, {-8188, -8190}},
+        {{6, 7, 12}, words, {3, 1}},
+        {{8}, encode_steim1(series, 64, Order::little).bytes, {40, 41}},
+        {{9}, encode_steim2(series, 64, Order::little).bytes, {40, 41}},
+        {{10, 11}, floats, {1, -2}},
+        {{13, 15}, words, {-2045, -2043, -2047, -2037, -2041, -2039}},
+        {{14}, std::string(18, '\1'), Floats(6, 65792)},
+        {{17}, encode_usnsn(series, 4096, Order::little).bytes, {40, 41}},
+    };
+    for (const Case& c : cases)
+        for (const int type : c.types) {
+            SCOPED_TRACE(type);
+            const Decoded decoded = decode_record(type, c.bytes, 2);
+            EXPECT_EQ(decoded.samples, c.samples);
+            EXPECT_EQ(decoded.advanced, 2);
+            EXPECT_EQ(decoded.status, 0);
+            EXPECT_EQ(decoded.errors, "");
+        }
+    const Decoded text = decode_record(16, "log of a day", 6);
+    EXPECT_EQ(text.bytes, "log of");
+    EXPECT_EQ(text.csstype, "as");
+    EXPECT_EQ(text.status, 1);
+}
+
+TEST(DecodeData, DamagedHeaders) {
+    const std::string words = bytes_of({3, 5, 7, 9, 11}, Order::little);
+    struct Case {
+        int type;
+        int nsamps;
+        int beg_data;
+        Floats samples;
+        const char* holds; // none if nothing is complained of
+    };
+    const std::vector<Case> cases{
+        {1, 8, 64, {3, 5, 7, 9, 11, 0, 0, 0}, "5 of 8"},
+        // Components stay as far apart as the header tells; only whole instants are decoded.
+        {15, 4, 64, {-2045, -2048, -2039, 0, -2048, -2041, -2048, 0, -2043, -2048, -2037, 0}, "3 of 4"},
+        {14, 3, 64, {768, 0, 0, 327680, 2304, 0, 100663296, 720896, 0}, "2 of 3"},
+        {16, 21, 64, {}, "20 of 21"},
+        {1, 2, -1, {0, 0}, "0 of 2"},
+        {8, 2, 85, {0, 0}, "0 of 2"},
+        {17, 2, -32768, {0, 0}, "0 of 2"},
+        {1, 2, 84, {0, 0}, "0 of 2"},
+        {1, -3, 64, {}, nullptr},
+        {8, -3, 64, {}, nullptr},
+        {17, -3, 64, {}, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases.data());
+        const Decoded decoded = decode_record(c.type, words, c.nsamps, c.beg_data);
+        EXPECT_EQ(decoded.samples, c.samples);
+        EXPECT_EQ(decoded.status, c.holds != nullptr ? -1 : 0);
+        EXPECT_EQ(decoded.errors, c.holds != nullptr ? "quarry: Record of STA:BHZ holds " +
+                                                           std::string(c.holds) + " samples\n"
+                                                     : "");
+    }
+}
+
+TEST(DecodeData, UnknownFormatIsCopied) {
+    for (const int type : {0, -1, 18}) {
+        const Decoded decoded = decode_record(type, "whatever", 4);
+        EXPECT_EQ(decoded.errors,
+                  "quarry: Can't understand data type 'local name'\n\tconsider adding an alias "
+                  "for this type in the parameter file quarry.pf\n");
+        EXPECT_EQ(decoded.bytes, "whatever");
+        EXPECT_EQ(decoded.status, -1);
+        EXPECT_EQ(decoded.csstype, "**");
+    }
+    std::string bytes(8, '\0');
+    EXPECT_EQ(decode_unknown(bytes.data(), 2, 8, 0), -1);
+    EXPECT_EQ(static_cast<void*>(seismic_data_ptr), bytes.data());
+}
+
+// The only test that looks names up: the aliases are fetched once and kept.
+TEST(Identification, NamesAndAliases) {
+    const std::pair<int, int> types_by_code[] = {{1, 6},  {3, 1},   {4, 10}, {10, 8},
+                                                 {11, 9}, {15, 17}, {16, 5}};
+    for (const auto& [encoding, type] : types_by_code)
+        EXPECT_EQ(sd_data_type(translate_number(encoding, seedname)), type);
+    Parameters.tables["data_type_aliases"] = {{"Steim-1", {"Steim Integer Compression Format", 1}},
+                                              {"32-Bit Integer Format", {"no such format", 2}}};
+    EXPECT_EQ(sd_data_type("Steim-1"), 8);
+    EXPECT_EQ(sd_data_type("32-Bit Integer Format"), 0);
+    Parameters.tables.clear();
+    EXPECT_EQ(sd_data_type("Steim-1"), 8);
+    for (const char* unknown :
+         {"", "steim integer compression format", "Steim Integer Compression Format ", "Steim"})
+        EXPECT_EQ(sd_data_type(unknown), 0) << unknown;
+}
+
+} // namespace
+} // namespace quarry::test
