@@ -72,7 +72,7 @@ constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
 template <class Level, class Running, bool Swap>
 std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, std::int32_t first) {
     // The first word behind the constants: its first difference leads to the first sample.
-    const char* const anchor = data + 3 * word_size;
+    const char* const anchor = frames > 0 ? data + 3 * word_size : nullptr;
     float* next = seismic_data_ptr;
     Running value = 0;
     for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
