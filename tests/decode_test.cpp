@@ -511,6 +511,20 @@ TEST(Identification, NamesAndAliases) {
                                                  {11, 9}, {15, 17}, {16, 5}};
     for (const auto& [encoding, type] : types_by_code)
         EXPECT_EQ(sd_data_type(translate_number(encoding, seedname)), type);
+    // The names that no encoding code leads to, as volumes spell them.
+    const std::pair<const char*, int> types_by_name[] = {
+        {"SUN IEEE integer", 2},
+        {"ASRO Gain-Ranged Format", 3},
+        {"SRO Gain-Ranged Format", 4},
+        {"DWWSSN Integer Format", 7},
+        {"SUN IEEE single precision real", 11},
+        {"DWWSSN demultiplexed short (16 bit) 68000 integer", 12},
+        {"Geoscope gain-range on 3 bits", 13},
+        {"Geoscope-3 byte (switched gain)", 14},
+        {"Geoscope gain range on 4 bits", 15},
+        {"ASCII RefTek Log Files, State of Health", 16}};
+    for (const auto& [name, type] : types_by_name)
+        EXPECT_EQ(sd_data_type(name), type) << name;
     Parameters.tables["data_type_aliases"] = {{"Steim-1", {"Steim Integer Compression Format", 1}},
                                               {"32-Bit Integer Format", {"no such format", 2}}};
     EXPECT_EQ(sd_data_type("Steim-1"), 8);

@@ -214,17 +214,33 @@ TEST(DataHeader, ByteOrderByTheYear) {
         EXPECT_EQ(header.nsamps, -1);
         EXPECT_EQ(header.time_cor, -1);
     }
-    DataRecord record;
-    record.rate_factor = 20;
-    record.samples = 40000; // beyond 16 bits with a sign
-    record.time_correction = -123456;
+    for (const bool big_endian : {true, false}) {
+        DataRecord record;
+        record.big_endian = big_endian;
+        record.hour = 200; // bytes and words beyond their range with a sign
+        record.fraction = 1234;
+        record.samples = 40000;
+        record.rate_factor = -100;
+        record.rate_multiplier = 256;
+        record.io_flags = 0x81;
+        record.time_correction = -123456;
+        blk_dh_t header{};
+        parse_dh(&header, VolumeBuilder().data(record).bytes().substr(8));
+        EXPECT_EQ(header.byteswap, big_endian == host_is_little_endian ? -1 : 0);
+        EXPECT_EQ(
+            std::tie(header.year, header.doy, header.hour, header.minutes, header.sec_int, header.sec_frac),
+            std::make_tuple(2005, 32, 200 - 256, 20, 30, 1234));
+        EXPECT_EQ(std::tie(header.nsamps, header.rate_f, header.rate_m, header.io_flags, header.blks_fol),
+                  std::make_tuple(40000 - 65536, -100, 256, 0x81 - 256, 0));
+        EXPECT_EQ(std::tie(header.time_cor, header.beg_data, header.beg_blks),
+                  std::make_tuple(-123456, 64, 0));
+    }
+    const std::string cut = "AB     BHZXX"; // a text in a buffer of its size that ends before the year
     blk_dh_t header{};
-    parse_dh(&header, VolumeBuilder().data(record).bytes().substr(8));
-    EXPECT_EQ(header.byteswap, host_is_little_endian ? -1 : 0);
-    EXPECT_EQ(std::make_tuple(header.year, header.doy, header.hour, header.minutes, header.sec_int),
-              std::make_tuple(2005, 32, 10, 20, 30));
-    EXPECT_EQ(std::make_tuple(header.nsamps, header.rate_f, header.time_cor, header.beg_data),
-              std::make_tuple(40000 - 65536, 20, -123456, 64));
+    parse_dh(&header, std::string_view(std::vector<char>(cut.begin(), cut.end()).data(), cut.size()));
+    EXPECT_EQ(std::tie(header.year, header.byteswap, header.beg_data), std::make_tuple(0, -1, 0));
+    for (const char letter : std::string("DRQMVAST# "))
+        EXPECT_EQ(is_ok_quality(letter), std::string("DRQM").find(letter) != std::string::npos) << letter;
 }
 
 TEST(DataHeader, RateAndCorrectedTime) {
@@ -262,38 +278,62 @@ TEST(DataHeader, RateAndCorrectedTime) {
     EXPECT_EQ(wraps.sec_frac, INT_MIN);
 }
 
-// The chain of data blockettes is followed as its offsets say, and never in circles or out of the record.
+// The chain of data blockettes is followed as its offsets say, and never in circles or out of what is in
+// hand.
 TEST(DataHeader, ChainOfDataBlockettes) {
-    DataRecord record;
-    record.encoding = 11;
-    record.size = 512;
-    const auto walk = [](std::string bytes, std::initializer_list<std::pair<std::size_t, int>> words) {
+    // A big-endian record of 512 bytes; `words` are put at their offsets, two bytes each.
+    const auto walk = [](std::initializer_list<std::pair<std::size_t, int>> words, std::size_t size = 512) {
+        DataRecord record;
+        record.size = 512;
+        std::string bytes = VolumeBuilder().data(record).bytes();
         for (const auto& [at, value] : words) {
             bytes[at] = static_cast<char>(value >> 8);
             bytes[at + 1] = static_cast<char>(value & 0xff);
         }
+        bytes.resize(size);
         Steim state{};
         state.record = bytes;
         state.record_size = 256;
         const int result = parse_data_record_header(&state);
-        return std::make_tuple(result, state.s1000.dataformat, state.record_size);
+        return std::make_tuple(result, state.s1000.dataformat, state.s1000.sparc_order, state.record_size);
     };
-    const std::string plain = VolumeBuilder().data(record).bytes();
-    EXPECT_EQ(walk(plain, {}), std::make_tuple(0, 11, 512));
-    const auto none = std::make_tuple(0, 0, 256);
-    EXPECT_EQ(walk(plain, {{46, 0}}), none);
-    EXPECT_EQ(walk(plain, {{46, 47}}), none);
-    EXPECT_EQ(walk(plain, {{48, 100}, {50, 48}}), none);  // to itself
-    EXPECT_EQ(walk(plain, {{48, 100}, {50, 200}}), none); // beyond what is in hand
-    const std::string far = plain.substr(0, 46) + '\0' + '\x80' + plain.substr(48, 80) + plain.substr(48);
-    EXPECT_EQ(walk(far, {}), std::make_tuple(0, 11, 512)); // up to byte 136
-    EXPECT_EQ(walk(far, {{46, 129}}), none);
-    EXPECT_EQ(walk(far, {{46, 48}, {48, 100}, {50, 128}}), std::make_tuple(0, 11, 512));
-    EXPECT_EQ(walk(plain, {{54, 6 << 8}}), std::make_tuple(-1, 0, 256));
-    EXPECT_EQ(walk(plain, {{54, 31 << 8}}), std::make_tuple(-1, 0, 256));
-    EXPECT_EQ(walk(plain.substr(0, 47), {}), std::make_tuple(-1, 0, 256));
-    record.big_endian = false;
-    EXPECT_EQ(walk(VolumeBuilder().data(record).bytes(), {}), std::make_tuple(0, 11, 512));
+    const auto none = std::make_tuple(0, 0, 0, 256);
+    const auto found = std::make_tuple(0, 11, 1, 512);
+    const auto bad = std::make_tuple(-1, 0, 0, 256);
+    constexpr int steim2_big_endian = 11 << 8 | 1;
+    struct {
+        std::size_t at;
+        bool reached;
+    } const first_offsets[] = {{40, false}, {48, true}, {60, true}, {128, true}, {129, false}, {200, false}};
+    for (const auto& [at, reached] : first_offsets)
+        EXPECT_EQ(
+            walk({{46, static_cast<int>(at)}, {at, 1000}, {at + 4, steim2_big_endian}, {at + 6, 9 << 8}}),
+            reached ? found : none)
+            << at;
+    EXPECT_EQ(walk({{46, 48}, {48, 100}, {50, 128}, {128, 1000}, {132, steim2_big_endian}, {134, 9 << 8}}),
+              found);
+    EXPECT_EQ(walk({{46, 48}, {48, 100}, {50, 48}}), none); // to itself
+    EXPECT_EQ(walk({{46, 60}, {60, 100}, {62, 48}, {48, 1000}, {52, steim2_big_endian}, {54, 9 << 8}}), none);
+    EXPECT_EQ(walk({{46, 48},
+                    {48, 1000},
+                    {50, 60},
+                    {52, steim2_big_endian},
+                    {54, 9 << 8},
+                    {60, 1000},
+                    {66, 10 << 8}}),
+              found); // the first one counts
+    for (const int exponent : {6, 7, 30, 31})
+        EXPECT_EQ(walk({{46, 48}, {48, 1000}, {52, steim2_big_endian}, {54, exponent << 8}}),
+                  exponent < 7 || exponent > 30 ? bad : std::make_tuple(0, 11, 1, 1 << exponent));
+    for (const int year : {1970, 2030}) // the bounds of the byte order that is recognized
+        EXPECT_EQ(
+            walk({{20, host_is_little_endian ? __builtin_bswap16(static_cast<std::uint16_t>(year)) : year},
+                  {46, host_is_little_endian ? 48 << 8 : 48},
+                  {48, host_is_little_endian ? 1000 % 256 << 8 | 1000 / 256 : 1000},
+                  {52, steim2_big_endian},
+                  {54, 9 << 8}}),
+            found);
+    EXPECT_EQ(walk({}, 47), bad);
 }
 
 TEST(Channel, OrientationLetters) {
