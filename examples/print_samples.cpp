@@ -7,7 +7,9 @@
 #include <quarry/blockette/blockette.h>
 #include <quarry/decode/decode.h>
 #include <quarry/platform/message_log.h>
+#include <quarry/platform/parameter_file.h>
 #include <quarry/seedio/seed.h>
+#include <quarry/state.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -48,6 +50,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     quarry::log_init(argc, argv);
+    quarry::param_read("quarry", &quarry::Parameters); // aliases of data formats, if there is such a file
     quarry::read_handle_t* handle = quarry::seed_read(argv[1]);
     void* record = nullptr;
     int type = 0;

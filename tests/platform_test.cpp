@@ -185,6 +185,11 @@ TEST(Lists, EpochsOfAChannel) {
     add("", 100, 120, 7); // told again, though inside another
     EXPECT_EQ(length_at("", 360), 3);
     EXPECT_EQ(list.size(), 4U);
+    add("02", 100, std::nan(""), 8); // damaged: no time lies before such an end, none after such a start
+    add("02", std::nan(""), 400, 9);
+    add("02", 200, 300, 10);
+    EXPECT_EQ(length_at("02", 250), 10);
+    EXPECT_EQ(length_at("02", 150), 0);
 
     List<int> sparse;
     sparse.set(-1, 1);

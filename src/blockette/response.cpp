@@ -25,6 +25,9 @@ void copy_channel_context(Record* blk) {
         blk->units_signal = blk_052.units_signal;
 }
 
+// What follows reads lists whose arrays have their declared count and are zeroed. Where the text has ended,
+// all further elements are that zero, and nothing of them can fail.
+
 // True, with a note, if the blockette has failed before element `index` of the named list.
 bool aborted(const char* list, std::size_t index) {
     if (Bad_blkflag == 0)
@@ -45,6 +48,8 @@ bool scan_complex_list(std::string_view* str, const char* list, std::vector<Comp
     for (std::size_t i = 0; i < values->size(); ++i) {
         if (aborted(list, i))
             return false;
+        if (str->empty())
+            break;
         (*values)[i] = scan_complex(str);
         (*errors)[i] = scan_complex(str);
     }
@@ -56,6 +61,8 @@ bool scan_real_list(std::string_view* str, const char* list, std::vector<double>
     for (std::size_t i = 0; i < values->size(); ++i) {
         if (aborted(list, i))
             return false;
+        if (str->empty())
+            break;
         (*values)[i] = scan_double(str, 12);
         (*errors)[i] = scan_double(str, 12);
     }
@@ -242,6 +249,8 @@ void parse_061(blk_061_t* blk, std::string_view buff) {
     for (std::size_t i = 0; i < blk->coef.size(); ++i) {
         if (aborted("061 fir coefficient", i))
             return;
+        if (buff.empty())
+            break;
         blk->coef[i] = scan_double(&buff, 14);
     }
 }

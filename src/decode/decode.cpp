@@ -61,9 +61,10 @@ constexpr std::array<Xlat, 7> encodings{{
 // Fetched from the parameter file at the first use that finds one, then kept.
 std::optional<Map<std::string>> data_type_aliases;
 
-// The raw bytes from the beginning of the data to the record's end; none if it begins outside the record.
+// The raw bytes from the beginning of the data to the record's end; none if it begins outside the record, or
+// if there is no data to begin with.
 std::optional<std::int32_t> raw_bytes(const blk_dh_t& dh) {
-    if (dh.beg_data < 0 || dh.beg_data > dh.length)
+    if (dh.beg_data < 0 || dh.beg_data > dh.length || (dh.data == nullptr && dh.beg_data < dh.length))
         return std::nullopt;
     return dh.length - dh.beg_data;
 }
@@ -79,7 +80,7 @@ std::int32_t copy_raw_bytes(const blk_dh_t& dh, char** output) {
                  "file quarry.pf",
                  std::string(member_text(dh.format)).c_str());
     if (!raw_bytes(dh))
-        complain_of_missing_samples(dh, 0, dh.nsamps);
+        complain_of_missing_samples(dh, 0, std::max(dh.nsamps, 0));
     const auto size = static_cast<std::size_t>(raw_bytes(dh).value_or(0));
     *output = bytes_dup({dh.data, size});
     if (*output == nullptr)

@@ -31,7 +31,7 @@ extern const std::span<const Xlat> seedname;
 extern const int nseedname;
 
 // The data type number of a format name, after the aliases of the parameter file's table
-// "data_type_aliases"; 0 when the name is not known.
+// "data_type_aliases" (read by the program into Parameters, with param_read); 0 when the name is not known.
 int sd_data_type(std::string_view name);
 
 // Decodes the samples of a data record by its `type`, from the `length` - `beg_data` bytes at `data`, whose

@@ -8,6 +8,9 @@
 
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace quarry {
 
@@ -24,49 +27,72 @@ double sample_rate(int factor, int multiplier) {
     return multiplier > 0 ? -m / f : 1 / (f * m);
 }
 
-// The row of table seedformat read last. It mostly serves the next record of the channel too, so it is kept
-// for the whole run, as is the table.
+// A row of table seedformat.
 struct FormatRow {
     char sta[6];
     char chan[4];
-    double start;
+    double start; // epoch seconds
     double end;
     char format[51];
 };
-FormatRow last_row{};
-StorePointer format_table{};
-std::int64_t format_rows = 0;
 
-void read_format_row(std::int64_t record) {
+// The rows of the table and where those of a channel stand among them, kept for the whole run.
+std::vector<FormatRow> format_rows;
+std::map<std::string, std::vector<std::size_t>> rows_of_channel;
+
+// The row looked at last: it mostly serves the next record of the channel too.
+FormatRow last_row{};
+
+std::string channel_key(const char* sta, const char* chan) {
+    return std::string(sta) + ":" + chan;
+}
+
+FormatRow read_format_row(StorePointer at) {
+    FormatRow row{};
     char start[23];
     char end[23];
-    format_table.record = record;
-    store_get_fields(format_table, {{"sta", last_row.sta},
-                                    {"chan", last_row.chan},
-                                    {"seedstart", start},
-                                    {"seedend", end},
-                                    {"seedformat", last_row.format}});
-    seed2epoch(member_text(start), &last_row.start);
-    seed2epoch(member_text(end), &last_row.end);
+    store_get_fields(at, {{"sta", row.sta},
+                          {"chan", row.chan},
+                          {"seedstart", start},
+                          {"seedend", end},
+                          {"seedformat", row.format}});
+    seed2epoch(member_text(start), &row.start);
+    seed2epoch(member_text(end), &row.end);
+    return row;
+}
+
+void read_format_table() {
+    StorePointer table = store_lookup(Db, "seedformat");
+    const std::int64_t count = store_query(table, StoreQuery::record_count);
+    for (table.record = 0; table.record < count; ++table.record) {
+        const FormatRow row = read_format_row(table);
+        rows_of_channel[channel_key(row.sta, row.chan)].push_back(format_rows.size());
+        format_rows.push_back(row);
+    }
 }
 
 // An end before 1970 counts as open.
-bool last_row_describes(const blk_dh_t& header) {
-    return std::strcmp(last_row.sta, header.stn_id) == 0 && std::strcmp(last_row.chan, header.chan_id) == 0 &&
-           last_row.start <= header.epoch && (header.epoch <= last_row.end || last_row.end < 0);
+bool describes(const FormatRow& row, const blk_dh_t& header) {
+    return std::strcmp(row.sta, header.stn_id) == 0 && std::strcmp(row.chan, header.chan_id) == 0 &&
+           row.start <= header.epoch && (header.epoch <= row.end || row.end < 0);
 }
 
+// Makes the first row that describes the header the last one looked at; without one that is the table's last.
 bool find_format_row(const blk_dh_t& header) {
-    if (format_rows == 0) {
-        format_table = store_lookup(Db, "seedformat");
-        format_rows = store_query(format_table, StoreQuery::record_count);
-    }
-    bool found = last_row_describes(header);
-    for (std::int64_t record = 0; !found && record < format_rows; ++record) {
-        read_format_row(record);
-        found = last_row_describes(header);
-    }
-    return found;
+    if (format_rows.empty())
+        read_format_table();
+    if (describes(last_row, header))
+        return true;
+    if (const auto rows = rows_of_channel.find(channel_key(header.stn_id, header.chan_id));
+        rows != rows_of_channel.end())
+        for (const std::size_t row : rows->second)
+            if (describes(format_rows[row], header)) {
+                last_row = format_rows[row];
+                return true;
+            }
+    if (!format_rows.empty())
+        last_row = format_rows.back();
+    return false;
 }
 
 } // namespace

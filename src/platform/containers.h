@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -132,7 +133,8 @@ private:
             Entry& entry = entries_[i];
             if (compare_group_(entries_[changed].element, entry.element) != 0)
                 break;
-            const double before = i > group ? entries_[i - 1].reach : entry.element.end;
+            const double before =
+                i > group ? entries_[i - 1].reach : -std::numeric_limits<double>::infinity();
             const double reach = entry.element.end > before ? entry.element.end : before;
             if (i > changed && reach == entry.reach)
                 break;

@@ -51,6 +51,8 @@ std::string find_parameter_file(const std::string& file_name) {
     return {};
 }
 
+constexpr std::size_t largest_file = std::size_t{1} << 20;
+
 // The content of a file, or none with errno set.
 std::optional<std::string> read_whole(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
@@ -58,8 +60,13 @@ std::optional<std::string> read_whole(const std::string& path) {
         return std::nullopt;
     std::string content;
     std::array<char, 4096> piece;
-    while (const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get()))
+    while (const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get())) {
         content.append(piece.data(), length);
+        if (content.size() > largest_file) {
+            errno = EFBIG;
+            return std::nullopt;
+        }
+    }
     if (std::ferror(file.get()) != 0)
         return std::nullopt;
     return content;

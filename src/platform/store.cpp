@@ -49,7 +49,7 @@ Statement prepare(sqlite3* connection, const std::string& sql) {
 }
 
 int errno_of(int sqlite_result) {
-    switch (sqlite_result & 0xff) {
+    switch (sqlite_result) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
         return EBUSY;
@@ -181,6 +181,37 @@ std::optional<std::size_t> column_index(Table& table, const char* name) {
     return std::nullopt;
 }
 
+// Opens the file and looks at its schema: opening alone reads nothing, and does not tell whether this is a
+// database at all.
+int connect(const std::string& file, int flags, Connection* connection) {
+    sqlite3* raw = nullptr;
+    int result = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
+    connection->reset(raw);
+    if (result == SQLITE_OK) {
+        sqlite3_busy_timeout(raw, busy_milliseconds);
+        result = sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
+    }
+    return result & 0xff;
+}
+
+// A database in write-ahead mode needs files beside it even to be read, which a read-only place refuses.
+// Without changes pending it can be read as one that nobody changes.
+bool has_pending_changes(const std::string& file) {
+    struct stat status {};
+    return stat((file + "-wal").c_str(), &status) == 0 && status.st_size > 0;
+}
+
+std::string immutable_uri(const std::string& file) {
+    std::string uri = "file:";
+    for (const char character : file) {
+        if (character == '%' || character == '?' || character == '#')
+            uri += character == '%' ? "%25" : character == '?' ? "%3f" : "%23";
+        else
+            uri += character;
+    }
+    return uri + "?immutable=1";
+}
+
 } // namespace
 
 StorePointer store_invalid() {
@@ -196,21 +227,13 @@ int store_open(const char* name, const char* mode, StorePointer* opened) {
     // Some names (":memory:", "file:...") mean something else to SQLite than to the user.
     const std::string file = name[0] == '/' ? name : std::string("./") + name;
     const bool writable = std::string_view(mode) == "r+";
-    sqlite3* raw = nullptr;
-    int result =
-        sqlite3_open_v2(file.c_str(), &raw, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
-    Connection connection(raw, sqlite3_close_v2);
-    if (result == SQLITE_OK) {
-        sqlite3_busy_timeout(raw, busy_milliseconds);
-        // Closing must not tidy up a file that is only read.
-        sqlite3_db_config(raw, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        // Opening reads nothing; the first look at the schema tells whether this is a database at all.
-        result = sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
-    }
+    Connection connection(nullptr, sqlite3_close_v2);
+    int result = connect(file, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, &connection);
+    if (result == SQLITE_CANTOPEN && !has_pending_changes(file))
+        result = connect(immutable_uri(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, &connection);
     if (result != SQLITE_OK) {
-        const int system_error = sqlite3_system_errno(raw);
-        connection.reset();
-        errno = (result & 0xff) == SQLITE_CANTOPEN && system_error != 0 ? system_error : errno_of(result);
+        const int system_error = sqlite3_system_errno(connection.get());
+        errno = result == SQLITE_CANTOPEN && system_error != 0 ? system_error : errno_of(result);
         return -1;
     }
     databases().push_back({name, std::move(connection), {}});

@@ -29,11 +29,12 @@ void occupy_standard_descriptors() {
             std::_Exit(EXIT_FAILURE);
 }
 
-// Whatever it was started with: a reader that goes away ends the program, and the end of a decompressor can
-// be waited for.
+// Whatever it was started with: a reader that goes away ends the program, the end of a decompressor can be
+// waited for, and a listing that outgrows a limit is a failed write like any other.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGCHLD, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t pipe_signal;
     sigemptyset(&pipe_signal);
     sigaddset(&pipe_signal, SIGPIPE);
@@ -103,6 +104,6 @@ int main(int argc, char** argv) {
     try {
         return quarry::run(argc, argv);
     } catch (const std::bad_alloc&) {
-        quarry::out_of_memory(QUARRY_SITE("main"), 1, "what the volume holds");
+        quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage");
     }
 }

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <poll.h>
 #include <unistd.h>
 
 namespace quarry {
@@ -30,12 +31,16 @@ int open_input(const char* name) {
     return fileno(stream);
 }
 
+// An interrupted read and a descriptor that has nothing yet are no failures.
 ssize_t read_some(int fd, char* out, std::size_t count) {
-    ssize_t result;
-    do
-        result = read(fd, out, count);
-    while (result < 0 && errno == EINTR);
-    return result;
+    for (;;) {
+        const ssize_t result = read(fd, out, count);
+        if (result >= 0 || (errno != EINTR && errno != EAGAIN))
+            return result;
+        pollfd waiting{fd, POLLIN, 0};
+        if (errno == EAGAIN)
+            poll(&waiting, 1, -1);
+    }
 }
 
 void parse_sequence_number(SeedInput* input, std::string_view field) {
