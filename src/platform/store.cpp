@@ -229,7 +229,7 @@ int store_open(const char* name, const char* mode, StorePointer* opened) {
     const bool writable = std::string_view(mode) == "r+";
     Connection connection(nullptr, sqlite3_close_v2);
     int result = connect(file, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, &connection);
-    if (result == SQLITE_CANTOPEN && !has_pending_changes(file))
+    if ((result == SQLITE_CANTOPEN || result == SQLITE_READONLY) && !has_pending_changes(file))
         result = connect(immutable_uri(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, &connection);
     if (result != SQLITE_OK) {
         const int system_error = sqlite3_system_errno(connection.get());
