@@ -20,7 +20,7 @@
 #include "decode/decode_steim2.h"
 #include "decode/decode_usnsn.h"
 #include "decode/sample_cursor.h"
-#include "decode_encoders.h"
+#include "sample_encoders.h"
 
 #include <benchmark/benchmark.h>
 
@@ -30,7 +30,7 @@
 #include <numeric>
 #include <random>
 
-namespace quarry::test {
+namespace quarry {
 namespace {
 
 constexpr std::size_t record_size = 4096;
@@ -206,13 +206,13 @@ void register_all() {
 }
 
 } // namespace
-} // namespace quarry::test
+} // namespace quarry
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    quarry::test::register_all();
+    quarry::register_all();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,5 +1,6 @@
 // The demonstration volume: a made-up network with realistic headers and data.
 
+#include "sample_encoders.h"
 #include "volume_builder.h"
 
 #include <bit>
@@ -22,6 +23,7 @@ constexpr int volts = 2;
 constexpr int counts = 3;
 constexpr int integer_format = 1;
 constexpr int float_format = 2;
+constexpr int steim_format = 3;
 constexpr int hypocenter_source = 1;
 
 std::string volume_header() {
@@ -39,6 +41,11 @@ std::string dictionary() {
                              "M0~W4 D0-31 C2~") +
            blockette(30,
                      "IEEE single precision real~" + digits(float_format, 4) + digits(1, 3) + digits(0, 2)) +
+           blockette(30, "Steim Integer Compression Format~" + digits(steim_format, 4) + digits(50, 3) +
+                             digits(6, 2) +
+                             "F1 P4 W4 D0-31 C2 R1 P8 W4 D0-31 C2~P0 W4 N15 S2,0,1~T0 X N0 W4 D0-31 C2~"
+                             "T1 N0 W1 D0-7 C2 N1 W1 D0-7 C2 N2 W1 D0-7 C2 N3 W1 D0-7 C2~"
+                             "T2 N0 W2 D0-15 C2 N1 W2 D0-15 C2~T3 N0 W4 D0-31 C2~") +
            blockette(31, digits(1, 4) + "S" + "Clock locked to GPS~" + digits(0, 3)) +
            blockette(31, digits(2, 4) + "C" + "Sensor levelled~" + digits(0, 3)) +
            blockette(32, digits(hypocenter_source, 2) + "Quarry~2005~Demonstration bulletin~") +
@@ -114,11 +121,11 @@ std::string first_station() {
     std::string header = station("DEM1", lat, lon, elev, "Old quarry, north face");
     header += blockette(51, "2005,001~2005,090~" + digits(1, 4) + digits(0, 6));
     header += channel(
-        {"", "BHZ", 0, broadband_sensor, 0, -90, integer_format, 12, 20, "1998,001", "2003,200,12:00:00"},
-        lat, lon, elev);
-    header += channel(
-        {"", "BHZ", 0, broadband_sensor, 0, -90, integer_format, 12, 20, "2003,200,12:00:00.0000", ""}, lat,
+        {"", "BHZ", 0, broadband_sensor, 0, -90, steim_format, 12, 20, "1998,001", "2003,200,12:00:00"}, lat,
         lon, elev);
+    header +=
+        channel({"", "BHZ", 0, broadband_sensor, 0, -90, steim_format, 12, 20, "2003,200,12:00:00.0000", ""},
+                lat, lon, elev);
     header += blockette(59, "2003,200~~" + digits(2, 4) + digits(0, 6)) + response(20);
     header += channel({"", "BH", 1, broadband_sensor, 0, 0, integer_format, 12, 20, "2003,200", ""}, lat, lon,
                       elev);
@@ -176,8 +183,8 @@ void add_data(VolumeBuilder* volume) {
         record.minute = 20 + (30 + 50 * i) / 60;
         record.second = (30 + 50 * i) % 60;
         record.samples = in_long_record;
-        record.encoding = 3;
-        record.data = sample_bytes(oscillation(i, in_long_record), true);
+        record.encoding = 10;
+        record.data = encode_steim1(oscillation(i, in_long_record), 4032, Order::big).bytes;
         volume->data(record);
     }
     for (int i = 0; i < 2; ++i) { // no blockette 1000: the channel's own headers tell format and length

@@ -1,10 +1,10 @@
-#include "decode_encoders.h"
+#include "sample_encoders.h"
 
 #include <algorithm>
 #include <iterator>
 #include <random>
 
-namespace quarry::test {
+namespace quarry {
 
 namespace {
 
@@ -196,4 +196,4 @@ std::string bytes_of(std::initializer_list<std::uint32_t> words, Order order) {
     return bytes;
 }
 
-} // namespace quarry::test
+} // namespace quarry

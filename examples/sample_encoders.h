@@ -1,5 +1,5 @@
-// Encoders of the compressed formats, for the tests and the benchmarks: written from the layouts, not from
-// the decoders.
+// Encoders of the compressed formats, for the demonstration volume, the tests and the benchmarks: written
+// from the layouts, not from the decoders.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quarry::test {
+namespace quarry {
 
 // Of a record. The host is little-endian.
 enum class Order { big, little };
@@ -36,4 +36,4 @@ std::vector<std::int32_t> random_walk(std::size_t samples, int bits, std::uint32
 // Numbers as they stand in a record.
 std::string bytes_of(std::initializer_list<std::uint32_t> words, Order order);
 
-} // namespace quarry::test
+} // namespace quarry
