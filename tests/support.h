@@ -16,8 +16,7 @@ void name_the_log();
 // What `text`, parsed as a blockette of the type, prints on its listing. Messages go to standard error.
 std::string listed(int type, std::string_view text);
 
-// The size bytes of a data record with nothing but a given blockette chain are built by tests themselves;
-// this is the volume header that most of them begin with: a 010 with the given record length exponent.
+// The blockette 010 that most volumes of the tests begin with, with the given record length exponent.
 std::string volume_010(int exponent);
 
 // A temporary directory for one test, removed with its end.

@@ -27,8 +27,8 @@ struct ParameterFile {
 };
 
 // Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when there is none
-// or it cannot be read; a note then tells why (for a file that is no TOML: file, line, column, reason). An
-// empty file is a valid one.
+// or it cannot be read, or is larger than a megabyte; a note then tells why (for a file that is no TOML:
+// file, line, column, reason). An empty file is a valid one.
 int param_read(const char* name, ParameterFile* parameters);
 
 // The table of texts under the key, or none. An entry that is no text is complained of (file, line, key) and
