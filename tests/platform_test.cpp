@@ -9,15 +9,16 @@
 #include "blockette/sdblknam.h"
 #include "blockette/station.h"
 #include "blockette/volume.h"
+#include "decode/data_record.h"
 #include "listing/epoch_lists.h"
 #include "listing/fixup_dh.h"
 #include "listing/seed_utl.h"
 #include "platform/bytes.h"
 #include "platform/calendar.h"
 #include "platform/message_log.h"
-#include "platform/seed_record.h"
 #include "platform/text.h"
 #include "seedio/rseed.h"
+#include "seedio/seed.h"
 #include "state.h"
 
 #include <array>
@@ -262,7 +263,7 @@ TEST(DataHeader, RateAndCorrectedTime) {
         EXPECT_DOUBLE_EQ(header.samp_rate, c.rate) << c.factor;
         EXPECT_EQ(c.rate == 0, header.rate_f == 0 && header.rate_m == 0);
     }
-    const read_handle_t handle{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}};
+    const read_handle_t handle{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}, nullptr, {}, 0};
     for (const int activity : {0, 2}) {
         blk_dh_t header{};
         header.year = 2000;

@@ -2,7 +2,7 @@
 // data start index, 074 time series index.
 //
 // The lists are held inside the records; their counts are kept as read, what is read and listed stops at the
-// capacities (a 073 with more segments ends the process). Times are SEED time text as read. Sub-sequence
+// capacities (of a 073 with more segments, none is read). Times are SEED time text as read. Sub-sequence
 // numbers count from 1 the records that share a sequence number.
 #pragma once
 
@@ -72,6 +72,11 @@ struct blk_073_t {
     int sub_seq_num[max_segments];
 };
 
+// True for an index that the record cannot hold. The lister goes no further in such a volume.
+constexpr bool has_too_many_segments(const blk_073_t& blk) {
+    return blk.num_segs > max_segments;
+}
+
 inline constexpr int max_repeats = 64;
 
 struct blk_074_t {
@@ -96,7 +101,7 @@ struct blk_074_t {
 QUARRY_BLOCKETTE_FUNCTIONS(070)
 QUARRY_BLOCKETTE_FUNCTIONS(071)
 QUARRY_BLOCKETTE_FUNCTIONS(072)
-QUARRY_BLOCKETTE_FUNCTIONS(073) // parse_073 ends the process with status 1 above max_segments
+QUARRY_BLOCKETTE_FUNCTIONS(073) // above max_segments, parse_073 reads no segment and sets Bad_blkflag
 QUARRY_BLOCKETTE_FUNCTIONS(074)
 
 } // namespace quarry

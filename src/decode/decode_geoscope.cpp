@@ -29,7 +29,7 @@ template <int GainBits>
 std::int32_t demultiplex_gain_ranged(char* raw, std::int32_t nsamples, int byteswap) {
     const bool swap = byteswap != 0;
     return demultiplex(raw, nsamples, 2, [swap](char* place) {
-        const auto word = take_word<std::uint16_t>(place, swap);
+        const auto word = load_after_swap<std::uint16_t>(place, swap);
         const int gain = word >> 12 & ((1 << GainBits) - 1);
         const int mantissa = (word & 0xFFF) - 2048;
         return static_cast<float>(mantissa) * power_of_two(-gain);

@@ -46,7 +46,8 @@ std::int32_t dcmpbr();
 // Prints what a result of dcmprs other than 1 means on standard output.
 void dcmper(std::int32_t ierr);
 
-// The state of the decompressor.
+// The state of the decompressor; its names are also in quarry itself.
+inline namespace usnsn {
 inline std::int32_t prnt = 1;    // diagnostics are printed
 inline std::int32_t ipt = 0;     // position in the record, counted from 1
 inline std::int32_t nct = 0;     // position before the current block, whose bytes are counted
@@ -55,5 +56,6 @@ inline std::int32_t iovr = 0;    // 1: an impending overflow stopped the record
 inline std::int32_t ldcmprs = 0; // result so far
 inline std::int32_t npt = 0;     // differences still expected
 inline std::int32_t id0 = 0;     // the last value
+} // namespace usnsn
 
 } // namespace quarry

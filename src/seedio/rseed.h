@@ -6,12 +6,13 @@
 // that was not read.
 #pragma once
 
+#include "decode/data_record.h"
+
 #include <cstdint>
 #include <vector>
 
 namespace quarry {
 
-inline constexpr int logical_header_size = 8;
 inline constexpr int default_record_size = 512; // until the volume says otherwise
 inline constexpr int largest_record_power = 16; // no logical record of a volume is longer than 65536 bytes
 
@@ -32,6 +33,8 @@ struct SeedInput {
     int seq_num;              // of the current logical record
     char type_code;           // its record type letter, "#" after a reset
     char cont_code;           // its continuation character, "#" after a reset
+
+    void (*announce)(int seq_num); // called at the beginning of each logical record, unless null
 };
 
 // Opens the named input, standard input for an empty name or "-", decompressing gzip- and compress-encoded

@@ -7,10 +7,11 @@
 #pragma once
 
 #include "blockette/data_header.h"
-#include "listing/read_handle.h"
-#include "platform/seed_record.h"
+#include "decode/data_record.h"
+#include "seedio/read_handle.h"
 
 #include <span>
+#include <string_view>
 
 namespace quarry {
 
@@ -29,11 +30,17 @@ int reinit_handle(read_handle_t* handle);
 
 // Delivers the next record, which the caller releases with free_blk, and its type. The record is null for an
 // unknown type. Returns 1, or 0 at the end of the input or when it ends within a record (complained of).
-// A record's `data` and `raw` point into a static buffer and are valid until the next call.
+// A record's `data` and `raw` point into the handle's image and are valid until the next call.
 //
-// Damaged records are complained of, listed on standard error and delivered all the same; a length above
-// largest_blockette is fatal.
+// A record with a field in error goes to the handle's hook `bad_blockette` and is delivered all the same; a
+// length above largest_blockette is fatal.
 int read_blk(read_handle_t* handle, void** record, int* type);
+
+// The hook of a new handle: reports the blockette's type and text on the message log.
+void report_bad_blockette(const void* record, int type, std::string_view text);
+
+// Completes a data header from the handle's record list: see complete_header (listing/fixup_dh.h).
+void fixup_dh(blk_dh_t* header, const read_handle_t* handle);
 
 // The sample type number of the record's blockette 1000 (0 when it has none or one that is not understood),
 // its format name (null for an encoding without one), encoding format and word order, and the decoder state.
