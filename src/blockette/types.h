@@ -45,8 +45,7 @@
 //               memory is fatal
 //   init_NAME   puts the type's defaults in place
 //   parse_NAME  fills the record from the blockette's text, which begins with its type (for dh: with the
-//               station code at byte 8 of the data record); in a fresh record, what the text lacks is empty
-//               or zero
+//               station code at byte 8 of the data record); a field that the text lacks is empty or zero
 //   free_NAME   releases the record with all that it owns
 #define QUARRY_BLOCKETTE_FUNCTIONS(NAME)                                                                     \
     blk_##NAME##_t* new_##NAME();                                                                            \

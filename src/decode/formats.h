@@ -16,8 +16,7 @@
 //   css       the CSS 3.0 datatype of the decoded output
 //   size      bytes of decoded output for each sample instant
 //   convert   the decoder
-//   raw_size  raw bytes of a sample instant that `convert` takes whatever `nbytes` says, or 0 if it keeps to
-//             the record's bytes by itself
+//   raw_size  raw bytes of a sample instant, for a decoder that ignores `nbytes`; 0 for one that does not
 //   encoding  the encoding format of blockette 1000 (field 3) that means this format, or -1
 #define QUARRY_DATA_FORMATS(X)                                                                               \
     X(unknown, "", "**", 0, decode_unknown, 0, -1)                                                           \
@@ -69,8 +68,8 @@ extern const int nseedname;
 // A Decoder that does not decode: points the cursor at the raw bytes themselves and returns -1.
 std::int32_t decode_unknown(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
-// A Decoder of text: copies `nsamples` bytes, whatever `nbytes` says, to where the cursor points and leaves
-// it there. Returns 1.
+// A Decoder of text: copies `nsamples` bytes, ignoring `nbytes`, to where the cursor points, and does not
+// move the cursor. Returns 1.
 std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
 } // namespace quarry

@@ -1,11 +1,11 @@
 // What the two Steim levels share: the walk over the frames and the integration of the differences.
 //
 // A data area is a sequence of frames of 16 words of 32 bits:
-//   word 0        sixteen 2-bit codes, the first in the top bits; code k tells what word k holds
+//   word 0        sixteen 2-bit codes, the first in the top bits; code k says what word k holds
 //   words 1 - 15  differences
 // In the first frame word 1 is the forward integration constant (the first sample) and word 2 the reverse one
-// (the last sample); a sound record gives them code 0, nothing here relies on it. What is left of the data
-// area behind the last whole frame is ignored.
+// (the last sample). A sound record gives them code 0; the walk does not rely on that. Bytes behind the last
+// whole frame are ignored.
 #pragma once
 
 #include "decode/sample_cursor.h"
@@ -22,10 +22,10 @@ inline constexpr int word_size = 4;
 inline constexpr int frame_size = 16 * word_size;
 inline constexpr int largest_count = 7; // of differences in a word
 
-// How a word holds its differences: `count` signed fields in its low bits, most significant first. A field is
-// taken out by a multiplication that brings it to the top of 64 bits and a shift down; the fields that a
-// packing lacks come out as 0. So every word of a level takes the same instructions: branches on its packing
-// would be as unpredictable as the seismic noise is, and cost more than the fields not needed.
+// How a word holds its differences: `count` signed fields in its low bits, most significant first. To extract
+// a field, multiply the word so that the field is at the top of 64 bits, then shift it down. A field that the
+// packing lacks has multiplier 0 and comes out as 0. So every word of a level takes the same instructions.
+// Branches on the packing would be slower: they follow the seismic noise, which no processor can predict.
 struct Packing {
     std::array<std::uint64_t, largest_count> multipliers{};
     std::int32_t shift = 0;
@@ -46,18 +46,18 @@ constexpr Packing packing(int count, int width) {
 }
 inline constexpr Packing no_differences{};
 
-// A word with what the code says that it holds. `fields` has the first difference on top.
+// A word and its packing. `fields` has the first difference on top.
 struct Word {
     std::uint32_t fields;
     const Packing* packing;
 };
 
-// The order of the record's bytes, whatever the host's.
+// True if the record is big-endian.
 template <bool Swap>
 inline constexpr bool big_endian = Swap == host_is_little_endian;
 
-// Words of the host's order with the number of 8 or 16 bits on top that comes first in storage. In a
-// big-endian record first_byte_on_top does for every width.
+// The word in the host's order, with the byte or the half-word that is stored first in its top bits. In a
+// big-endian record first_byte_on_top serves every width.
 constexpr std::uint32_t first_byte_on_top(std::uint32_t word) {
     return host_is_little_endian ? reverse_bytes(word) : word;
 }

@@ -40,7 +40,7 @@ struct FormatRow {
 std::vector<FormatRow> format_rows;
 std::map<std::string, std::vector<std::size_t>> rows_of_channel;
 
-// The row looked at last: it mostly serves the next record of the channel too.
+// The row used last: mostly the next record of the channel needs it too.
 FormatRow last_row{};
 
 std::string channel_key(const char* sta, const char* chan) {
@@ -77,7 +77,7 @@ bool describes(const FormatRow& row, const blk_dh_t& header) {
            row.start <= header.epoch && (header.epoch <= row.end || row.end < 0);
 }
 
-// Makes the first row that describes the header the last one looked at; without one that is the table's last.
+// Puts the first row that describes the header into last_row; if no row does, the table's last row.
 bool find_format_row(const blk_dh_t& header) {
     if (format_rows.empty())
         read_format_table();

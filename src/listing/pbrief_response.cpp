@@ -5,8 +5,8 @@ namespace quarry {
 
 namespace {
 
-// One line for each value; a value with an error shows it after the value. Only the line of a pole with an
-// error ends in a blank.
+// One line for each value, with its error if that is not zero. Only the line of a pole with an error ends in
+// a blank.
 void print_complex_list(std::FILE* stream, const std::vector<Complex_t>& values,
                         const std::vector<Complex_t>& errors, const char* end_with_error) {
     for (std::size_t i = 0; i < values.size(); ++i) {

@@ -19,7 +19,8 @@ namespace quarry {
 
 namespace {
 
-// What is run is the word "cmd", a command of the site's own, not the formatted text.
+// The command run is literally `cmd`, which a site provides. The formatted mt command is not used: the
+// interface asks for it to be made.
 void position_tape(const char* input_name) {
     std::array<char, 1024> command;
     std::snprintf(command.data(), command.size(), "mt -f %s asf %d", input_name, File_No);

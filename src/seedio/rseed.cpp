@@ -30,7 +30,7 @@ int open_input(const char* name) {
     return fileno(stream);
 }
 
-// An interrupted read and a descriptor that has nothing yet are no failures.
+// An interrupted read is repeated; where a descriptor has nothing yet, this waits.
 ssize_t read_some(int fd, char* out, std::size_t count) {
     for (;;) {
         const ssize_t result = read(fd, out, count);

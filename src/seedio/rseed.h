@@ -47,12 +47,13 @@ void clrSeedInput(SeedInput* input);
 // Releases the state and its buffer; the descriptor is left open.
 void freeSeedInput(SeedInput* input);
 
-// Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (complained of)
+// Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (reported)
 // or when the input is exhausted.
 int moredata(SeedInput* input);
 
-// Moves to the next logical record and consumes its header; a sequence number that is none is complained of.
-// Returns 0, or -1 at the end of the input (fewer than 8 bytes are no logical record) or on a read error.
+// Moves to the next logical record and consumes its header; a sequence number that is not a number is
+// reported. Returns 0, or -1 at the end of the input (fewer than 8 bytes are not a record) or on a read
+// error.
 int advanceLogicalRecord(SeedInput* input);
 
 // Copies `count` bytes that lie within one logical record: where fewer are left in the current one, they are
@@ -64,7 +65,7 @@ int read_fixed_header(SeedInput* input, char* out, int count);
 int read_remainder(SeedInput* input, char* out, int count);
 
 // Sets the logical record length to 2 to the given power (at least 2 bytes), in force from the next record
-// on. A power above largest_record_power is complained of and changes nothing.
+// on. A power above largest_record_power is reported and changes nothing.
 void setReadRecLen(SeedInput* input, int power);
 
 } // namespace quarry

@@ -39,7 +39,7 @@ std::string_view body_text(read_handle_t* handle, int length) {
     return {body(handle), static_cast<std::size_t>(std::max(length, 0))};
 }
 
-// An end of the input is no system error: its text then says so.
+// The end of the input is not a system error: the message then ends in "Success".
 void restore_read_error(const SeedInput* input) {
     errno = input->read_error;
 }
