@@ -11,8 +11,8 @@ namespace quarry {
 
 namespace {
 
-const std::string volume_start = "2005,032,00:00:00.0000";
-const std::string volume_end = "2005,032,23:59:59.9999";
+constexpr char volume_start[] = "2005,032,00:00:00.0000";
+constexpr char volume_end[] = "2005,032,23:59:59.9999";
 
 // Codes of the abbreviation dictionary.
 constexpr int broadband_sensor = 1;
@@ -142,7 +142,7 @@ std::string second_station() {
 
 std::string time_span() {
     const std::string event_time = "2005,032,10:20:00.1200";
-    return blockette(70, "E" + volume_start + "~" + volume_end + "~") +
+    return blockette(70, std::string("E") + volume_start + "~" + volume_end + "~") +
            blockette(71, event_time + "~" + digits(hypocenter_source, 2) + fixed(46.25, 10, 4) +
                              fixed(7.5, 11, 4) + fixed(10, 7, 1) + digits(2, 2) + fixed(5.4, 5, 2) + "mb~" +
                              digits(1, 2) + fixed(5.6, 5, 2) + "MW~" + digits(1, 2) + digits(543, 3) +

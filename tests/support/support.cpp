@@ -9,8 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <poll.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,20 +21,20 @@ void name_the_log() {
     log_init(1, arguments.data());
 }
 
-std::string listed(int type, std::string_view text) {
+std::string written(const std::function<void(std::FILE*)>& write) {
     char* bytes = nullptr;
     std::size_t size = 0;
     std::FILE* stream = open_memstream(&bytes, &size);
-    const BlockettePointer record(parse_blk(text, type), {type});
-    pbrief_blk(stream, record.get(), type);
+    write(stream);
     std::fclose(stream);
-    std::string line(bytes, size);
+    std::string text(bytes, size);
     std::free(bytes);
-    return line;
+    return text;
 }
 
-std::string volume_010(int exponent) {
-    return blockette(10, " 2.4" + digits(exponent, 2) + "2005,001~2005,002~2005,003~Org~Label~");
+std::string listed(int type, std::string_view text) {
+    const BlockettePointer record(parse_blk(text, type), {type});
+    return written([&](std::FILE* stream) { pbrief_blk(stream, record.get(), type); });
 }
 
 TemporaryDirectory::TemporaryDirectory() {
@@ -49,59 +48,24 @@ TemporaryDirectory::~TemporaryDirectory() {
 }
 
 std::string TemporaryDirectory::file(const std::string& name, std::string_view content) const {
-    const std::string path = path_ + "/" + name;
+    const std::filesystem::path path = path_ + "/" + name;
+    std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
     return path;
 }
 
+std::string content_of(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 namespace {
 
-[[noreturn]] void run_child(const RunOptions& options, const std::string& program, int in, int out, int err) {
-    dup2(in, STDIN_FILENO);
-    dup2(out, STDOUT_FILENO);
-    dup2(options.one_place ? out : err, STDERR_FILENO);
-    for (const auto& [name, value] : options.environment)
-        setenv(name.c_str(), value.c_str(), 1);
-    if (!options.directory.empty() && chdir(options.directory.c_str()) != 0)
-        _exit(126);
-    std::vector<std::string> words = options.arguments;
-    words.insert(words.begin(), program);
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    execv(program.c_str(), arguments.data());
-    _exit(127);
-}
-
-void drain(int out, std::string* out_text, int err, std::string* err_text) {
-    std::array<pollfd, 2> waiting{pollfd{out, POLLIN, 0}, pollfd{err, POLLIN, 0}};
-    const std::array<std::string*, 2> texts{out_text, err_text};
-    int open = 2;
-    while (open > 0 && poll(waiting.data(), waiting.size(), -1) > 0) {
-        for (std::size_t i = 0; i < waiting.size(); ++i) {
-            if (waiting[i].revents == 0)
-                continue;
-            std::array<char, 65536> buffer;
-            const ssize_t got = read(waiting[i].fd, buffer.data(), buffer.size());
-            if (got > 0) {
-                texts[i]->append(buffer.data(), static_cast<std::size_t>(got));
-            } else {
-                waiting[i].fd = -1;
-                --open;
-            }
-        }
-    }
-}
-
-// Standard input: a file's descriptor, or the end of a packet socket, in which an empty message stands for a
-// tape's file mark.
-int input_descriptor(const RunOptions& options, const TemporaryDirectory& directory) {
-    if (options.tape_files.empty())
-        return open(directory.file("stdin", options.standard_input).c_str(), O_RDONLY | O_CLOEXEC);
+// The reading end of a packet socket, in which an empty message stands for a tape's file mark.
+int tape_drive(const std::vector<std::string>& files) {
     std::array<int, 2> ends;
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
-    for (const std::string& file : options.tape_files) {
+    for (const std::string& file : files) {
         for (std::size_t at = 0; at < file.size(); at += 16384)
             EXPECT_GT(send(ends[0], file.data() + at, std::min<std::size_t>(16384, file.size() - at), 0), 0);
         EXPECT_EQ(send(ends[0], "", 0, 0), 0);
@@ -112,40 +76,57 @@ int input_descriptor(const RunOptions& options, const TemporaryDirectory& direct
 
 } // namespace
 
-RunResult run_quarry(const RunOptions& given) {
+RunResult run(const Run& options) {
     const TemporaryDirectory directory;
-    RunOptions options = given;
-    options.environment.emplace("QUARRY_PARAM_PATH", directory.path());
+    const TemporaryDirectory streams;
     directory.file("quarry.pf", "");
+    for (const auto& [name, content] : options.files)
+        directory.file(name, content);
+    const std::string out = streams.file("out", "");
+    const std::string err = streams.file("err", "");
+    const int in =
+        options.tape_files.empty() ? open("/dev/null", O_RDONLY | O_CLOEXEC) : tape_drive(options.tape_files);
+    setenv("quarry", QUARRY_PROGRAM, 1);
+    unsetenv("QUARRY_PARAM_PATH");
 
-    const int in = input_descriptor(options, directory);
-    std::array<int, 2> out;
-    std::array<int, 2> err;
-    EXPECT_EQ(pipe2(out.data(), O_CLOEXEC), 0);
-    EXPECT_EQ(pipe2(err.data(), O_CLOEXEC), 0);
-    const pid_t child = fork();
-    if (child == 0)
-        run_child(options, options.program.empty() ? QUARRY_PROGRAM : options.program, in, out[1], err[1]);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, directory.path().c_str());
+    posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_APPEND, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_APPEND, 0);
+    std::string words[] = {"sh", "-c", options.command};
+    char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+    pid_t child = 0;
+    EXPECT_EQ(posix_spawn(&child, "/bin/sh", &actions, nullptr, arguments, environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
     close(in);
-    close(out[1]);
-    close(err[1]);
-    RunResult result{};
-    drain(out[0], &result.out, err[0], &result.err);
-    close(out[0]);
-    close(err[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return result;
+    return {content_of(out), content_of(err),
+            WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
 }
 
-RunResult list_volume(std::string_view volume, std::vector<std::string> options, bool one_place) {
-    const TemporaryDirectory directory;
-    options.push_back(directory.file("volume.seed", volume));
-    RunOptions run;
-    run.arguments = std::move(options);
-    run.one_place = one_place;
-    return run_quarry(run);
+Run listing(const char* name, std::string volume, const std::string& options, const std::string& rest) {
+    return {name, "$quarry " + options + " volume.seed " + rest, {{"volume.seed", std::move(volume)}}};
+}
+
+void expect_recorded(const std::string& suite, const std::string& name, const RunResult& result) {
+    std::string text = "exit status " + std::to_string(result.status) + "\n--- standard output\n" +
+                       result.out + "--- standard error\n" + result.err;
+    for (std::size_t at = 0; (at = text.find('\0', at)) != std::string::npos;)
+        text.replace(at, 1, "\\0"); // so that the file stays one of text
+    const std::string path = QUARRY_GOLDEN "/" + suite + "/" + name + ".txt";
+    if (std::getenv("QUARRY_RECORD") != nullptr) {
+        std::filesystem::create_directories(QUARRY_GOLDEN "/" + suite);
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    EXPECT_EQ(text, content_of(path)) << "recorded in " << path;
+}
+
+bool make_recorded_tests(const char* suite, std::vector<Run> runs) {
+    return make_tests(suite, std::move(runs),
+                      [suite](const Run& one) { expect_recorded(suite, one.name, run(one)); });
 }
 
 } // namespace quarry
