@@ -3,8 +3,12 @@
 #pragma once
 
 #include <cstdio>
+#include <string_view>
 
 namespace quarry {
+
+// Writes the text to the stream. A failure shows at the next flush.
+void write_text(std::FILE* stream, std::string_view text);
 
 // Flushes the stream.
 void flush_output(std::FILE* stream);
