@@ -8,8 +8,8 @@
 namespace quarry {
 
 // From now on, text for standard output is gathered until flush_output is called, 64 KiB have come together,
-// or the process ends: by itself, or by SIGINT, SIGTERM or SIGHUP. `on_failure` is called when the gathered
-// text cannot be written.
+// or the process ends: by itself, or by SIGINT, SIGTERM or SIGHUP. `on_failure`, unless null, is called when
+// the gathered text cannot be written.
 void gather_output(void (*on_failure)());
 
 // Writes the text to the stream, or gathers it. A failure shows at the next flush.
