@@ -24,22 +24,26 @@ constexpr int busy_milliseconds = 2000;
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close_v2)>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
-struct Table {
-    std::string name;
-    std::vector<std::string> columns;
-    std::vector<std::vector<std::string>> rows;
-    std::set<std::string> missing; // columns already complained of
-};
-
 struct Database {
     std::string name;
     Connection connection;
-    std::vector<Table> tables;
 };
 
-std::vector<Database>& databases() {
-    static std::vector<Database> opened;
-    return opened;
+struct Table {
+    std::int64_t database;
+    std::string name;
+    std::vector<std::string> columns;
+    std::vector<std::vector<std::string>> rows;
+    std::set<std::string> missing; // columns already reported
+};
+
+std::vector<Database> databases;
+std::vector<Table> tables;
+
+template <class T>
+T* element(std::vector<T>& elements, std::int64_t index) {
+    const auto at = static_cast<std::size_t>(index);
+    return index >= 0 && at < elements.size() ? &elements[at] : nullptr;
 }
 
 Statement prepare(sqlite3* connection, const std::string& sql) {
@@ -51,10 +55,8 @@ Statement prepare(sqlite3* connection, const std::string& sql) {
 int errno_of(int sqlite_result) {
     switch (sqlite_result) {
     case SQLITE_BUSY:
-    case SQLITE_LOCKED:
         return EBUSY;
     case SQLITE_CANTOPEN:
-    case SQLITE_PERM:
     case SQLITE_READONLY:
         return EACCES;
     case SQLITE_NOMEM:
@@ -76,24 +78,6 @@ int unreadable_file(const char* name) {
     return access(name, R_OK) != 0 ? errno : 0;
 }
 
-std::string quoted_identifier(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char character : name)
-        quoted.append(character == '"' ? 2 : 1, character);
-    return quoted + '"';
-}
-
-// Reads rows until the statement ends and returns its last result.
-template <class Row>
-int step_rows(sqlite3_stmt* statement, Row row) {
-    int result = SQLITE_DONE;
-    while ((result = sqlite3_step(statement)) == SQLITE_ROW)
-        row();
-    if (result == SQLITE_NOMEM)
-        out_of_memory(QUARRY_SITE("store"), 1, "table");
-    return result;
-}
-
 std::string column_text(sqlite3_stmt* statement, int column) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     if (text != nullptr)
@@ -103,21 +87,6 @@ std::string column_text(sqlite3_stmt* statement, int column) {
     return {};
 }
 
-bool is_table(sqlite3* connection, const char* name) {
-    const Statement statement =
-        prepare(connection, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE NOCASE");
-    sqlite3_bind_text(statement.get(), 1, name, -1, SQLITE_TRANSIENT);
-    bool found = false;
-    step_rows(statement.get(), [&] { found = true; });
-    return found;
-}
-
-bool has_column(const std::vector<std::string>& columns, const char* name) {
-    return std::any_of(columns.begin(), columns.end(), [name](const std::string& column) {
-        return sqlite3_stricmp(column.c_str(), name) == 0;
-    });
-}
-
 std::vector<std::string> column_names(sqlite3_stmt* statement) {
     std::vector<std::string> names;
     for (int i = 0; i < sqlite3_column_count(statement); ++i)
@@ -125,51 +94,35 @@ std::vector<std::string> column_names(sqlite3_stmt* statement) {
     return names;
 }
 
-// The statement that reads the table in the order of its rows. A view keeps its own order, and so does a
-// table without rowids or with columns of all three names that mean them.
-Statement select_rows(sqlite3* connection, const char* name) {
-    const std::string select = "SELECT * FROM " + quoted_identifier(name);
-    Statement statement = prepare(connection, select);
-    if (!statement || !is_table(connection, name))
-        return statement;
-    const std::vector<std::string> columns = column_names(statement.get());
-    for (const char* rowid : {"rowid", "_rowid_", "oid"})
-        if (!has_column(columns, rowid))
-            if (Statement ordered = prepare(connection, select + " ORDER BY " + rowid))
-                return ordered;
-    return statement;
+// The statement that reads the table in the order of its rows. A view, which has no rowids, keeps its own
+// order, and so does a table without rowids.
+Statement select_rows(sqlite3* connection, const std::string& name) {
+    const int has_rowids = sqlite3_table_column_metadata(connection, nullptr, name.c_str(), "_rowid_",
+                                                         nullptr, nullptr, nullptr, nullptr, nullptr);
+    return prepare(connection,
+                   "SELECT * FROM " + name + (has_rowids == SQLITE_OK ? " ORDER BY _rowid_" : ""));
 }
 
-Table read_table(Database& database, const char* name) {
+void read_rows(const Database& database, Table* table) {
     sqlite3* connection = database.connection.get();
-    Table table{name, {}, {}, {}};
-    const Statement statement = select_rows(connection, name);
+    const Statement statement = select_rows(connection, table->name);
     if (!statement) {
-        log_complain(0, "Can't read table '%s' of database %s: %s\n", name, database.name.c_str(),
-                     sqlite3_errmsg(connection));
-        return table;
+        log_complain(0, "Can't read table '%s' of database %s: %s\n", table->name.c_str(),
+                     database.name.c_str(), sqlite3_errmsg(connection));
+        return;
     }
-    table.columns = column_names(statement.get());
-    const int result = step_rows(statement.get(), [&] {
-        std::vector<std::string>& row = table.rows.emplace_back();
-        for (std::size_t i = 0; i < table.columns.size(); ++i)
+    table->columns = column_names(statement.get());
+    int result;
+    while ((result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        std::vector<std::string>& row = table->rows.emplace_back();
+        for (std::size_t i = 0; i < table->columns.size(); ++i)
             row.push_back(column_text(statement.get(), static_cast<int>(i)));
-    });
+    }
+    if (result == SQLITE_NOMEM)
+        out_of_memory(QUARRY_SITE("store"), 1, "table");
     if (result != SQLITE_DONE)
-        log_complain(0, "Can't read table '%s' of database %s beyond row %zu: %s\n", name,
-                     database.name.c_str(), table.rows.size(), sqlite3_errmsg(connection));
-    return table;
-}
-
-template <class T>
-T* element(std::vector<T>& elements, std::int64_t index) {
-    const auto at = static_cast<std::size_t>(index);
-    return index >= 0 && at < elements.size() ? &elements[at] : nullptr;
-}
-
-Table* table_at(StorePointer pointer) {
-    Database* database = element(databases(), pointer.database);
-    return database != nullptr ? element(database->tables, pointer.table) : nullptr;
+        log_complain(0, "Can't read table '%s' of database %s beyond row %zu: %s\n", table->name.c_str(),
+                     database.name.c_str(), table->rows.size(), sqlite3_errmsg(connection));
 }
 
 std::optional<std::size_t> column_index(Table& table, const char* name) {
@@ -236,32 +189,31 @@ int store_open(const char* name, const char* mode, StorePointer* opened) {
         errno = result == SQLITE_CANTOPEN && system_error != 0 ? system_error : errno_of(result);
         return -1;
     }
-    databases().push_back({name, std::move(connection), {}});
-    opened->database = static_cast<std::int64_t>(databases().size()) - 1;
+    databases.push_back({name, std::move(connection)});
+    opened->database = static_cast<std::int64_t>(databases.size()) - 1;
     return 0;
 }
 
 StorePointer store_lookup(StorePointer pointer, const char* name) {
-    Database* database = element(databases(), pointer.database);
+    const Database* database = element(databases, pointer.database);
     if (database == nullptr)
         return store_invalid();
-    std::size_t at = 0;
-    while (at < database->tables.size() && database->tables[at].name != name)
-        ++at;
-    if (at == database->tables.size())
-        database->tables.push_back(read_table(*database, name));
-    return {pointer.database, static_cast<std::int64_t>(at), -1, 0};
+    const auto found = std::find_if(tables.begin(), tables.end(), [&](const Table& table) {
+        return table.database == pointer.database && table.name == name;
+    });
+    const std::int64_t at = found - tables.begin();
+    if (found == tables.end())
+        read_rows(*database, &tables.emplace_back(Table{pointer.database, name, {}, {}, {}}));
+    return {pointer.database, at, -1, 0};
 }
 
-std::int64_t store_query(StorePointer pointer, StoreQuery query) {
-    const Table* table = table_at(pointer);
-    if (table == nullptr || query != StoreQuery::record_count)
-        return 0;
-    return static_cast<std::int64_t>(table->rows.size());
+std::int64_t store_query(StorePointer pointer, StoreQuery /*record_count*/) {
+    const Table* table = element(tables, pointer.table);
+    return table != nullptr ? static_cast<std::int64_t>(table->rows.size()) : 0;
 }
 
 void store_get_fields(StorePointer pointer, std::initializer_list<StoreField> fields) {
-    Table* table = table_at(pointer);
+    Table* table = element(tables, pointer.table);
     const std::vector<std::string>* row = table != nullptr ? element(table->rows, pointer.record) : nullptr;
     for (const StoreField& field : fields) {
         const auto column = row != nullptr ? column_index(*table, field.name) : std::nullopt;
