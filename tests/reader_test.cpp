@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <sqlite3.h>
 
 namespace quarry {
 namespace {
@@ -467,87 +466,6 @@ TEST(CommandLine, InputsAndOutputsThatFail) {
     EXPECT_EQ(count_of(gone.out, "\n"), 1);
     EXPECT_THAT(gone.err, Not(HasSubstr("Can't write")));
     EXPECT_THAT(gone.err, EndsWith("quarry: input read error: Bad file descriptor\n"));
-}
-
-// --- the database --------------------------------------------------------------------------------------
-
-class DatabaseTest : public testing::Test {
-protected:
-    std::string database(const std::string& sql) {
-        const std::string path = directory_.path() + "/" + std::to_string(++count_) + ".db";
-        sqlite3* connection = nullptr;
-        EXPECT_EQ(sqlite3_open(path.c_str(), &connection), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-        sqlite3_close(connection);
-        return path;
-    }
-
-    RunResult run(const std::string& database_path, const std::string& volume) {
-        return list_volume(volume, {"-d", database_path});
-    }
-
-    static std::string data(int doy, const char* station = "DEM1", int encoding = 3) {
-        DataRecord record;
-        record.station = station;
-        record.year = 2001;
-        record.doy = doy;
-        record.hour = record.minute = record.second = 0;
-        record.encoding = encoding;
-        return VolumeBuilder().data(record).bytes();
-    }
-
-    TemporaryDirectory directory_;
-    int count_ = 0;
-};
-
-TEST_F(DatabaseTest, FormatsOfUndescribedChannels) {
-    std::ifstream schema_file(QUARRY_SCHEMA);
-    const std::string schema{std::istreambuf_iterator<char>(schema_file), {}};
-    const std::string path = database(
-        schema + "INSERT INTO seedformat VALUES ('DEM1','BHZ','2000,001','2001,001','First');"
-                 "INSERT INTO seedformat VALUES ('DEM1','BHZ','2001,001','','IEEE single precision real');"
-                 "INSERT INTO seedformat VALUES ('dem2','BHZ','2001,001','','Case');"
-                 "INSERT INTO seedformat VALUES ('DEM3','BHZ','','','Never');");
-    // The end of the first row is inclusive; the second row's format disagrees with blockette 1000.
-    const RunResult result =
-        run(path, data(1) + data(2) + data(3) + data(2, "DEM2") + data(2, "DEM3") + data(1, "DEM1", -1));
-    EXPECT_EQ(result.err,
-              "quarry: \n*** Serious inconsistency in seed volume.\n"
-              "    For the channel XX_DEM1_BHZ, the 030 blockettes indicate the datatype\n"
-              "        IEEE single precision real\n"
-              "    but the blockette 1000 embedded in the data says the data is\n"
-              "        32-Bit Integer Format\n"
-              "    This inconsistency may cause problems.\n"
-              "quarry: No data format for 'DEM2', 'BHZ' at time 2001,002,00:00:00.0000 (file #0)\n"
-              "quarry: No data format for 'DEM3', 'BHZ' at time 2001,002,00:00:00.0000 (file #0)\n");
-    EXPECT_EQ(count_of(result.out, "DATA Net"), 6);
-}
-
-TEST_F(DatabaseTest, TablesThatAreNotThere) {
-    const RunResult no_table = run(database("CREATE TABLE other (x)"), data(1) + data(2));
-    EXPECT_THAT(no_table.err, StartsWith("quarry: Can't read table 'seedformat' of database "));
-    EXPECT_EQ(count_of(no_table.err, "Can't read table"), 1);
-    EXPECT_EQ(count_of(no_table.err, "No data format for 'DEM1'"), 2);
-    const RunResult no_column =
-        run(database("CREATE TABLE seedformat (sta, chan, seedstart, seedformat);"
-                     "INSERT INTO seedformat VALUES ('DEM1', 'BHZ', 1999, '32-Bit Integer Format')"),
-            data(1) + data(2));
-    EXPECT_EQ(no_column.err, "quarry: Table 'seedformat' has no column 'seedend'\n");
-}
-
-TEST_F(DatabaseTest, DatabasesThatCannotBeOpened) {
-    const auto error = [&](const std::string& path) {
-        const RunResult result = run(path, "");
-        EXPECT_EQ(result.status, 1);
-        return result.err;
-    };
-    const std::string text = directory_.file("text", std::string(5000, 'x'));
-    EXPECT_EQ(error("none.db"), "quarry: Can't open database none.db: No such file or directory\n");
-    EXPECT_EQ(error("/"), "quarry: Can't open database /: Is a directory\n");
-    EXPECT_EQ(error(text), "quarry: Can't open database " + text + ": Invalid argument\n");
-    const std::string empty = directory_.file("empty", "");
-    EXPECT_EQ(error(empty), "quarry: Can't open database " + empty + ": Invalid argument\n");
-    EXPECT_FALSE(std::filesystem::exists("none.db"));
 }
 
 // --- golden listing of the demonstration volume ----------------------------------------------------------

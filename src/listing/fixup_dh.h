@@ -16,7 +16,7 @@ void fix_dh(blk_dh_t* header, int long_order, int word_order);
 // Completes a header as parsed: fix_dh, then the time correction unless the activity flags say that it has
 // been applied, the epoch, and record length and format from the channel's epoch in the handle's record
 // list. A channel without one gets 4096 bytes and, where a database is open, the format that its table
-// seedformat gives; a record without a row there is complained of.
+// seedformat gives (format_rows.h); a record without a row there is reported.
 void fixup_dh(blk_dh_t* header, const read_handle_t* handle);
 
 } // namespace quarry

@@ -29,16 +29,19 @@ void occupy_standard_descriptors() {
             std::_Exit(EXIT_FAILURE);
 }
 
-// Whatever it was started with: a reader that goes away ends the program, the end of a decompressor can be
-// waited for, and a listing that outgrows a limit is a failed write like any other.
+// Whatever it was started with: a reader that goes away and a request to end do end the program at once, the
+// end of a decompressor can be waited for, and a listing that outgrows a limit is a failed write like any
+// other. An interrupt that is ignored stays so: shells start background jobs that way.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
     std::signal(SIGCHLD, SIG_DFL);
     std::signal(SIGXFSZ, SIG_IGN);
-    sigset_t pipe_signal;
-    sigemptyset(&pipe_signal);
-    sigaddset(&pipe_signal, SIGPIPE);
-    sigprocmask(SIG_UNBLOCK, &pipe_signal, nullptr);
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGPIPE, SIGTERM, SIGINT})
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
 [[noreturn]] void usage() {
