@@ -126,8 +126,9 @@ TEST(Compressed, MembersPaddingAndWhatFollows) {
             drain(one + nothing + one + std::string(70000, '\0') + one + std::string(3, '\0'));
         EXPECT_EQ(several.bytes, content + content + content);
         EXPECT_THAT(several.errors, IsEmpty());
-        for (const std::string_view garbage : {"garbage", "\x1f", "BZx"}) {
-            const Delivered followed = drain(one + std::string(garbage));
+        const std::string other = compressed(tool.name == tools[0].name ? "xz -c" : "gzip -c", content);
+        for (const std::string& garbage : {std::string("garbage"), std::string("\x1f"), other}) {
+            const Delivered followed = drain(one + garbage);
             EXPECT_EQ(followed.bytes, content);
             EXPECT_THAT(followed.errors, ElementsAre("decompression OK, trailing garbage ignored"));
             EXPECT_TRUE(followed.ended);
@@ -170,30 +171,31 @@ TEST(Compressed, DamageIsReportedOnceAndNeverDeliveredAsSound) {
     for (const Tool& tool : tools) {
         SCOPED_TRACE(tool.command);
         const std::string packed = compressed(tool.command, content);
-        std::size_t delivered = 0;
         for (std::size_t at = 6; at < packed.size(); at += at < 30 || at + 30 > packed.size() ? 1U : 4999U) {
             std::string damaged = packed;
             damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
-            const Delivered all = drain(damaged);
+            const Delivered all = drain(damaged, 1000000);
             ASSERT_TRUE(all.ended);
             ASSERT_LE(all.errors.size(), 1U) << at;
             if (tool.checked && all.errors.empty()) {
                 ASSERT_TRUE(all.bytes == content) << at;
             }
-            delivered = all.bytes.size();
+            // All but the damaged block, of at most 128 KiB, is delivered.
+            ASSERT_GT(all.bytes.size() + 135000, content.size() * at / packed.size()) << at;
         }
-        EXPECT_GT(delivered, content.size() - 150000); // the last ones were in the checksums
     }
     std::string packed = compressed("gzip -c", content);
     packed[packed.size() - 1] ^= 1;
-    EXPECT_THAT(drain(packed).errors, ElementsAre("invalid compressed data--length error"));
+    const Delivered longer = drain(packed, 1000000);
+    EXPECT_TRUE(longer.bytes == content);
+    EXPECT_THAT(longer.errors, ElementsAre("invalid compressed data--length error"));
     packed[packed.size() - 6] ^= 1;
     EXPECT_THAT(drain(packed).errors, ElementsAre("invalid compressed data--crc error"));
     packed[2] = 7;
     EXPECT_THAT(drain(packed).errors, ElementsAre("invalid compressed data--format violated"));
     EXPECT_THAT(drain("\x1f\x9d\x91 ab").errors, ElementsAre("invalid compressed data--format violated"));
     // A first code beyond the bytes, and one that is not defined yet.
-    EXPECT_THAT(drain("\x1f\x9d\x90\xff\xff\xff").errors,
+    EXPECT_THAT(drain("\x1f\x9d\x90\xff\x01").errors,
                 ElementsAre("invalid compressed data--format violated"));
     EXPECT_THAT(drain("\x1f\x9d\x90\x41\xfe\xff").errors,
                 ElementsAre("invalid compressed data--format violated"));

@@ -268,7 +268,7 @@ std::size_t ByteSource::step_member(std::span<char> out) {
 }
 
 ssize_t ByteSource::report_pending() {
-    error_ = std::exchange(pending_, {});
+    error_ = pending_;
     stage_ = error_.kind == ByteError::Kind::system ? Stage::failed : Stage::over;
     return -1;
 }

@@ -305,7 +305,7 @@ private:
             clear_table();
             return true;
         }
-        if (before_ == none ? code > 255 : code > free_ || (code == free_ && free_ == table_size()))
+        if (before_ == none ? code > 255 : code > free_)
             return false;
         if (code == free_) // the code being defined: its text begins and ends with the same byte
             text_.push_back(first_);
