@@ -10,10 +10,7 @@
 //   write   as many bytes as the decode gives, written and nothing else
 // items_per_second are samples, bytes_per_second raw bytes (of `write`: none). The figure that counts is the
 // ratio to copy and write, which says how far the decoder is from what the memory allows.
-#include "decode/decode.h"
-#include "decode/decode_steim.h"
-#include "decode/decode_steim2.h"
-#include "decode/decode_usnsn.h"
+#include "decode/formats.h"
 #include "decode/sample_cursor.h"
 #include "sample_encoders.h"
 
@@ -72,19 +69,24 @@ Volume repeated(const std::vector<Encoded>& records) {
 
 // The encoders of the formats with compression, and the size of the data area that they fill.
 struct Compression {
-    Decoder decoder;
+    DataFormat format;
     Encoded (*encode)(std::span<const std::int32_t> series, std::size_t size, Order order);
     std::size_t area;
 };
 const std::array compressions{
-    Compression{decode_steim, encode_steim1, record_size - header_size},
-    Compression{decode_steim2, encode_steim2, record_size - header_size},
-    Compression{decode_usnsn, encode_usnsn, record_size},
+    Compression{format_steim1, encode_steim1, record_size - header_size},
+    Compression{format_steim2, encode_steim2, record_size - header_size},
+    Compression{format_usnsn, encode_usnsn, record_size},
 };
 
+std::size_t number_of(const SeedFormat& format) {
+    return static_cast<std::size_t>(&format - seed_format_map.data());
+}
+
 const Compression* compression_of(const SeedFormat& format) {
-    const auto found = std::find_if(compressions.begin(), compressions.end(),
-                                    [&](const Compression& one) { return one.decoder == format.convert; });
+    const auto found = std::find_if(compressions.begin(), compressions.end(), [&](const Compression& one) {
+        return static_cast<std::size_t>(one.format) == number_of(format);
+    });
     return found != compressions.end() ? &*found : nullptr;
 }
 
@@ -206,10 +208,16 @@ bool is_measured(const SeedFormat& format) {
     return &*first == &format;
 }
 
+const std::array names{
+#define QUARRY_FORMAT_NAME(NAME, ...) #NAME,
+    QUARRY_DATA_FORMATS(QUARRY_FORMAT_NAME)
+#undef QUARRY_FORMAT_NAME
+};
+
 void add_all() {
     for (const SeedFormat& format : seed_format_map)
         if (is_measured(format))
-            add(std::string(format.seed), format);
+            add(names[number_of(format)], format);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // The decoders: values worked out by hand, series through independent encoders and back, damaged records. The
 // host is little-endian.
-#include "decode/decode.h"
 #include "decode/decode_32bit.h"
 #include "decode/decode_asro.h"
 #include "decode/decode_cdsn.h"
@@ -11,9 +10,11 @@
 #include "decode/decode_steim.h"
 #include "decode/decode_steim2.h"
 #include "decode/decode_usnsn.h"
+#include "decode/formats.h"
 #include "platform/message_log.h"
 #include "platform/text.h"
 #include "sample_encoders.h"
+#include "seedio/decode.h"
 #include "state.h"
 
 #include <gtest/gtest.h>

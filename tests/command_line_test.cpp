@@ -1,0 +1,84 @@
+// The command line: options, what the program does about its streams and signals, the parameter file.
+#include "support.h"
+
+#include <regex>
+
+namespace quarry {
+namespace {
+
+const std::map<std::string, std::string> demo = {{"demo", demonstration_volume()}};
+const std::map<std::string, std::string> two_parameter_files = {
+    {"first/quarry.pf", "[data_type_aliases]\n\"Local ints\" = \"32-Bit Integer Format\"\n\"x\" = 7\n"},
+    {"second/quarry.pf", "[data_type_aliases]\n\"Local ints\" = \"IEEE single precision real\"\n"},
+    {"broken/quarry.pf", "[data_type_aliases]\na = \n"},
+    {"volume", VolumeBuilder(512)
+                   .control('A', blockette(30, "Local ints~000100000"))
+                   .control('S', blockette(52, "  BHZ0000001~001001" + std::string(43, ' ') + "000112" +
+                                                   std::string(24, ' ') + "~~~N"))
+                   .data({.station = "", .encoding = 10})
+                   .bytes()}};
+const std::string named = "ln -s \"$quarry\" quarry; ";
+
+// A pipe whose reader has gone stands on descriptor 3.
+const std::string broken_pipe = "mkfifo pipe; : <pipe & exec 3>pipe; wait; ";
+// The signals that stand in the way, and how a run ends.
+const std::string unfriendly =
+    "env --ignore-signal=PIPE --block-signal=PIPE $quarry demo >&3; echo status $?";
+
+const bool command_line = make_recorded_tests(
+    "CommandLine",
+    {
+        {"MissingInput", "$quarry missing"},
+        {"FullOutput", "$quarry demo >/dev/full", demo},
+        {"ClosedOutput", "$quarry -s demo >&-", demo},
+        {"OutputBeyondALimit", "ulimit -f 1; $quarry demo >out; echo status $?", demo},
+        {"ClosedInput", "$quarry - <&-"},
+        {"BrokenPipe", broken_pipe + unfriendly, demo},
+        {"BrokenPipeInSummary", broken_pipe + "env --ignore-signal=PIPE $quarry -s demo >&3; echo status $?",
+         demo},
+        // What stands on the three standard descriptors that were closed, and whether they can be written.
+        {"ClosedDescriptors",
+         "mkfifo volume; $quarry volume <&- >&- 2>&- & exec 3>volume; cd /proc/$!; readlink fd/0 fd/1 fd/2; "
+         "grep -ho 'flags.*' fdinfo/0 fdinfo/1 fdinfo/2 | grep -o '.$'; exec 3>&-; wait"},
+        {"NoParameterFile", "rm quarry.pf; $quarry demo", demo},
+        {"NoParameterFileOnThePath", "QUARRY_PARAM_PATH=here:there $quarry demo", demo},
+        {"ParameterFileOfTheCurrentDirectory", "cd first; $quarry ../volume", two_parameter_files},
+        {"EmptyPathCountsAsNone", "cd first; QUARRY_PARAM_PATH= $quarry ../volume", two_parameter_files},
+        {"FirstParameterFileOfThePath", "QUARRY_PARAM_PATH=here::first:second $quarry volume",
+         two_parameter_files},
+        {"SecondParameterFileOfThePath", "QUARRY_PARAM_PATH=second:first $quarry volume",
+         two_parameter_files},
+        {"BrokenParameterFile", "QUARRY_PARAM_PATH=broken:first $quarry volume", two_parameter_files},
+    });
+
+const std::string usage_of_link = "\nUsage: ./quarry [[-f n] [-sS] [-d database] [seed]\n";
+const std::string banner_of_link =
+    "\n\\./quarry  <#>\n    [^\n]+ [0-9]{4} <#>\n    Tarn Release 1\\.0\\.0 Linux [^\n]+  <#>\n    [0-9a-f]{40}  <#>\n\n    The Quarry project\n    Source and issues are kept in the project's repository, quarry;\n    report problems among its issues\\.\n\n";
+
+struct Usage {
+    const char* name;
+    const char* arguments;
+    int status;
+    std::string usage;
+};
+
+const bool usage = make_tests(
+    "Usage",
+    std::vector<Usage>{
+        {"TwoVolumes", "a b", 1, usage_of_link},
+        {"Help", "-H", 1, usage_of_link},
+        {"UnknownOption", "-x", 1, "./quarry: invalid option -- 'x'\n" + usage_of_link},
+        {"OptionAfterVolume", "a -s", 1, usage_of_link},
+        {"OptionWithoutArgument", "-f", 1, "./quarry: option requires an argument -- 'f'\n" + usage_of_link},
+        {"Banner", "-V missing", 0, ""}},
+    [](const Usage& c) {
+        const RunResult result = run({c.name, named + "./quarry " + c.arguments});
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err.substr(0, c.usage.size()), c.usage);
+        const std::string rest = result.err.substr(std::min(c.usage.size(), result.err.size()));
+        EXPECT_TRUE(std::regex_match(rest, std::regex(banner_of_link))) << rest;
+    });
+
+} // namespace
+} // namespace quarry
