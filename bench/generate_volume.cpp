@@ -5,7 +5,8 @@
 //   data       data records of `channels` channels in turn, `size` bytes each, `records` of them; the control
 //              headers describe the channels unless `described` is 0
 //   control    control headers of `megabytes`, stations with their responses
-//   epochs     `count` epochs of one channel, whose `order` is ascending, descending, random or nested, then
+//   epochs     `count` epochs of one channel, whose `order` is ascending, descending, random, or, for epochs
+//              that lie within each other, narrowing or widening; then
 //              `records` data records spread over the time of the epochs
 //   hostile    `bytes` of the blockette named `shape` in the table of hostile blockettes, which see; its
 //              numbers convert, or one of them does not if `bad` is 1
@@ -283,14 +284,14 @@ constexpr std::int64_t hours_of_all_epochs = 100'000;
 std::vector<std::int64_t> places(const std::string& order, std::int64_t count) {
     std::vector<std::int64_t> places(static_cast<std::size_t>(count));
     std::iota(places.begin(), places.end(), std::int64_t{0});
-    if (order == "descending")
+    if (order == "descending" || order == "widening")
         std::reverse(places.begin(), places.end());
     else if (order == "random")
         for (std::size_t i = places.size(), random = 1; i > 1; --i) {
             random = random * 6364136223846793005 + 1442695040888963407;
             std::swap(places[i - 1], places[(random >> 33) % i]);
         }
-    else if (order != "ascending" && order != "nested")
+    else if (order != "ascending" && order != "narrowing")
         fail("no such order: " + order);
     return places;
 }
@@ -302,13 +303,12 @@ void write_epochs(const Arguments& arguments) {
     const std::int64_t count = number(arguments, "count");
     const std::int64_t records = number(arguments, "records");
     constexpr std::int64_t all = hours_of_all_epochs * 3600;
+    const bool nested = order == "narrowing" || order == "widening";
     const auto start_of = [&](std::int64_t place) { return place * all / count; };
 
     VolumeBuilder volume(size);
     volume.control('V', volume_header(size)).control('A', dictionary()).control('S', station(1));
     for (const std::int64_t place : places(order, count)) {
-        // Each nested epoch lies within the one before.
-        const bool nested = order == "nested";
         const std::int64_t start = nested ? place : start_of(place);
         const std::int64_t end = nested ? all - place : start_of(place + 1);
         volume.control('S', channel("BHZ", size, time_text(start), time_text(end)));

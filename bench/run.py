@@ -218,8 +218,8 @@ def measure_growth_with_size(bench, sizes, results):
     for options, size in ((["-s"], 512), (["-s"], 4096), ([], 512), ([], 4096)):
         first = None
         for megabytes in sizes.growth:
-            # The short runs are repeated: the longest one has enough records to be a median by itself.
-            rounds = 1 if megabytes == sizes.growth[-1] and not sizes.quick else sizes.rounds
+            # The long runs have records enough for their time to be a mean by itself.
+            rounds = sizes.rounds if megabytes == sizes.growth[0] else 1
             cost_of_record, peak = measure_size(bench, options, size, megabytes, rounds)
             first = first or cost_of_record
             rows.append({"work": f"{'-s' if options else 'listing to nowhere'}, {size}-byte", "megabytes": megabytes,
@@ -241,13 +241,15 @@ def measure_epochs(bench, sizes, order, count):
     volumes = [bench.volume(names[0], "epochs", count=1, order=order, records=0),
                bench.volume(names[1], "epochs", count=count, order=order, records=0)]
     commands = [[bench.quarry, "-s", volume] for volume in volumes]
-    if bench.measure(commands[1], limit=EPOCH_LIMIT).status != 0:
+    first = bench.measure(commands[1], limit=EPOCH_LIMIT)
+    if first.status != 0:
         return None
+    rounds = sizes.rounds if first.cpu < 0.5 else 1
     volumes.append(bench.volume(names[2], "epochs", count=count, order=order, records=sizes.epoch_records))
     commands.append([bench.quarry, "-s", volumes[2]])
     counts = summary_counts(bench, commands[2])
     require(counts[52][0] == count and counts["data"][0] == sizes.epoch_records, "epochs: wrong counts")
-    times = [[bench.finished(command).cpu for command in commands] for _ in range(sizes.rounds)]
+    times = [[bench.finished(command).cpu for command in commands] for _ in range(rounds)]
     bench.remove(*names)
     return (median([headers - none for none, headers, _ in times]),
             median([whole - headers for _, headers, whole in times]))
