@@ -61,9 +61,9 @@ def inputs(bench, quick):
     yield Hostile("normal: control headers, -s", ["-s"], control, 0)
     yield Hostile("normal: control headers, listing", [], control, 0)
     for shape in SHAPES:
-        yield from blockette_inputs(bench, shape, 5_000 if quick else 30_000)
+        yield from blockette_inputs(bench, shape, 5_000 if quick else 70_000)
     for shape in EMPTY_SHAPES:
-        path = bench.volume(shape, "hostile", shape=shape, bytes=5_000 if quick else 30_000, bad=0)
+        path = bench.volume(shape, "hostile", shape=shape, bytes=5_000 if quick else 70_000, bad=0)
         yield Hostile(f"{shape}, listing", [], path, 0)
     yield from epoch_inputs(bench, 2_000 if quick else 160_000)
     yield database_input(bench, 10_000 if quick else 1_000_000)
