@@ -2,7 +2,7 @@
 # build, it touches the header only when its content changes.
 #
 # The revision comes from git, in a source archive from the file that git filled in, and is 40 zeros where
-# neither tells it. SOURCE_DATE_EPOCH, where set, gives the day.
+# neither knows it. SOURCE_DATE_EPOCH, where set, gives the day.
 cmake_minimum_required(VERSION 3.25)
 
 string(REPEAT "0" 40 revision)
@@ -18,7 +18,7 @@ elseif(archived MATCHES "^[0-9a-f]+$")
 endif()
 string(TIMESTAMP build_date "%Y-%m-%d" UTC)
 file(CONFIGURE OUTPUT ${OUTPUT} @ONLY CONTENT
-"// Made by the build: what the banner tells of it.
+"// Made by the build: what the banner says of it.
 #pragma once
 
 inline constexpr const char* quarry_release = \"@RELEASE@\";

@@ -5,9 +5,9 @@
 // channel records is printed as it is. Messages about damage go to standard error.
 
 #include <quarry/blockette/blockette.h>
-#include <quarry/decode/decode.h>
 #include <quarry/platform/message_log.h>
 #include <quarry/platform/parameter_file.h>
+#include <quarry/seedio/decode.h>
 #include <quarry/seedio/seed.h>
 #include <quarry/state.h>
 

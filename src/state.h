@@ -1,5 +1,5 @@
-// Process-wide state: the options and settings of a run, and what the blockettes read so far leave behind
-// for later ones. One thread, unguarded.
+// Process-wide state: the options and settings of a run, and what earlier blockettes say of later ones. One
+// thread, unguarded.
 //
 // The last station and channel records (blk_050, blk_052) are kept by blockette/station.h, the decoders'
 // output cursor by decode/sample_cursor.h.

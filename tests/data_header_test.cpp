@@ -3,10 +3,10 @@
 
 #include "blockette/blockette.h"
 #include "blockette/data_header.h"
+#include "decode/data_record.h"
 #include "listing/fixup_dh.h"
 #include "platform/bytes.h"
 #include "platform/calendar.h"
-#include "platform/seed_record.h"
 #include "platform/text.h"
 #include "seedio/rseed.h"
 #include "seedio/seed.h"

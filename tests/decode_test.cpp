@@ -2,7 +2,6 @@
 // host is little-endian.
 #include "support.h"
 
-#include "decode/decode.h"
 #include "decode/decode_32bit.h"
 #include "decode/decode_asro.h"
 #include "decode/decode_cdsn.h"
@@ -13,8 +12,10 @@
 #include "decode/decode_steim.h"
 #include "decode/decode_steim2.h"
 #include "decode/decode_usnsn.h"
+#include "decode/formats.h"
 #include "platform/text.h"
 #include "sample_encoders.h"
+#include "seedio/decode.h"
 #include "state.h"
 
 #include <cstdlib>

@@ -5,11 +5,12 @@
 // exact size, so that a sanitizer sees any access beyond; the program itself checks what the decoders promise
 // of the cursor. The rounds are the same for the same seed.
 
-#include "decode/decode.h"
 #include "decode/decode_steim.h"
 #include "decode/decode_steim2.h"
 #include "decode/decode_usnsn.h"
+#include "decode/formats.h"
 #include "platform/text.h"
+#include "seedio/decode.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-// Every blockette type through its number: parsing, release, size. The types stand in blockette/types.h.
+// Every blockette type by its number: parsing, release, size. The types are listed in blockette/types.h.
 //
-// A record is handed around as a plain pointer with its type number, -1 for the fixed header of a data
-// record. Whoever receives one from parse_blk owns it and gives it back through free_blk.
+// A record is a plain pointer with its type number, -1 for the fixed header of a data record. The caller of
+// parse_blk owns the record and releases it with free_blk.
 #pragma once
 
 #include <memory>
@@ -10,14 +10,14 @@
 namespace quarry {
 
 // A new record of the type, filled from its text (from the blockette's type field on; for type -1 from byte 8
-// of the data record on). Clears Bad_blkflag first. An unknown type is complained of and gives null.
+// of the data record on). Clears Bad_blkflag first. An unknown type is reported and gives null.
 void* parse_blk(std::string_view text, int blk_type);
 
-// Releases a record of the type; an unknown type is complained of and nothing is released.
+// Releases a record of the type; an unknown type is reported and nothing is released.
 void free_blk(void* blk, int blk_type);
 
 // Size of the blockette in bytes as it stood in the volume: its declared length, for a data record its full
-// record length. An unknown type is complained of and gives 0; the record is not looked at.
+// record length. An unknown type is reported and gives 0; its record is not read.
 int block_size(const void* blk, int blk_type);
 
 // Owns a record.

@@ -1,7 +1,7 @@
-// The fixed data header of a data record, which goes as blockette type -1.
+// The fixed data header of a data record, which has blockette type -1.
 //
-// Its binary fields are widened with their sign, the 8-bit flag bytes too: consumers mask them. The record
-// carries room for what later stages find out about the data record.
+// Its binary fields are widened with their sign, also the 8-bit flag bytes: their users mask them. The reader
+// fills in what the header itself does not say.
 #pragma once
 
 #include "blockette/types.h"
@@ -12,7 +12,7 @@ struct blk_dh_t {
     char stn_id[16];
     char loc_id[3];
     char chan_id[4];
-    char channel[15]; // for later stages
+    char channel[15]; // kept for the interface, unused here
     char network_code[3];
     char start_time[23]; // SEED time text, built by fix_dh
     int year;

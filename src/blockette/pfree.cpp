@@ -1,4 +1,4 @@
-// Release of blockette records, by type and through the type's number.
+// Release of blockette records, for each type and by type number.
 
 #include "blockette/blockette.h"
 #include "blockette/data_header.h"

@@ -25,8 +25,8 @@ void copy_channel_context(Record* blk) {
         blk->units_signal = blk_052.units_signal;
 }
 
-// What follows reads lists whose arrays have their declared count and are zeroed. Where the text has ended,
-// all further elements are that zero, and nothing of them can fail.
+// The functions below read lists whose arrays have their declared count and are zeroed. When the text has
+// ended, the elements that are left stay zero: a missing field is 0 and cannot fail to convert.
 
 // True, with a note, if the blockette has failed before element `index` of the named list.
 bool aborted(const char* list, std::size_t index) {

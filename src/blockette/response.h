@@ -1,10 +1,10 @@
 // Channel response blockettes: 053 poles and zeros, 054 coefficients, 057 decimation, 058 sensitivity or
 // gain, 059 channel comment, 061 FIR response.
 //
-// Each record carries the station and channel of the last blockettes 050 and 052 at the time of parsing, so
-// that it can be shown or stored by itself. The counted lists of 053, 054 and 061 have their declared count;
-// reading them stops, with a note, at the first element after any field of the blockette failed to convert:
-// elements never read are zero, lists never reached are empty with count 0.
+// Each record has a copy of the station and channel of the last blockettes 050 and 052, so that it can be
+// printed or stored by itself. The lists of 053, 054 and 061 have their declared count. When a field of the
+// blockette does not convert, reading stops before the next element, with a note: elements that were not read
+// are zero, lists that were not reached are empty and have count 0.
 #pragma once
 
 #include "blockette/types.h"
@@ -40,7 +40,7 @@ struct blk_053_t {
     char end_date[23];
     double sample_rate;
     int instr_id;
-    int changroup; // for later stages
+    int changroup; // kept for the interface, unused here
 };
 
 struct blk_054_t {

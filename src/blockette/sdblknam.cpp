@@ -1,5 +1,6 @@
 #include "blockette/sdblknam.h"
 
+#include "blockette/types.h"
 #include "platform/message_log.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@ namespace quarry {
 
 namespace {
 
-constexpr std::array<Sdinfo, 48> catalogue{{
+constexpr auto catalogue = std::to_array<Sdinfo>({
     {-1, 48, "Data"},
     {5, 14, "Field Volume Identifier "},
     {8, 27, "Telemetry Volume Identifier "},
@@ -58,13 +59,18 @@ constexpr std::array<Sdinfo, 48> catalogue{{
     {400, 16, "Beam "},
     {405, 6, "Beam Delay"},
     {1000, 8, "Data Only SEED"},
-}};
+});
 
-const Sdinfo* row_of(int type) {
+constexpr const Sdinfo* row_of(int type) {
     const auto row = std::find_if(catalogue.begin(), catalogue.end(),
                                   [type](const Sdinfo& entry) { return entry.id == type; });
     return row == catalogue.end() ? nullptr : row;
 }
+
+#define QUARRY_CHECK_ROW(TYPE, NAME)                                                                         \
+    static_assert(row_of(TYPE) != nullptr, "blockette " #NAME " has no row in the catalogue");
+QUARRY_BLOCKETTE_TYPES(QUARRY_CHECK_ROW)
+#undef QUARRY_CHECK_ROW
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// The catalogue: name and smallest length of every blockette type that is known by name.
+// The catalogue: name and smallest length of blockette types. It has more types than quarry parses.
 #pragma once
 
 #include <span>

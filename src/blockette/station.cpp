@@ -194,7 +194,7 @@ bool is_letter_or_digit(char character) {
            (character >= 'a' && character <= 'z');
 }
 
-// The text up to its first character that is no letter or digit.
+// The text up to its first character that is not a letter or digit.
 std::string_view alphanumeric_head(std::string_view text) {
     std::size_t length = 0;
     while (length < text.size() && is_letter_or_digit(text[length]))
@@ -210,7 +210,7 @@ void fix_channel(blk_052_t* blk) {
     if (blk->subchan_id > 0) {
         // One character even for numbers above 9.
         name += static_cast<char>('0' + blk->subchan_id);
-        const std::string key = std::string(member_text(blk->station)) + ":" + name.c_str();
+        const std::string key = std::string(member_text(blk->station)) + ":" + name.c_str(); // cut at a NUL
         if (const char letter = orientation_letter(blk->dip, blk->azimuth); letter != '\0')
             name.back() = letter;
         else

@@ -16,7 +16,7 @@ struct blk_050_t {
     double lat;    // degrees
     double lon;    // degrees
     double elev;   // metres
-    int num_chans; // never read: the two counts are passed over
+    int num_chans; // stays 0: the two counts are skipped
     int num_comm;
     char name[61]; // of the site
     int net_id;
@@ -67,7 +67,7 @@ struct blk_052_t {
     char station[16]; // from here on: not on the wire
     char network_code[3];
     char channel[15]; // combined name, by fix_channel
-    int changroup;    // for later stages
+    int changroup;    // kept for the interface, unused here
 };
 
 // Copies of the last 050 and 052 parsed, all zero before there is one.
@@ -80,7 +80,7 @@ QUARRY_BLOCKETTE_FUNCTIONS(052)
 
 // Builds the combined channel name from the channel and location codes; for a multiplexed channel (subchannel
 // number above 0) it ends in the letter of the sensor's orientation, which is also filed in
-// Geoscope_channels. An orientation that fits no letter is complained of and keeps the subchannel digit.
+// Geoscope_channels. An orientation that fits no letter is reported, and the name keeps the subchannel digit.
 void fix_channel(blk_052_t* blk);
 
 } // namespace quarry

@@ -1,10 +1,9 @@
 #include "blockette/timespan.h"
 
 #include "blockette/scan.h"
-#include "platform/message_log.h"
+#include "state.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace quarry {
 
@@ -117,10 +116,9 @@ void parse_073(blk_073_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->num_segs = scan_int(&buff, 4);
-    if (blk->num_segs > max_segments) {
-        // A volume whose index cannot be held is not listed further.
-        log_complain(0, "ERROR(parse_073) - num_segs is too large: %i\n", blk->num_segs);
-        std::exit(EXIT_FAILURE);
+    if (has_too_many_segments(*blk)) {
+        Bad_blkflag = 1;
+        return;
     }
     for (int i = 0; i < blk->num_segs; ++i) {
         scan_str(&buff, 5, blk->stn_id[i]);

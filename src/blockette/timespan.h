@@ -1,9 +1,9 @@
 // Time span and event blockettes: 070 time span identifier, 071 hypocenter, 072 event phases, 073 time span
 // data start index, 074 time series index.
 //
-// The lists are held inside the records; their counts are kept as read, what is read and listed stops at the
-// capacities (a 073 with more segments ends the process). Times are SEED time text as read. Sub-sequence
-// numbers count from 1 the records that share a sequence number.
+// The lists are held inside the records. A count is kept as read, but at most as many elements as the record
+// can hold are read and listed; of a 073 with more segments, none is read. Times are SEED time text as read.
+// Sub-sequence numbers count from 1 the records that share a sequence number.
 #pragma once
 
 #include "blockette/types.h"
@@ -32,7 +32,7 @@ struct blk_071_t {
     double mag[max_magnitudes];
     char mag_type[max_magnitudes][11];
     int mag_source[max_magnitudes];
-    char span_start[23]; // for later stages
+    char span_start[23]; // kept for the interface, unused here, as is the next
     char span_end[23];
     int grn; // seismic region number
     int srn; // seismic location number
@@ -50,7 +50,7 @@ struct blk_072_t {
     double period;
     double snr;
     char phase[21];
-    double lat; // this and the next three: for later stages
+    double lat; // kept for the interface, unused here, as are the next three
     double lon;
     double depth;
     char event_time[23];
@@ -71,6 +71,11 @@ struct blk_073_t {
     int seq_num[max_segments];
     int sub_seq_num[max_segments];
 };
+
+// True for an index that the record cannot hold. The lister goes no further in such a volume.
+constexpr bool has_too_many_segments(const blk_073_t& blk) {
+    return blk.num_segs > max_segments;
+}
 
 inline constexpr int max_repeats = 64;
 
@@ -96,7 +101,7 @@ struct blk_074_t {
 QUARRY_BLOCKETTE_FUNCTIONS(070)
 QUARRY_BLOCKETTE_FUNCTIONS(071)
 QUARRY_BLOCKETTE_FUNCTIONS(072)
-QUARRY_BLOCKETTE_FUNCTIONS(073) // parse_073 ends the process with status 1 above max_segments
+QUARRY_BLOCKETTE_FUNCTIONS(073) // above max_segments, parse_073 reads no segment and sets Bad_blkflag
 QUARRY_BLOCKETTE_FUNCTIONS(074)
 
 } // namespace quarry

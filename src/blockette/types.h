@@ -1,10 +1,16 @@
-// The blockette types that are parsed, listed and released: the one place to add a type.
+// The blockette types that are parsed, listed and released. Every dispatch by type is made from this list.
 //
-// Each row X (type number, name) asks for a record `blk_NAME_t`, the functions `new_NAME`, `init_NAME`,
-// `parse_NAME` and `free_NAME` (blockette/) and `pbrief_NAME` (listing/); every dispatch by type is made
-// from this list. A type's name and smallest length stand in the catalogue (sdblknam).
+// To add a type:
+//   1. a row X (type number, name) here
+//   2. its row in the catalogue (sdblknam.cpp), unless it has one
+//   3. the record `blk_NAME_t` and the line QUARRY_BLOCKETTE_FUNCTIONS (NAME) in the header of its theme
+//      (volume.h, station.h, response.h, timespan.h)
+//   4. `init_NAME` and `parse_NAME` in the theme's .cpp; `new_NAME` and `free_NAME` make themselves
+//   5. `pbrief_NAME` in the theme's printers (listing/pbrief_*.cpp)
+//   6. what the blockette says of later records, if anything: apply_blockette (seedio/seed.cpp)
+// Without one of the first five the program does not build.
 //
-// The fixed header of a data record goes by type -1 everywhere.
+// The fixed header of a data record has type -1 everywhere.
 #pragma once
 
 #include <string_view>
@@ -39,8 +45,7 @@
 //               memory is fatal
 //   init_NAME   puts the type's defaults in place
 //   parse_NAME  fills the record from the blockette's text, which begins with its type (for dh: with the
-//               station code at byte 8 of the data record); in a fresh record, what the text lacks is empty
-//               or zero
+//               station code at byte 8 of the data record); a field that the text lacks is empty or zero
 //   free_NAME   releases the record with all that it owns
 #define QUARRY_BLOCKETTE_FUNCTIONS(NAME)                                                                     \
     blk_##NAME##_t* new_##NAME();                                                                            \

@@ -96,7 +96,7 @@ void init_030(blk_030_t* blk) {
 //   for each key:
 // 7   decoder key                 var 80
 void parse_030(blk_030_t* blk, std::string_view buff) {
-    constexpr std::size_t key_limit = 80; // on the wire; the member has more room
+    constexpr std::size_t key_limit = 80; // in the volume; the member has more room
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     scan_var_str(&buff, blk->name);

@@ -1,7 +1,8 @@
 // Volume index and abbreviation dictionary blockettes: 010 volume identifier, 011 station header index,
 // 012 time span index, 030 data format, 031 comment, 032 cited source, 033 abbreviation, 034 units.
 //
-// Times are SEED time text as read. Counts are kept as read; what is read and listed stops at the capacities.
+// Times are SEED time text as read. A count is kept as read, but at most as many elements as the record can
+// hold are read and listed.
 #pragma once
 
 #include "blockette/types.h"

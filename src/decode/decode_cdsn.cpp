@@ -5,7 +5,7 @@
 namespace quarry {
 
 // bits 15 - 14  gain code: multiply by 1, 4, 16 or 128
-// bits 13 - 0   mantissa, counted from -8191 (not -8192)
+// bits 13 - 0   mantissa plus 8191 (not 8192)
 // Mantissa, multiplier and product are exact as floats.
 std::int32_t decode_cdsn(char* data, std::int32_t nsamples, std::int32_t, int byteswap) {
     return decode_words<std::uint16_t>(data, nsamples, byteswap, [](std::uint16_t word) {

@@ -22,22 +22,26 @@ std::int32_t demultiplex(char* raw, std::int32_t nsamples, int unit_size, Value 
     return 0;
 }
 
-// bits 15 - 12  gain, which divides by its power of two; bit 15 belongs to it only in the form of 4 bits
-// bits 11 - 0   mantissa, counted from -2048
-// Mantissa and quotient are exact as floats.
+// One word, 4-bit gain:   15 14 13 12 | 11 ... 0       3-bit gain:   15 | 14 13 12 | 11 ... 0
+//                         gain        | mantissa              unused | gain     | mantissa
+//
+// sample = (mantissa - 2048) / 2^gain. Both are exact as floats.
 template <int GainBits>
 std::int32_t demultiplex_gain_ranged(char* raw, std::int32_t nsamples, int byteswap) {
     const bool swap = byteswap != 0;
     return demultiplex(raw, nsamples, 2, [swap](char* place) {
-        const auto word = take_word<std::uint16_t>(place, swap);
+        const auto word = load_after_swap<std::uint16_t>(place, swap);
         const int gain = word >> 12 & ((1 << GainBits) - 1);
         const int mantissa = (word & 0xFFF) - 2048;
         return static_cast<float>(mantissa) * power_of_two(-gain);
     });
 }
 
-// The three bytes fill a word of the host's order from its second byte on, where the record's order is not
-// the host's from its last byte back. What then exceeds 24 bits is brought down once, not sign-extended.
+// The three bytes b0 b1 b2 of a sample in a word of four bytes, read in the host's order:
+//
+//   record in the host's order:   0 b0 b1 b2       swapped:   0 b2 b1 b0
+//
+// From a word above 0x7FFFFF, 0x1000000 is subtracted once; other words are taken as they are.
 float value_of_three_bytes(const char* bytes, bool swap) {
     const std::array<char, 4> placed{0, bytes[swap ? 2 : 0], bytes[1], bytes[swap ? 0 : 2]};
     const auto word = load<std::int32_t>(placed.data());

@@ -1,12 +1,12 @@
-// IEEE 754 numbers of single precision, which keep their bits.
+// IEEE 754 numbers of single precision; their bits do not change.
 #pragma once
 
 #include <cstdint>
 
 namespace quarry {
 
-// A Decoder (decode/sample_cursor.h). Trusts `nsamples`: 4 * `nsamples` bytes are read whatever `nbytes`
-// says. Returns 0.
+// A Decoder (decode/sample_cursor.h). Reads 4 * `nsamples` bytes and ignores `nbytes`: the caller makes sure
+// that `data` holds them. Returns 0.
 std::int32_t decode_ieeefloat(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
 } // namespace quarry

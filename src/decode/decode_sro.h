@@ -5,8 +5,8 @@
 
 namespace quarry {
 
-// A Decoder (decode/sample_cursor.h). Trusts `nsamples`: 2 * `nsamples` bytes are read whatever `nbytes`
-// says. Returns 0.
+// A Decoder (decode/sample_cursor.h). Reads 2 * `nsamples` bytes and ignores `nbytes`: the caller makes sure
+// that `data` holds them. Returns 0.
 std::int32_t decode_sro(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
 } // namespace quarry

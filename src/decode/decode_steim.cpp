@@ -12,18 +12,18 @@ namespace {
 //   1  four 8-bit differences, byte by byte in any byte order
 //   2  two 16-bit differences, half-word by half-word, each with its own byte order
 //   3  one 32-bit difference
-constexpr std::array<steim::Packing, 4> packings{steim::nothing, steim::packing(4, 8), steim::packing(2, 16),
-                                                 steim::packing(1, 32)};
+constexpr std::array<steim::Packing, 4> packings{steim::no_differences, steim::packing(4, 8),
+                                                 steim::packing(2, 16), steim::packing(1, 32)};
 
 struct Level1 {
-    static constexpr int most = 4;
+    static constexpr int largest_count = 4;
 
     template <bool Swap>
     static steim::Word take(char* place, std::uint32_t code) {
         const auto raw = load<std::uint32_t>(place);
         std::uint32_t word = raw;
         if constexpr (Swap) {
-            const std::uint32_t swapped = swap_4byte(raw);
+            const std::uint32_t swapped = reverse_bytes(raw);
             word = code < 2 ? raw : code == 2 ? std::rotl(swapped, 16) : swapped;
             store(place, word);
         }

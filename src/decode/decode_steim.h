@@ -5,9 +5,9 @@
 
 namespace quarry {
 
-// A Decoder (decode/sample_cursor.h). Keeps to the `nbytes` at `data`. Always stores `nsamples` values: what
-// the data area lacks is zero, complained of, and gives -1; differences beyond `nsamples` are dropped
-// silently.
+// A Decoder (decode/sample_cursor.h). Reads at most the `nbytes` at `data`. Always stores `nsamples` values:
+// a sample that the data area lacks is zero. Returns 0, or -1 with a complaint if samples are missing.
+// Differences beyond `nsamples` are dropped without a message.
 std::int32_t decode_steim(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
 } // namespace quarry

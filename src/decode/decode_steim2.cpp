@@ -7,7 +7,7 @@ namespace quarry {
 
 namespace {
 
-using steim::nothing;
+using steim::no_differences;
 using steim::packing;
 
 // What a word holds, by its code and the two bits on its top:
@@ -22,21 +22,21 @@ using steim::packing;
 //      10  seven 4-bit differences, two bits unused
 //      11  nothing
 constexpr std::array<steim::Packing, 16> packings{
-    nothing,       nothing,        nothing,        nothing,        //
-    packing(4, 8), packing(4, 8),  packing(4, 8),  packing(4, 8),  //
-    nothing,       packing(1, 30), packing(2, 15), packing(3, 10), //
-    packing(5, 6), packing(6, 5),  packing(7, 4),  nothing,
+    no_differences, no_differences, no_differences, no_differences, //
+    packing(4, 8),  packing(4, 8),  packing(4, 8),  packing(4, 8),  //
+    no_differences, packing(1, 30), packing(2, 15), packing(3, 10), //
+    packing(5, 6),  packing(6, 5),  packing(7, 4),  no_differences,
 };
 
 struct Level2 {
-    static constexpr int most = 7;
+    static constexpr int largest_count = 7;
 
     template <bool Swap>
     static steim::Word take(char* place, std::uint32_t code) {
         const auto raw = load<std::uint32_t>(place);
         std::uint32_t word = raw;
         if constexpr (Swap) {
-            word = code < 2 ? raw : swap_4byte(raw);
+            word = code < 2 ? raw : reverse_bytes(raw);
             store(place, word);
         }
         const std::uint32_t fields =

@@ -71,7 +71,7 @@ void unpack_fields(const char* bytes, std::int32_t bits, std::int32_t count, boo
     }
 }
 
-// The bytes of a record, which never end: what lies beyond `size` reads as zero.
+// The bytes of a record; bytes beyond `size` count as zero.
 class Record {
 public:
     Record(const char* bytes, std::int64_t size) : bytes_(bytes), size_(size) {}
@@ -104,7 +104,7 @@ private:
 };
 constexpr std::int64_t unbounded = std::numeric_limits<std::int64_t>::max();
 
-// A mismatch that is only kept where nothing worse is known.
+// Keeps a mismatch unless a worse one is known.
 void set_result_unless_negative(std::int32_t result) {
     if (ldcmprs >= 0)
         ldcmprs = result;

@@ -7,13 +7,13 @@
 
 namespace quarry {
 
-// A Decoder (decode/sample_cursor.h). The record's bytes are read most significant first after the swap of
-// each whole four bytes; what lies beyond `nbytes` reads as zero. Stores the samples that dcmprs finds, at
-// most `nsamples` (but one for 0 or less: the cursor must have room for it), and returns 0 whatever dcmprs
-// told.
+// A Decoder (decode/sample_cursor.h). Swaps each whole four bytes where `byteswap` is set, then reads the
+// record most significant byte first; bytes beyond `nbytes` count as zero. Stores the samples that dcmprs
+// finds, at most `nsamples`. For 0 or less it stores one, so the cursor must have room for it. Returns 0 also
+// where dcmprs reports an error.
 std::int32_t decode_usnsn(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
-// Results of dcmprs; which of several is kept stands with each.
+// Results of dcmprs, and which earlier results each replaces.
 inline constexpr std::int32_t dcmprs_good = 1;
 inline constexpr std::int32_t dcmprs_first_mismatch = 0;  // ia0: the record does not continue the series
 inline constexpr std::int32_t dcmprs_overflow = -1;       // stops the record; never replaced
@@ -46,7 +46,8 @@ std::int32_t dcmpbr();
 // Prints what a result of dcmprs other than 1 means on standard output.
 void dcmper(std::int32_t ierr);
 
-// The state of the decompressor.
+// The state of the decompressor. The namespace is inline: quarry::ipt and quarry::usnsn::ipt are one.
+inline namespace usnsn {
 inline std::int32_t prnt = 1;    // diagnostics are printed
 inline std::int32_t ipt = 0;     // position in the record, counted from 1
 inline std::int32_t nct = 0;     // position before the current block, whose bytes are counted
@@ -55,5 +56,6 @@ inline std::int32_t iovr = 0;    // 1: an impending overflow stopped the record
 inline std::int32_t ldcmprs = 0; // result so far
 inline std::int32_t npt = 0;     // differences still expected
 inline std::int32_t id0 = 0;     // the last value
+} // namespace usnsn
 
 } // namespace quarry

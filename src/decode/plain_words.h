@@ -2,7 +2,7 @@
 #pragma once
 
 #include "decode/sample_cursor.h"
-#include "decode/take_word.h"
+#include "decode/swap_in_place.h"
 
 #include <algorithm>
 #include <bit>
@@ -23,7 +23,7 @@ std::int32_t decode_words(char* data, std::int32_t nsamples, int byteswap, Value
     float* const samples = seismic_data_ptr;
     const auto decode = [=](bool swap) {
         for (std::int64_t i = 0; i < count; ++i)
-            store(samples + i, value(take_word<Word>(data + i * std::int64_t{sizeof(Word)}, swap)));
+            store(samples + i, value(load_after_swap<Word>(data + i * std::int64_t{sizeof(Word)}, swap)));
     };
     byteswap != 0 ? decode(true) : decode(false);
     seismic_data_ptr = samples + count;

@@ -7,14 +7,14 @@
 
 namespace quarry {
 
-// A decoder turns `nsamples` encoded samples out of the `nbytes` raw bytes at `data` into floats of the
-// host's order, written through seismic_data_ptr, which it advances. `byteswap` is non-zero when the data's
-// byte order is not the host's; the raw words are then swapped in place, so that a record decodes once.
-// Returns a status, negative for a failure.
+// A decoder decodes `nsamples` samples from the `nbytes` raw bytes at `data`. It writes floats in the host's
+// order through seismic_data_ptr, which it advances. `byteswap` is non-zero when the data's byte order is not
+// the host's; the raw words are then swapped in place, so a record can be decoded only once. Returns a
+// status, negative for a failure.
 using Decoder = std::int32_t (*)(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
-// Where the next decoded value goes. The caller of a decoder points it at room for all that the decoder
-// writes; afterwards it stands behind the last value.
+// Where the next decoded value goes. The caller points it at a buffer with room for all values; afterwards it
+// points behind the last value.
 inline float* seismic_data_ptr = nullptr;
 
 } // namespace quarry

@@ -1,15 +1,15 @@
 // What the two Steim levels share: the walk over the frames and the integration of the differences.
 //
 // A data area is a sequence of frames of 16 words of 32 bits:
-//   word 0        sixteen 2-bit codes, the first in the top bits; code k tells what word k holds
+//   word 0        sixteen 2-bit codes, the first in the top bits; code k says what word k holds
 //   words 1 - 15  differences
 // In the first frame word 1 is the forward integration constant (the first sample) and word 2 the reverse one
-// (the last sample); a sound record gives them code 0, nothing here relies on it. What is left of the data
-// area behind the last whole frame is ignored.
+// (the last sample). A sound record gives them code 0; the walk does not rely on that. Bytes behind the last
+// whole frame are ignored.
 #pragma once
 
 #include "decode/sample_cursor.h"
-#include "decode/take_word.h"
+#include "decode/swap_in_place.h"
 
 #include <algorithm>
 #include <array>
@@ -20,46 +20,46 @@ namespace quarry::steim {
 
 inline constexpr int word_size = 4;
 inline constexpr int frame_size = 16 * word_size;
-inline constexpr int most_fields = 7; // differences in a word
+inline constexpr int largest_count = 7; // of differences in a word
 
-// How a word holds its differences: `count` signed fields in its low bits, most significant first. A field is
-// taken out by a multiplication that brings it to the top of 64 bits and a shift down; the fields that a
-// packing lacks come out as 0. So every word of a level takes the same instructions: branches on its packing
-// would be as unpredictable as the seismic noise is, and cost more than the fields not needed.
+// How a word holds its differences: `count` signed fields in its low bits, most significant first. To extract
+// a field, multiply the word so that the field is at the top of 64 bits, then shift it down. A field that the
+// packing lacks has multiplier 0 and comes out as 0. So every word of a level takes the same instructions.
+// Branches on the packing would be slower: they follow the seismic noise, which no processor can predict.
 struct Packing {
-    std::array<std::uint64_t, most_fields> scale{};
-    std::int32_t down = 0;
+    std::array<std::uint64_t, largest_count> multipliers{};
+    std::int32_t shift = 0;
     std::int32_t count = 0;
 
     template <class Running>
     Running field(std::uint32_t word, int k) const {
-        return static_cast<Running>(static_cast<std::int64_t>(word * scale[static_cast<std::size_t>(k)]) >>
-                                    down);
+        return static_cast<Running>(
+            static_cast<std::int64_t>(word * multipliers[static_cast<std::size_t>(k)]) >> shift);
     }
 };
 
 constexpr Packing packing(int count, int width) {
     Packing fields{{}, 64 - width, count};
     for (int k = 0; k < count; ++k)
-        fields.scale[static_cast<std::size_t>(k)] = std::uint64_t{1} << (64 - width * (count - k));
+        fields.multipliers[static_cast<std::size_t>(k)] = std::uint64_t{1} << (64 - width * (count - k));
     return fields;
 }
-inline constexpr Packing nothing{};
+inline constexpr Packing no_differences{};
 
-// A word with what the code says that it holds. `fields` has the first difference on top.
+// A word and its packing. `fields` has the first difference on top.
 struct Word {
     std::uint32_t fields;
     const Packing* packing;
 };
 
-// The order of the record's bytes, whatever the host's.
+// True if the record is big-endian.
 template <bool Swap>
 inline constexpr bool big_endian = Swap == host_is_little_endian;
 
-// Words of the host's order with the number of 8 or 16 bits on top that comes first in storage. In a
-// big-endian record first_byte_on_top does for every width.
+// The word in the host's order, with the byte or the half-word that is stored first in its top bits. In a
+// big-endian record first_byte_on_top serves every width.
 constexpr std::uint32_t first_byte_on_top(std::uint32_t word) {
-    return host_is_little_endian ? swap_4byte(word) : word;
+    return host_is_little_endian ? reverse_bytes(word) : word;
 }
 constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
     return host_is_little_endian ? std::rotl(word, 16) : word;
@@ -68,7 +68,8 @@ constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
 // Decodes whole frames through the cursor; returns the samples wanted less the differences found.
 //
 // The running value is of type Running: see decode_frames. Level::take<Swap> (place, code) gives the word at
-// `place`, swapped there as far as the level swaps it, and Level::most is the largest count of its packings.
+// `place`, swapped there as far as the level swaps it, and Level::largest_count is the largest count of its
+// packings.
 template <class Level, class Running, bool Swap>
 std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, std::int32_t first) {
     // The first word behind the constants: its first difference leads to the first sample.
@@ -76,16 +77,16 @@ std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, s
     float* next = seismic_data_ptr;
     Running value = 0;
     for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
-        std::uint32_t codes = take_word<std::uint32_t>(data, Swap);
+        std::uint32_t codes = load_after_swap<std::uint32_t>(data, Swap);
         for (char* place = data + word_size; place != data + frame_size; place += word_size) {
             codes <<= 2;
             const Word word = Level::template take<Swap>(place, codes >> 30);
             const Packing& packing = *word.packing;
             if (place == anchor && packing.count > 0) [[unlikely]]
                 value = static_cast<Running>(first) - packing.field<Running>(word.fields, 0);
-            if (wanted >= Level::most) [[likely]] {
+            if (wanted >= Level::largest_count) [[likely]] {
                 // What is stored beyond the count is overwritten by the next word.
-                for (int k = 0; k < Level::most; ++k) {
+                for (int k = 0; k < Level::largest_count; ++k) {
                     value += packing.field<Running>(word.fields, k);
                     next[k] = static_cast<float>(value);
                 }
@@ -116,8 +117,8 @@ std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbyte
     constexpr std::int64_t exact_frames = std::int64_t{1} << 18;
     std::int32_t first = 0;
     if (nbytes >= 3 * word_size) {
-        first = static_cast<std::int32_t>(take_word<std::uint32_t>(data + word_size, Swap));
-        take_word<std::uint32_t>(data + 2 * word_size, Swap);
+        first = static_cast<std::int32_t>(load_after_swap<std::uint32_t>(data + word_size, Swap));
+        load_after_swap<std::uint32_t>(data + 2 * word_size, Swap);
     }
     const std::int64_t frames = std::max(nbytes / frame_size, 0);
     const std::int64_t missing = frames <= exact_frames

@@ -1,8 +1,8 @@
 #include "listing/epoch_lists.h"
 
+#include "decode/data_record.h"
 #include "listing/seed_utl.h"
 #include "platform/message_log.h"
-#include "platform/seed_record.h"
 #include "platform/text.h"
 #include "state.h"
 

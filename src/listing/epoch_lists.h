@@ -1,4 +1,4 @@
-// What a volume's control headers declare of its data records: the data formats by code (blockettes 030),
+// What a volume's control headers say of its data records: the data formats by code (blockettes 030),
 // the record length and format of every channel epoch (050 and 052), the word orders of every station epoch
 // (050).
 //
@@ -42,10 +42,11 @@ int order_cmp(const order_t& test, const order_t& base);
 SortedSet<rec_len_t> new_rec_list();
 SortedSet<order_t> new_order_list();
 
-// Files a copy of a data format under its code. A code used before is complained of; the new format wins.
+// Files a copy of a data format under its code. A code used before is reported; the new format replaces the
+// old one.
 void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030);
 
-// Files a channel epoch of the station; a format code without a blockette 030 is complained of and leaves
+// Files a channel epoch of the station; a format code without a blockette 030 is reported and leaves
 // the format's name empty.
 void update_rec_list(SortedSet<rec_len_t>* rec_list, const char* stn, const List<blk_030_t>& fmt_list,
                      const blk_052_t& b052);

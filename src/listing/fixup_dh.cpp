@@ -40,7 +40,7 @@ struct FormatRow {
 std::vector<FormatRow> format_rows;
 std::map<std::string, std::vector<std::size_t>> rows_of_channel;
 
-// The row looked at last: it mostly serves the next record of the channel too.
+// The row used last: mostly the next record of the channel needs it too.
 FormatRow last_row{};
 
 std::string channel_key(const char* sta, const char* chan) {
@@ -77,7 +77,7 @@ bool describes(const FormatRow& row, const blk_dh_t& header) {
            row.start <= header.epoch && (header.epoch <= row.end || row.end < 0);
 }
 
-// Makes the first row that describes the header the last one looked at; without one that is the table's last.
+// Puts the first row that describes the header into last_row; if no row does, the table's last row.
 bool find_format_row(const blk_dh_t& header) {
     if (format_rows.empty())
         read_format_table();
@@ -116,7 +116,7 @@ void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
                   header->sec_frac);
 }
 
-void fixup_dh(blk_dh_t* header, const read_handle_t* handle) {
+void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list) {
     fix_dh(header, 0, 0);
     if ((header->activity & correction_applied) == 0)
         header->sec_frac = static_cast<int>(static_cast<unsigned>(header->sec_frac) +
@@ -124,7 +124,7 @@ void fixup_dh(blk_dh_t* header, const read_handle_t* handle) {
     header->epoch = human_to_epoch(header->year, header->doy, header->hour, header->minutes,
                                    header->sec_int + header->sec_frac / 10000.0);
     header->format[0] = '\0';
-    if (lookup_rec_list(handle->rec_list, header) != 0)
+    if (lookup_rec_list(rec_list, header) != 0)
         return;
     header->length = default_record_length;
     if (Db == store_invalid())

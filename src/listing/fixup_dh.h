@@ -2,7 +2,7 @@
 #pragma once
 
 #include "blockette/data_header.h"
-#include "listing/read_handle.h"
+#include "listing/epoch_lists.h"
 
 namespace quarry {
 
@@ -14,9 +14,9 @@ int word_comp(int value);
 void fix_dh(blk_dh_t* header, int long_order, int word_order);
 
 // Completes a header as parsed: fix_dh, then the time correction unless the activity flags say that it has
-// been applied, the epoch, and record length and format from the channel's epoch in the handle's record
-// list. A channel without one gets 4096 bytes and, where a database is open, the format that its table
-// seedformat gives; a record without a row there is complained of.
-void fixup_dh(blk_dh_t* header, const read_handle_t* handle);
+// been applied, the epoch, and record length and format from the channel's epoch in the record list. A
+// channel without one gets 4096 bytes and, where a database is open, the format that its table seedformat
+// gives; a record without a row there is reported.
+void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list);
 
 } // namespace quarry

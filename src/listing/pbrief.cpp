@@ -19,14 +19,13 @@ void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
 }
 
 void pbrief_dh(std::FILE* stream, const blk_dh_t* blk) {
-    std::fprintf(stream,
-                 "DATA Net: %2s Sta: %5s Loc: %2s Chan: %4s Start:%20s #samples: %5i sample rate factor: %5i "
-                 "multiplier: %5i Sample_rate: %10.5g Activity: %0x I/O: %0x Quality: %0x #blks after: %5i "
-                 "time correction: %5i first data byte: %5i first blockette: %5i <%s>\n",
-                 blk->network_code, blk->stn_id, blk->loc_id, blk->chan_id, blk->start_time, blk->nsamps,
-                 blk->rate_f, blk->rate_m, blk->samp_rate, static_cast<unsigned>(blk->activity),
-                 static_cast<unsigned>(blk->io_flags), static_cast<unsigned>(blk->quality), blk->blks_fol,
-                 blk->time_cor, blk->beg_data, blk->beg_blks, "data blockette");
+    std::fprintf(
+        stream,
+        "DATA Net: %2s Sta: %5s Loc: %2s Chan: %4s Start:%20s #samples: %5i sample rate factor: %5i multiplier: %5i Sample_rate: %10.5g Activity: %0x I/O: %0x Quality: %0x #blks after: %5i time correction: %5i first data byte: %5i first blockette: %5i <%s>\n",
+        blk->network_code, blk->stn_id, blk->loc_id, blk->chan_id, blk->start_time, blk->nsamps, blk->rate_f,
+        blk->rate_m, blk->samp_rate, static_cast<unsigned>(blk->activity),
+        static_cast<unsigned>(blk->io_flags), static_cast<unsigned>(blk->quality), blk->blks_fol,
+        blk->time_cor, blk->beg_data, blk->beg_blks, "data blockette");
 }
 
 } // namespace quarry

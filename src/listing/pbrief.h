@@ -1,8 +1,8 @@
 // The listing: one line, sometimes with indented detail lines, for every blockette and data record, and the
 // volume and station lines of the summary.
 //
-// The lines are an interface of the program: their formats are kept to the blank. Every printer is one
-// format; all of them write to the caller's stream and change nothing.
+// Other programs read these lines, so their formats never change, not even by a blank. Every printer writes
+// its record to the caller's stream and changes nothing.
 #pragma once
 
 #include "blockette/data_header.h"
@@ -16,8 +16,8 @@
 
 namespace quarry {
 
-// Lists the record of the given type and flushes the stream. For a type without a printer the record is not
-// looked at and a line says so.
+// Lists the record of the given type and flushes the stream. For a type without a printer it prints a line
+// that says so and does not read the record.
 void pbrief_blk(std::FILE* stream, const void* blk, int blk_type);
 
 #define QUARRY_DECLARE_PRINTER(TYPE, NAME) void pbrief_##NAME(std::FILE* stream, const blk_##NAME##_t* blk);

@@ -5,8 +5,8 @@ namespace quarry {
 
 namespace {
 
-// One line for each value; a value with an error shows it after the value. Only the line of a pole with an
-// error ends in a blank.
+// One line for each value, with its error if that is not zero. Only the line of a pole with an error ends in
+// a blank.
 void print_complex_list(std::FILE* stream, const std::vector<Complex_t>& values,
                         const std::vector<Complex_t>& errors, const char* end_with_error) {
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -32,11 +32,11 @@ void print_real_list(std::FILE* stream, const std::vector<double>& values, const
 } // namespace
 
 void pbrief_053(std::FILE* stream, const blk_053_t* blk) {
-    std::fprintf(stream,
-                 "B%03i %d Type:%c Stage#%2i Input Units:%3i Output Units:%3i Norm:%6.4e @%6.2fHz  "
-                 "%3i Poles %3i Zeros  <%s>\n",
-                 blk->type, blk->length, blk->func_type, blk->stage_num, blk->input_units, blk->output_units,
-                 blk->normal_factor, blk->normal_freq, blk->num_poles, blk->num_zeros, sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %d Type:%c Stage#%2i Input Units:%3i Output Units:%3i Norm:%6.4e @%6.2fHz  %3i Poles %3i Zeros  <%s>\n",
+        blk->type, blk->length, blk->func_type, blk->stage_num, blk->input_units, blk->output_units,
+        blk->normal_factor, blk->normal_freq, blk->num_poles, blk->num_zeros, sdblknam(blk->type));
     std::fputs("\t  n     Poles (r, i)                   Errors(r, i) \n", stream);
     print_complex_list(stream, blk->pole, blk->pole_error, " \n");
     std::fputs("\t  n     Zeros (r, i)                   Errors(r, i) \n", stream);
@@ -53,11 +53,11 @@ void pbrief_054(std::FILE* stream, const blk_054_t* blk) {
 }
 
 void pbrief_057(std::FILE* stream, const blk_057_t* blk) {
-    std::fprintf(stream,
-                 "B%03i %d Stage#%2i SampRateIn:%6.2fHz Decimation:%5i Offset:%5i Delay:%6.3fs "
-                 "Correction:%6.3fs <%s>\n",
-                 blk->type, blk->length, blk->stage_num, blk->samprate, blk->dec_factor, blk->dec_offset,
-                 blk->delay, blk->correction, sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %d Stage#%2i SampRateIn:%6.2fHz Decimation:%5i Offset:%5i Delay:%6.3fs Correction:%6.3fs <%s>\n",
+        blk->type, blk->length, blk->stage_num, blk->samprate, blk->dec_factor, blk->dec_offset, blk->delay,
+        blk->correction, sdblknam(blk->type));
 }
 
 void pbrief_058(std::FILE* stream, const blk_058_t* blk) {

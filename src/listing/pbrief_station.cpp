@@ -5,12 +5,12 @@
 namespace quarry {
 
 void pbrief_050(std::FILE* stream, const blk_050_t* blk) {
-    std::fprintf(stream,
-                 "B%03i %3i %4s %2s (%10.6f,%10.6f) %6.1fm @ '%s' NetId#%5i Long:%04i Word:%02i Order  "
-                 "Start:%20s End:%20s Update:%c <%s>\n",
-                 blk->type, blk->length, blk->station, blk->network_code, blk->lat, blk->lon, blk->elev,
-                 blk->name, blk->net_id, blk->long_order, blk->word_order, blk->start_date, blk->end_date,
-                 blk->update, sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %3i %4s %2s (%10.6f,%10.6f) %6.1fm @ '%s' NetId#%5i Long:%04i Word:%02i Order  Start:%20s End:%20s Update:%c <%s>\n",
+        blk->type, blk->length, blk->station, blk->network_code, blk->lat, blk->lon, blk->elev, blk->name,
+        blk->net_id, blk->long_order, blk->word_order, blk->start_date, blk->end_date, blk->update,
+        sdblknam(blk->type));
 }
 
 void pbrief_051(std::FILE* stream, const blk_051_t* blk) {
@@ -41,15 +41,13 @@ void pbrief_052(std::FILE* stream, const blk_052_t* blk) {
         pbrief_052_short(stream, blk);
         return;
     }
-    std::fprintf(stream,
-                 "B%03i %3i Loc:%2s Chan:%3s Sub#%4i Instr#%3i SigUnits#%3i CalUnits#%3i (%6.2f,%6.2f) "
-                 "%6.2fm  Depth:%6.2fm  Az:%6.2f Dip:%6.2f DataFmt#%4i RecLen:%2i Samprate:%6.2fhz  "
-                 "ClkDrift:%6.2fs Flags:'%s' Start:%20s End:%20s Update:%c '%s' <%s>\n",
-                 blk->type, blk->length, blk->loc_id, blk->chan_id, blk->subchan_id, blk->instr_id,
-                 blk->units_signal, blk->units_cal, blk->lat, blk->lon, blk->elev, blk->depth, blk->azimuth,
-                 blk->dip, blk->format_id, blk->record_length, blk->sample_rate, blk->max_drift,
-                 blk->chan_flags, blk->start_date, blk->end_date, blk->update, blk->comment,
-                 sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %3i Loc:%2s Chan:%3s Sub#%4i Instr#%3i SigUnits#%3i CalUnits#%3i (%6.2f,%6.2f) %6.2fm  Depth:%6.2fm  Az:%6.2f Dip:%6.2f DataFmt#%4i RecLen:%2i Samprate:%6.2fhz  ClkDrift:%6.2fs Flags:'%s' Start:%20s End:%20s Update:%c '%s' <%s>\n",
+        blk->type, blk->length, blk->loc_id, blk->chan_id, blk->subchan_id, blk->instr_id, blk->units_signal,
+        blk->units_cal, blk->lat, blk->lon, blk->elev, blk->depth, blk->azimuth, blk->dip, blk->format_id,
+        blk->record_length, blk->sample_rate, blk->max_drift, blk->chan_flags, blk->start_date, blk->end_date,
+        blk->update, blk->comment, sdblknam(blk->type));
 }
 
 } // namespace quarry

@@ -22,30 +22,29 @@ void pbrief_071(std::FILE* stream, const blk_071_t* blk) {
 }
 
 void pbrief_072(std::FILE* stream, const blk_072_t* blk) {
-    std::fprintf(stream,
-                 "B%03i %3i %5s Loc:%2s Chan:%3s Time:%20s Amp:%6.2f Period:%6.2f S/N:%6.2f Phase:'%s' "
-                 "source=%d net=%s <%s>\n",
-                 blk->type, blk->length, blk->stn_id, blk->loc_id, blk->chan_id, blk->arr_time, blk->amp,
-                 blk->period, blk->snr, blk->phase, blk->source, blk->network_code, sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %3i %5s Loc:%2s Chan:%3s Time:%20s Amp:%6.2f Period:%6.2f S/N:%6.2f Phase:'%s' source=%d net=%s <%s>\n",
+        blk->type, blk->length, blk->stn_id, blk->loc_id, blk->chan_id, blk->arr_time, blk->amp, blk->period,
+        blk->snr, blk->phase, blk->source, blk->network_code, sdblknam(blk->type));
 }
 
 void pbrief_073(std::FILE* stream, const blk_073_t* blk) {
     for (int i = 0; i < std::min(blk->num_segs, max_segments); ++i)
-        std::fprintf(stream,
-                     "B%03i %3i Segment #%5i of %5i Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i "
-                     "subseq# %5i <%s>\n",
-                     blk->type, blk->length, i, blk->num_segs, blk->stn_id[i], blk->loc_id[i],
-                     blk->chan_id[i], blk->series_start_time[i], blk->seq_num[i], blk->sub_seq_num[i],
-                     sdblknam(blk->type));
+        std::fprintf(
+            stream,
+            "B%03i %3i Segment #%5i of %5i Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i <%s>\n",
+            blk->type, blk->length, i, blk->num_segs, blk->stn_id[i], blk->loc_id[i], blk->chan_id[i],
+            blk->series_start_time[i], blk->seq_num[i], blk->sub_seq_num[i], sdblknam(blk->type));
 }
 
 void pbrief_074(std::FILE* stream, const blk_074_t* blk) {
-    std::fprintf(stream,
-                 "B%03i %3i Net: %2s Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i End:%20s "
-                 "seq# %5i subseq# %5i #repeats %5i <%s>\n",
-                 blk->type, blk->length, blk->network_code, blk->stn_id, blk->loc_id, blk->chan_id,
-                 blk->series_start_time, blk->first_seq_num, blk->first_sub_seq_num, blk->series_end_time,
-                 blk->last_seq_num, blk->last_sub_seq_num, blk->num_repeats, sdblknam(blk->type));
+    std::fprintf(
+        stream,
+        "B%03i %3i Net: %2s Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i End:%20s seq# %5i subseq# %5i #repeats %5i <%s>\n",
+        blk->type, blk->length, blk->network_code, blk->stn_id, blk->loc_id, blk->chan_id,
+        blk->series_start_time, blk->first_seq_num, blk->first_sub_seq_num, blk->series_end_time,
+        blk->last_seq_num, blk->last_sub_seq_num, blk->num_repeats, sdblknam(blk->type));
     for (int i = 0; i < std::min(blk->num_repeats, max_repeats); ++i)
         std::fprintf(stream, "\t%3i Start:%20s seq# %5i subseq# %5i\n", i, blk->rec_start_time[i],
                      blk->req_seq_num[i], blk->req_sub_seq_num[i]);

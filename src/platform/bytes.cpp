@@ -6,12 +6,12 @@ namespace quarry {
 
 void swap_two(const char* source, char* destination, int count) {
     for (int i = 0; i < count; ++i, source += 2, destination += 2)
-        store(destination, __builtin_bswap16(load<std::uint16_t>(source)));
+        store(destination, reverse_bytes(load<std::uint16_t>(source)));
 }
 
 void swap_four(const char* source, char* destination, int count) {
     for (int i = 0; i < count; ++i, source += 4, destination += 4)
-        store(destination, __builtin_bswap32(load<std::uint32_t>(source)));
+        store(destination, reverse_bytes(load<std::uint32_t>(source)));
 }
 
 char* bytes_dup(std::span<const char> bytes) {

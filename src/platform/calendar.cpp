@@ -39,7 +39,7 @@ HumanTime epoch_to_human(double epoch) {
     epoch = std::clamp(epoch, first, last);
 
     double whole = std::floor(epoch);
-    if (epoch - whole >= 1) // just below a whole second, and nearer to it than a double can tell
+    if (epoch - whole >= 1) // so close below a whole second that the difference rounds to 1
         epoch = ++whole;
     const auto seconds = static_cast<std::int64_t>(whole);
     const std::int64_t days = floor_div(seconds, seconds_a_day);

@@ -18,8 +18,8 @@ struct HumanTime {
 // Seconds since 1970-01-01 00:00:00.
 double human_to_epoch(int year, int doy, int hour, int minutes, double sec);
 
-// The fields of an epoch, each in its usual range. Epochs whose year an int cannot hold give the moment
-// nearest to them that can be told; a NaN gives all zeros.
+// The fields of an epoch, each in its usual range. An epoch whose year does not fit into an int
+// gives the nearest moment that does; a NaN gives all zeros.
 HumanTime epoch_to_human(double epoch);
 
 } // namespace quarry

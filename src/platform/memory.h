@@ -1,4 +1,4 @@
-// Exhausted memory: always fatal, always told in the same words.
+// Exhausted memory: always fatal, always reported in the same words.
 //
 // The function's own name, the source line, the name of the source module, the number that the caller
 // counts by (bytes, elements or records) and the name of what was being allocated fill the message.

@@ -26,8 +26,7 @@ std::vector<std::string>& pending_notes() {
     return *notes;
 }
 
-// The finished line of a message in a buffer of its own, with room enough that telling of exhausted memory
-// takes none.
+// The finished line of a message, in a buffer large enough to report exhausted memory without allocating.
 class MessageLine {
 public:
     MessageLine() { line_.reserve(reserved); }
@@ -90,7 +89,7 @@ void log_init(int argc, const char* const* argv) {
         const std::string_view path = argv[0];
         program_base_name() = path.substr(path.find_last_of('/') + 1); // npos + 1 is 0: the whole name
     }
-    // What exhausted memory needs to be told of is made while there is some.
+    // Reporting exhausted memory needs these buffers, so they are made now.
     message_line();
     pending_notes();
     static const bool registered = std::atexit(flush_at_exit) == 0;

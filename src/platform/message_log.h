@@ -1,4 +1,4 @@
-// The message log: how every part of the tool family speaks to its user on standard error.
+// The message log: the messages of the tool family on standard error.
 //
 // Severity is defined by what the caller may still do:
 //   note      a detail that only matters if something else is reported; it waits in a register and is

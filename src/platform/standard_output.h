@@ -1,5 +1,5 @@
-// Standard output that may fail: flushes that remember the first failure, so that it can be told of with its
-// own error text, however much later.
+// Standard output that may fail: a flush remembers the first failure, so that the program can report it later
+// with its own error text.
 #pragma once
 
 #include <cstdio>
@@ -9,7 +9,7 @@ namespace quarry {
 // Flushes the stream.
 void flush_output(std::FILE* stream);
 
-// The errno of the first flush of standard output that failed, or found it failed; 0 if none did.
+// The errno of the first failed flush of standard output; 0 if none failed.
 int output_error();
 
 } // namespace quarry

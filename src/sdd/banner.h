@@ -1,4 +1,4 @@
-// The banner: which program this is, of which release and build, and whom to turn to.
+// The banner: the program's name, release and build, and where to report problems.
 #pragma once
 
 #include <string>

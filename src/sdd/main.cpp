@@ -19,8 +19,8 @@ namespace quarry {
 
 namespace {
 
-// A standard descriptor that is closed would be given to the next file that is opened, and the listing
-// written into it. One that only fails takes its place.
+// If a standard descriptor is closed, the next file to be opened gets its number, and the listing could be
+// written into that file. So a descriptor on which reading or writing fails takes its place.
 void occupy_standard_descriptors() {
     for (const auto& [descriptor, mode] :
          {std::pair{STDIN_FILENO, O_WRONLY}, std::pair{STDOUT_FILENO, O_RDONLY},
@@ -29,8 +29,9 @@ void occupy_standard_descriptors() {
             std::_Exit(EXIT_FAILURE);
 }
 
-// Whatever it was started with: a reader that goes away ends the program, the end of a decompressor can be
-// waited for, and a listing that outgrows a limit is a failed write like any other.
+// The program that started this one may have changed them. SIGPIPE ends the program when its reader goes
+// away, SIGCHLD lets it wait for a child, SIGXFSZ is ignored so that a listing beyond a size limit is a
+// failed write.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGCHLD, SIG_DFL);

@@ -1,11 +1,11 @@
 #include "sdd/sdd.h"
 
 #include "blockette/blockette.h"
-#include "blockette/volume.h"
+#include "blockette/timespan.h"
+#include "listing/count.h"
 #include "listing/pbrief.h"
 #include "platform/message_log.h"
 #include "platform/standard_output.h"
-#include "seedio/count.h"
 #include "seedio/rseed.h"
 #include "seedio/seed.h"
 #include "state.h"
@@ -19,7 +19,8 @@ namespace quarry {
 
 namespace {
 
-// What is run is the word "cmd", a command of the site's own, not the formatted text.
+// The command run is literally `cmd`, which a site provides. The formatted mt command is not used: the
+// interface asks for it to be made.
 void position_tape(const char* input_name) {
     std::array<char, 1024> command;
     std::snprintf(command.data(), command.size(), "mt -f %s asf %d", input_name, File_No);
@@ -28,18 +29,26 @@ void position_tape(const char* input_name) {
     Tapefile = File_No;
 }
 
-// The dictionaries outlive the records, so they take copies.
-void file_dictionary_entry(const void* record, int type) {
-    if (type == 31) {
-        const auto* comment = static_cast<const blk_031_t*>(record);
-        Tbl_031.set(comment->comment_id, comment->comment);
-    } else if (type == 33) {
-        const auto* abbreviation = static_cast<const blk_033_t*>(record);
-        Tbl_033.set(abbreviation->abbrev_id, abbreviation->abbrev);
-    } else if (type == 34) {
-        const auto* unit = static_cast<const blk_034_t*>(record);
-        Tbl_034.set(unit->unit_id, unit->unit_name);
+void announce_logical_record(int seq_num) {
+    std::printf("\nSeed Block Sequence #%d\n", seq_num);
+}
+
+// A volume with an index that cannot be held is not listed further.
+void list_bad_blockette(const void* record, int type, std::string_view text) {
+    if (type == 73 && has_too_many_segments(*static_cast<const blk_073_t*>(record))) {
+        log_complain(0, "ERROR(parse_073) - num_segs is too large: %i\n",
+                     static_cast<const blk_073_t*>(record)->num_segs);
+        std::exit(EXIT_FAILURE);
     }
+    report_bad_blockette(record, type, text);
+    pbrief_blk(stderr, record, type);
+}
+
+read_handle_t* open_volume(const char* input_name) {
+    read_handle_t* handle = seed_read(input_name);
+    handle->bad_blockette = list_bad_blockette;
+    handle->logical->announce = Verbose_Flag > 1 ? announce_logical_record : nullptr;
+    return handle;
 }
 
 // One tape file. Returns the number of blockettes that it delivered.
@@ -53,7 +62,6 @@ long list_tape_file(read_handle_t* handle, int summary_only) {
         const BlockettePointer owner(record, {type});
         if (summary_only == 0)
             pbrief_blk(stdout, record, type);
-        file_dictionary_entry(record, type);
         count_blk(record, type);
         nblks += 1;
         check_standard_output();
@@ -80,7 +88,7 @@ int rename_station(const char* /*net*/, const char* /*sta*/) {
 int sdd(const char* input_name, int summary_only) {
     Tapefile = 0;
     Geoscope_channels = {};
-    read_handle_t* handle = seed_read(input_name);
+    read_handle_t* handle = open_volume(input_name);
     if (File_Flag != 0 && File_No != 0)
         position_tape(input_name);
     long delivered;

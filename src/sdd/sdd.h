@@ -8,7 +8,7 @@ namespace quarry {
 // summaries are printed. Returns 0.
 int sdd(const char* input_name, int summary_only);
 
-// Stations keep their names: does nothing and returns 0.
+// Does nothing and returns 0: stations keep their names. Kept for the interface, nothing calls it.
 int rename_station(const char* net, const char* sta);
 
 // Ends the process with the system's error text if a flush of standard output has failed; quietly if its

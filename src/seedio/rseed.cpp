@@ -1,15 +1,13 @@
 #include "seedio/rseed.h"
 
+#include "decode/data_record.h"
 #include "platform/compressed_input.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
-#include "platform/seed_record.h"
 #include "platform/text.h"
-#include "state.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <poll.h>
 #include <unistd.h>
@@ -18,6 +16,7 @@ namespace quarry {
 
 namespace {
 
+constexpr int header_size = logical_header_size;
 constexpr int read_buffer_size = 0x20002;
 // The buffer is filled up to more than this, which always covers the longest logical record.
 constexpr int enough_bytes = 65536;
@@ -31,7 +30,7 @@ int open_input(const char* name) {
     return fileno(stream);
 }
 
-// An interrupted read and a descriptor that has nothing yet are no failures.
+// An interrupted read is repeated; where a descriptor has nothing yet, this waits.
 ssize_t read_some(int fd, char* out, std::size_t count) {
     for (;;) {
         const ssize_t result = read(fd, out, count);
@@ -47,8 +46,8 @@ void parse_sequence_number(SeedInput* input, std::string_view field) {
     const std::string_view text = up_to_nul(field);
     const ParsedInteger parsed = parse_integer(text);
     input->seq_num = static_cast<int>(parsed.value);
-    if (Verbose_Flag > 1)
-        std::printf("\nSeed Block Sequence #%d\n", input->seq_num);
+    if (input->announce != nullptr)
+        input->announce(input->seq_num);
     if (parsed.length == 0 || !is_blank(text.substr(parsed.length)))
         log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
                      text.data());
@@ -129,7 +128,7 @@ int advanceLogicalRecord(SeedInput* input) {
     input->cur = input->start;
     if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
         return -1;
-    if (input->pbytes - input->start < logical_header_size) {
+    if (input->pbytes - input->start < header_size) {
         input->start = input->cur = input->pbytes; // the end, for every later call too
         return -1;
     }
@@ -139,7 +138,7 @@ int advanceLogicalRecord(SeedInput* input) {
     input->type_code = header[6];
     input->cont_code = header[7];
     input->recno += 1;
-    input->cur += logical_header_size;
+    input->cur += header_size;
     if (input->recsiz == 0)
         input->recsiz = default_record_size;
     return 0;

@@ -6,12 +6,13 @@
 // that was not read.
 #pragma once
 
+#include "decode/data_record.h"
+
 #include <cstdint>
 #include <vector>
 
 namespace quarry {
 
-inline constexpr int logical_header_size = 8;
 inline constexpr int default_record_size = 512; // until the volume says otherwise
 inline constexpr int largest_record_power = 16; // no logical record of a volume is longer than 65536 bytes
 
@@ -32,6 +33,8 @@ struct SeedInput {
     int seq_num;              // of the current logical record
     char type_code;           // its record type letter, "#" after a reset
     char cont_code;           // its continuation character, "#" after a reset
+
+    void (*announce)(int seq_num); // called at the beginning of each logical record, unless null
 };
 
 // Opens the named input, standard input for an empty name or "-", decompressing gzip- and compress-encoded
@@ -44,12 +47,13 @@ void clrSeedInput(SeedInput* input);
 // Releases the state and its buffer; the descriptor is left open.
 void freeSeedInput(SeedInput* input);
 
-// Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (complained of)
+// Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (reported)
 // or when the input is exhausted.
 int moredata(SeedInput* input);
 
-// Moves to the next logical record and consumes its header; a sequence number that is none is complained of.
-// Returns 0, or -1 at the end of the input (fewer than 8 bytes are no logical record) or on a read error.
+// Moves to the next logical record and consumes its header; a sequence number that is not a number is
+// reported. Returns 0, or -1 at the end of the input (fewer than 8 bytes are not a record) or on a read
+// error.
 int advanceLogicalRecord(SeedInput* input);
 
 // Copies `count` bytes that lie within one logical record: where fewer are left in the current one, they are
@@ -61,7 +65,7 @@ int read_fixed_header(SeedInput* input, char* out, int count);
 int read_remainder(SeedInput* input, char* out, int count);
 
 // Sets the logical record length to 2 to the given power (at least 2 bytes), in force from the next record
-// on. A power above largest_record_power is complained of and changes nothing.
+// on. A power above largest_record_power is reported and changes nothing.
 void setReadRecLen(SeedInput* input, int power);
 
 } // namespace quarry

@@ -2,18 +2,16 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
-#include "decode/decode.h"
+#include "decode/formats.h"
 #include "listing/fixup_dh.h"
-#include "listing/pbrief.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
-#include "platform/standard_output.h"
 #include "platform/text.h"
+#include "seedio/decode.h"
 #include "seedio/rseed.h"
 #include "state.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -22,33 +20,28 @@ namespace quarry {
 
 namespace {
 
-// The image of one record: a logical record header that stands for the real ones, then the blockette or the
-// data record from its byte 8 on, then at least one NUL.
+// The record image: a logical record header that stands for the real ones, then the blockette or the data
+// record from its byte 8 on, then at least one NUL.
 constexpr int image_header_size = logical_header_size;
 constexpr std::string_view image_header = "000000D ";
-std::array<char, image_header_size + largest_blockette + 1> image;
-char* const body = image.data() + image_header_size;
-
-// How many bytes of the body the last call used.
-int bufflength = largest_blockette;
+constexpr int image_size = image_header_size + largest_blockette + 1;
 
 constexpr int type_and_length_size = 7;
-constexpr int data_record_head = 136; // enough for the fixed header and the first data blockettes
-constexpr int fixed_header_size = 48;
+// What is read of a data record before its length is known, without the logical record header.
+constexpr int front_size = record_front_size - image_header_size;
 
-std::string_view body_text(int length) {
-    return {body, static_cast<std::size_t>(std::max(length, 0))};
+// The blockette, or the data record from its byte 8 on.
+char* body(read_handle_t* handle) {
+    return handle->image.data() + image_header_size;
 }
 
-// An end of the input is no system error: its text then says so.
+std::string_view body_text(read_handle_t* handle, int length) {
+    return {body(handle), static_cast<std::size_t>(std::max(length, 0))};
+}
+
+// The end of the input is not a system error: the message then ends in "Success".
 void restore_read_error(const SeedInput* input) {
     errno = input->read_error;
-}
-
-void report_bad_blockette(const void* record, int type, std::string_view text) {
-    text = up_to_nul(text);
-    log_complain(0, "Error at BLK%03d : %.*s\n", type, static_cast<int>(text.size()), text.data());
-    pbrief_blk(stderr, record, type);
 }
 
 void count_within_sequence(read_handle_t* handle, int seq_num) {
@@ -61,12 +54,11 @@ void count_within_sequence(read_handle_t* handle, int seq_num) {
 
 // Settles sample type and record length: what a blockette 1000 says wins over what the control headers
 // declared.
-void settle_type_and_length(blk_dh_t* dh) {
+void settle_type_and_length(blk_dh_t* dh, std::span<const char> raw) {
     const char* found_name = nullptr;
     int format = 0;
     int order = 0;
     const Steim* state = nullptr;
-    const std::span<const char> raw(image.data(), data_record_head);
     const int found = parse_b1000(raw, &found_name, &format, &order, &state);
     const int declared = sd_data_type(member_text(dh->format));
     dh->type = declared;
@@ -81,44 +73,61 @@ void settle_type_and_length(blk_dh_t* dh) {
     dh->length = state->record_size;
 }
 
-// The rest of a data record whose first bytes, as many as a control blockette's type and length take, are in
-// the body.
-int read_data_record(read_handle_t* handle, void** record, int* type) {
+// Reads the front of a data record, whose first bytes are in the body, and settles its header. Returns the
+// header, or none at the end of the input.
+BlockettePointer read_data_header(read_handle_t* handle) {
     SeedInput* input = handle->logical;
-    count_within_sequence(handle, input->seq_num);
-    constexpr int head = data_record_head - image_header_size;
-    if (read_remainder(input, body + type_and_length_size, head - type_and_length_size) == 0) {
+    BlockettePointer owner(nullptr, {data_record_type});
+    if (read_remainder(input, body(handle) + type_and_length_size, front_size - type_and_length_size) == 0) {
         restore_read_error(input);
         log_complain(1, "Unexpected end of file reading data header File #%d\n", Tapefile);
-        return 0;
+        return owner;
     }
-    BlockettePointer owner(parse_blk(body_text(head), data_record_type), {data_record_type});
+    owner.reset(parse_blk(body_text(handle, front_size), data_record_type));
     auto* dh = static_cast<blk_dh_t*>(owner.get());
     if (Bad_blkflag != 0)
-        report_bad_blockette(dh, data_record_type, body_text(fixed_header_size));
+        handle->bad_blockette(dh, data_record_type, up_to_nul(body_text(handle, fixed_header_size)));
     dh->seq_num = handle->seq_num;
     dh->sub_seq_num = handle->sub_seq_num;
     fixup_dh(dh, handle);
-    settle_type_and_length(dh);
+    settle_type_and_length(dh, std::span(handle->image).first(record_front_size));
+    return owner;
+}
+
+// Reads the rest of a data record, of which the front is in the image. Returns 1, or 0 at the end of the
+// input.
+int read_data(read_handle_t* handle, blk_dh_t* dh) {
+    SeedInput* input = handle->logical;
+    constexpr int front = record_front_size;
     if (dh->length > largest_blockette)
         log_die(0, "Data blockette size = %d: too large for internal buffer.\n", dh->length);
-
     input->recsiz = dh->length;
-    if (read_remainder(input, image.data() + data_record_head, dh->length - data_record_head) == 0) {
+    if (read_remainder(input, handle->image.data() + front, dh->length - front) == 0) {
         restore_read_error(input);
         log_complain(1, "Unexpected end of file reading data record File #%d.\n", Tapefile);
         return 0;
     }
-    bufflength = std::max(dh->length, head);
-    dh->raw = image.data();
-    // A beginning of data that no record of this length has points at no samples.
+    handle->bufflength = std::max(dh->length, front_size);
+    dh->raw = handle->image.data();
+    // A beginning of data outside the record points at no samples.
     dh->data = dh->beg_data >= 0 && dh->beg_data <= dh->length ? dh->raw + dh->beg_data : nullptr;
+    return 1;
+}
+
+// The rest of a data record whose first bytes, as many as a control blockette's type and length take, are in
+// the body.
+int read_data_record(read_handle_t* handle, void** record, int* type) {
+    count_within_sequence(handle, handle->logical->seq_num);
+    BlockettePointer owner = read_data_header(handle);
+    if (owner == nullptr || read_data(handle, static_cast<blk_dh_t*>(owner.get())) == 0)
+        return 0;
     *record = owner.release();
     *type = data_record_type;
     return 1;
 }
 
-// What a control blockette tells of the records that follow.
+// What a control blockette says of the records that follow. The dictionaries outlive the blockettes, so they
+// take copies.
 void apply_blockette(read_handle_t* handle, const void* record, int type) {
     switch (type) {
     case 10:
@@ -127,6 +136,21 @@ void apply_blockette(read_handle_t* handle, const void* record, int type) {
     case 30:
         update_fmt_list(&handle->fmt_list, *static_cast<const blk_030_t*>(record));
         break;
+    case 31: {
+        const auto* b031 = static_cast<const blk_031_t*>(record);
+        Tbl_031.set(b031->comment_id, b031->comment);
+        break;
+    }
+    case 33: {
+        const auto* b033 = static_cast<const blk_033_t*>(record);
+        Tbl_033.set(b033->abbrev_id, b033->abbrev);
+        break;
+    }
+    case 34: {
+        const auto* b034 = static_cast<const blk_034_t*>(record);
+        Tbl_034.set(b034->unit_id, b034->unit_name);
+        break;
+    }
     case 50: {
         const auto* b050 = static_cast<const blk_050_t*>(record);
         copy_text(handle->stn, member_text(b050->station));
@@ -144,24 +168,24 @@ void apply_blockette(read_handle_t* handle, const void* record, int type) {
 
 // The rest of a control blockette whose type and length are in the body.
 int read_control_blockette(read_handle_t* handle, void** record, int* type) {
-    *type = integer_value(std::string_view(body, 3));
-    const int length = integer_value(std::string_view(body + 3, 4));
+    const std::string_view head = body_text(handle, type_and_length_size);
+    *type = integer_value(head.substr(0, 3));
+    const int length = integer_value(head.substr(3));
     if (length > largest_blockette)
         log_die(0, "Blockette type %d size = %d: too large for internal buffer.\n", *type, length);
-    if (sdminsz(*type) > length) {
-        flush_output(stdout);
+    if (sdminsz(*type) > length)
         log_complain(0, "Blockette type %d size = %d: too small! (file #%d)\n", *type, length, Tapefile);
-    }
-    if (read_remainder(handle->logical, body + type_and_length_size, length - type_and_length_size) == 0) {
+    if (read_remainder(handle->logical, body(handle) + type_and_length_size, length - type_and_length_size) ==
+        0) {
         restore_read_error(handle->logical);
         log_complain(1, "Unexpected end of file reading blockette type %d file #%d\n", *type, Tapefile);
         return 0;
     }
     // A declared length that is shorter than its own field still leaves these bytes.
-    bufflength = std::max(length, type_and_length_size);
-    BlockettePointer owner(parse_blk(body_text(bufflength), *type), {*type});
+    handle->bufflength = std::max(length, type_and_length_size);
+    BlockettePointer owner(parse_blk(body_text(handle, handle->bufflength), *type), {*type});
     if (Bad_blkflag != 0)
-        report_bad_blockette(owner.get(), *type, body_text(length));
+        handle->bad_blockette(owner.get(), *type, up_to_nul(body_text(handle, length)));
     apply_blockette(handle, owner.get(), *type);
     *record = owner.release();
     return 1;
@@ -170,9 +194,11 @@ int read_control_blockette(read_handle_t* handle, void** record, int* type) {
 } // namespace
 
 read_handle_t* seed_read(const char* name) {
-    auto* handle = new (std::nothrow) read_handle_t{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}};
+    auto* handle = new (std::nothrow)
+        read_handle_t{nullptr, 0, 0, new_rec_list(), new_order_list(), {}, {}, report_bad_blockette, {}, 0};
     if (handle == nullptr)
         out_of_memory(QUARRY_SITE("seed"), sizeof(read_handle_t), "handle");
+    allocate_zeroed(handle->image, image_size, QUARRY_SITE("seed"), image_size, "handle->image");
     handle->logical = newSeedInput(name);
     return handle;
 }
@@ -189,22 +215,30 @@ int reinit_handle(read_handle_t* handle) {
     return 0;
 }
 
+void report_bad_blockette(const void* /*record*/, int type, std::string_view text) {
+    log_complain(0, "Error at BLK%03d : %.*s\n", type, static_cast<int>(text.size()), text.data());
+}
+
+void fixup_dh(blk_dh_t* header, const read_handle_t* handle) {
+    complete_header(header, handle->rec_list);
+}
+
 int read_blk(read_handle_t* handle, void** record, int* type) {
     SeedInput* input = handle->logical;
     *record = nullptr;
     *type = 0;
     for (;;) {
-        std::copy(image_header.begin(), image_header.end(), image.begin());
-        std::fill_n(body, bufflength, '\0');
-        bufflength = largest_blockette; // in case this call ends before it knows better
-        if (read_fixed_header(input, body, type_and_length_size) == 0)
+        std::copy(image_header.begin(), image_header.end(), handle->image.begin());
+        std::fill_n(body(handle), handle->bufflength, '\0');
+        handle->bufflength = largest_blockette; // in case this call ends before it knows better
+        if (read_fixed_header(input, body(handle), type_and_length_size) == 0)
             return 0;
         if (is_ok_quality(input->type_code))
             return read_data_record(handle, record, type);
-        if (!is_blank(body_text(type_and_length_size)))
+        if (!is_blank(body_text(handle, type_and_length_size)))
             return read_control_blockette(handle, record, type);
         // Padding up to the end of the logical record.
-        bufflength = type_and_length_size;
+        handle->bufflength = type_and_length_size;
         if (advanceLogicalRecord(input) != 0)
             return 0;
     }

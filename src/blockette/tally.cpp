@@ -1,0 +1,14 @@
+#include "blockette/tally.h"
+
+#include <numeric>
+
+namespace quarry {
+
+Shares shares_of(const Tally& tally, std::int64_t size) {
+    const std::int64_t data = tally.tot_siz[0];
+    const std::int64_t parameter =
+        std::accumulate(tally.tot_siz.begin() + 1, tally.tot_siz.end(), std::int64_t{0});
+    return {parameter, data, size - parameter - data};
+}
+
+} // namespace quarry

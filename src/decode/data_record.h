@@ -1,0 +1,120 @@
+// The front of a data record: its fixed header, the data blockettes that follow it, and the byte order of
+// both. The one place that knows where these fields stand.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace quarry {
+
+// Sizes in bytes: the fixed header; the shortest data record (2^7); what the reader has in hand of a record
+// before it knows the record's length.
+inline constexpr std::size_t fixed_header_size = 48;
+inline constexpr std::size_t shortest_record_size = 128;
+inline constexpr std::size_t record_front_size = 136;
+
+// Size of what begins every logical record: sequence number (6 digits), type letter, continuation character.
+inline constexpr std::size_t logical_header_size = 8;
+
+// The binary fields of the fixed header (fields 8 to 21 in the SEED manual), as numbers of the host's order.
+struct FixedHeader {
+    std::uint16_t year;
+    std::uint16_t day_of_year;
+    std::uint8_t hour;
+    std::uint8_t minute;
+    std::uint8_t second;
+    std::uint16_t fraction; // 0.0001 s
+    std::uint16_t samples;
+    std::int16_t rate_factor;
+    std::int16_t rate_multiplier;
+    std::uint8_t activity_flags;
+    std::uint8_t io_flags;
+    std::uint8_t quality_flags;
+    std::uint8_t blockettes;      // that follow
+    std::int32_t time_correction; // 0.0001 s
+    std::uint16_t data_offset;    // of the first sample in the record
+    std::uint16_t blockette_offset;
+};
+
+// The fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
+FixedHeader decode_fixed_header(std::span<const char> record, bool swapped);
+
+// True if the year of the record, at least fixed_header_size bytes, is not plausible (1970 to 2030) in the
+// host's byte order.
+bool is_swapped_by_year(std::span<const char> record);
+
+// A data blockette: its type, its place in the record and the place of the next one (0 at the last).
+struct DataBlockette {
+    int type;
+    std::size_t offset;
+    std::size_t next;
+};
+
+// The data blockette at `offset`, or none if its type and next offset do not fit into the record.
+std::optional<DataBlockette> data_blockette_at(std::span<const char> record, std::size_t offset,
+                                               bool swapped);
+
+// Calls visit (blockette) for each data blockette from `offset` on until it returns false. The chain ends
+// where it leaves the record, or does not lead further into it.
+template <class Visit>
+void for_each_data_blockette(std::span<const char> record, std::size_t offset, bool swapped, Visit visit) {
+    for (std::size_t previous = fixed_header_size - 1; offset > previous;) {
+        const std::optional<DataBlockette> blockette = data_blockette_at(record, offset, swapped);
+        if (!blockette || !visit(*blockette))
+            return;
+        previous = offset;
+        offset = blockette->next;
+    }
+}
+
+// Row of a table from a code to a name.
+struct Xlat {
+    const char* name;
+    int num;
+};
+
+// Blockette 100, Sample Rate: the actual sample rate, samples per second (field 3).
+struct S100 {
+    int type;
+    int next_blockette_offset;
+    float sample_rate;
+};
+
+// Blockette 1000, Data Only SEED: encoding format (field 3), word order (field 4: 0 little, 1 big endian),
+// record length as a power of two (field 5).
+struct S1000 {
+    int type;
+    int next_blockette_offset;
+    int dataformat;
+    int sparc_order;
+    int log2_record_length;
+};
+
+// Decoder state: the record image in hand and what its data blockettes say. Both blockettes are all zero
+// where the record has none.
+struct Steim {
+    std::span<const char> record;
+    int record_size;
+    S100 s100;
+    S1000 s1000;
+};
+
+// Length in bytes of a record whose length is given as a power of two; at least 2. The power is at most 30.
+int record_bytes(int power);
+
+// True for the record type letters of data records (D, R, Q, M).
+bool is_ok_quality(char code);
+
+// Walks the data blockettes of `state->record` (from its sequence number on) in the byte order that the
+// year of the header shows, up to the first blockette 1000, and fills in the blockettes 100 and 1000 and,
+// from the latter, `record_size` in bytes. Reads nothing beyond record_front_size or the record's end.
+// Returns 0, or -1 for a record without a whole fixed header or with a blockette 1000 whose length exponent
+// is not in 7 to 30.
+int parse_data_record_header(Steim* state);
+
+// Name of the row whose number is `code`, or null.
+const char* translate_number(int code, std::span<const Xlat> table);
+
+} // namespace quarry

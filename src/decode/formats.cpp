@@ -1,0 +1,64 @@
+#include "decode/formats.h"
+
+#include "decode/decode_32bit.h"
+#include "decode/decode_asro.h"
+#include "decode/decode_cdsn.h"
+#include "decode/decode_dwwssn.h"
+#include "decode/decode_geoscope.h"
+#include "decode/decode_ieeefloat.h"
+#include "decode/decode_sro.h"
+#include "decode/decode_steim.h"
+#include "decode/decode_steim2.h"
+#include "decode/decode_usnsn.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace quarry {
+
+namespace {
+
+constexpr auto formats = std::to_array<SeedFormat>({
+#define QUARRY_FORMAT_ROW(NAME, ...) {__VA_ARGS__},
+    QUARRY_DATA_FORMATS(QUARRY_FORMAT_ROW)
+#undef QUARRY_FORMAT_ROW
+});
+
+constexpr bool has_encoding(const SeedFormat& format) {
+    return format.encoding >= 0;
+}
+
+constexpr std::size_t encoding_count =
+    static_cast<std::size_t>(std::count_if(formats.begin(), formats.end(), has_encoding));
+
+constexpr std::array<Xlat, encoding_count> names_by_encoding() {
+    std::array<Xlat, encoding_count> names{};
+    std::size_t count = 0;
+    for (const SeedFormat& format : formats)
+        if (has_encoding(format))
+            names[count++] = {format.seed, format.encoding};
+    std::sort(names.begin(), names.end(), [](const Xlat& a, const Xlat& b) { return a.num < b.num; });
+    return names;
+}
+constexpr auto encodings = names_by_encoding();
+
+} // namespace
+
+const std::span<const SeedFormat> seed_format_map = formats;
+const int seed_format_count = static_cast<int>(formats.size());
+const std::span<const Xlat> seedname = encodings;
+const int nseedname = static_cast<int>(encodings.size());
+
+std::int32_t decode_unknown(char* data, std::int32_t, std::int32_t, int) {
+    seismic_data_ptr = static_cast<float*>(static_cast<void*>(data));
+    return -1;
+}
+
+std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t, int) {
+    if (nsamples > 0)
+        std::memcpy(seismic_data_ptr, data, static_cast<std::size_t>(nsamples));
+    return 1;
+}
+
+} // namespace quarry

@@ -1,0 +1,263 @@
+#include "platform/line_format.h"
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+namespace quarry {
+
+namespace {
+
+// Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
+// of its body, which the caller fills.
+std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char sign, std::size_t length,
+                           bool zeros = false) {
+    const std::size_t signs = sign != 0 ? 1 : 0;
+    const std::size_t width = std::max<std::size_t>(conversion.width, signs + length);
+    const std::size_t padding = width - signs - length;
+    const std::span<char> field = out.extend(width);
+    const bool sign_first = conversion.left || zeros;
+    if (padding > 0) {
+        const std::size_t begin = conversion.left ? signs + length : zeros ? signs : 0;
+        std::fill_n(field.begin() + static_cast<std::ptrdiff_t>(begin), padding,
+                    zeros && !conversion.left ? '0' : ' ');
+    }
+    if (sign != 0)
+        field[sign_first ? 0 : padding] = sign;
+    return field.subspan(conversion.left ? signs : signs + padding, length);
+}
+
+char sign_of(const Conversion& conversion, bool negative) {
+    return negative ? '-' : conversion.plus ? '+' : '\0';
+}
+
+constexpr std::array<std::uint64_t, 20> powers_of_ten = [] {
+    std::array<std::uint64_t, 20> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
+
+constexpr std::array<char, 200> digit_pairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+// The count of decimal digits, at least 1.
+std::size_t digit_count(std::uint64_t value) {
+    value |= 1; // 0 has a digit, too; the other values keep their count
+    const std::size_t guess = std::bit_width(value) * 1233 >> 12; // the count or one less
+    return guess + (value >= powers_of_ten[guess] ? 1 : 0);
+}
+
+// Fills the span from its end with the last digits of the value, with zeros in front. Returns the rest.
+std::uint64_t write_digits(std::span<char> to, std::uint64_t value) {
+    std::size_t left = to.size();
+    for (; left >= 2; left -= 2, value /= 100) {
+        const std::size_t pair = 2 * (value % 100);
+        to[left - 2] = digit_pairs[pair];
+        to[left - 1] = digit_pairs[pair + 1];
+    }
+    if (left == 0)
+        return value;
+    to[0] = static_cast<char>('0' + value % 10);
+    return value / 10;
+}
+
+void append_hexadecimal(LineBuffer& out, const Conversion& conversion, std::uint64_t value) {
+    const std::size_t length = (std::bit_width(value | 1) + 3) / 4;
+    const std::span<char> body = open_field(out, conversion, 0, length, conversion.zeros);
+    for (std::size_t i = length; i > 0; value >>= 4)
+        body[--i] = "0123456789abcdef"[value & 15];
+}
+
+void append_decimal(LineBuffer& out, const Conversion& conversion, bool negative, std::uint64_t magnitude) {
+    write_digits(
+        open_field(out, conversion, sign_of(conversion, negative), digit_count(magnitude), conversion.zeros),
+        magnitude);
+}
+
+// Exact decimals of a double. A double below 2^53 is m / 2^s with m below 2^53, so that its product with a
+// power of ten up to 10^22 is a fraction whose numerator is below 2^127.
+__extension__ using Wide = unsigned __int128;
+
+struct Fraction {
+    Wide numerator;
+    int shift; // the denominator is 2^shift
+};
+
+constexpr double exact_limit = 9007199254740992.0; // 2^53
+constexpr int largest_power = 22;
+
+// The exponent as it is stored: 1023 more than that of the power of two.
+int stored_exponent(double magnitude) {
+    return static_cast<int>(std::bit_cast<std::uint64_t>(magnitude) >> 52);
+}
+
+// magnitude * 10^power, for a magnitude below exact_limit and a power up to largest_power. Zero and denormals
+// give 10^power / 2^1023, which is as good as what they are: all of that is rounded to zero.
+Fraction scaled(double magnitude, int power) {
+    constexpr std::uint64_t hidden_bit = std::uint64_t{1} << 52;
+    const std::uint64_t mantissa = std::bit_cast<std::uint64_t>(magnitude) % hidden_bit + hidden_bit;
+    const int first = std::min(power, 19);
+    return {Wide{mantissa} * powers_of_ten[static_cast<std::size_t>(first)] *
+                powers_of_ten[static_cast<std::size_t>(power - first)],
+            1075 - stored_exponent(magnitude)};
+}
+
+Wide rounded_down(const Fraction& value) {
+    return value.shift < 128 ? value.numerator >> value.shift : 0;
+}
+
+Wide rounded_half_even(const Fraction& value) {
+    if (value.shift == 0 || value.shift >= 128) // beyond, the value is below a half
+        return rounded_down(value);
+    const Wide whole = value.numerator >> value.shift;
+    const Wide rest = value.numerator - (whole << value.shift);
+    const Wide half = Wide{1} << (value.shift - 1);
+    return whole + (rest > half || (rest == half && (whole & 1) != 0) ? 1 : 0);
+}
+
+// The decimal digits and exponent of scientific notation: digits / 10^precision * 10^exponent.
+struct Scientific {
+    std::uint64_t digits;
+    int exponent;
+};
+
+// With `precision` digits after the first, 17 at most; nothing where the exact way does not reach.
+std::optional<Scientific> scientific(double magnitude, int precision) {
+    if (magnitude == 0.0)
+        return Scientific{0, 0};
+    if (!(magnitude < exact_limit))
+        return std::nullopt;
+    const std::uint64_t limit = powers_of_ten[static_cast<std::size_t>(precision) + 1];
+    // The exponent of two times log10(2) is the exponent of ten or one less.
+    int exponent = ((stored_exponent(magnitude) - 1023) * 315653) >> 20;
+    for (;; ++exponent) {
+        const int power = precision - exponent;
+        if (power < 0 || power > largest_power)
+            return std::nullopt;
+        const Fraction value = scaled(magnitude, power);
+        if (rounded_down(value) >= limit)
+            continue;
+        const auto digits = static_cast<std::uint64_t>(rounded_half_even(value));
+        return digits < limit ? Scientific{digits, exponent} : Scientific{limit / 10, exponent + 1};
+    }
+}
+
+// What std::to_chars writes, which is what printf writes, for all that has no quick way here.
+void append_by_library(LineBuffer& out, const Conversion& conversion, double value) {
+    std::array<char, 350> body; // the largest double has 309 digits before the point
+    const auto style = conversion.type == 'f'   ? std::chars_format::fixed
+                       : conversion.type == 'g' ? std::chars_format::general
+                                                : std::chars_format::scientific;
+    const auto [end, error] =
+        std::to_chars(body.data(), body.data() + body.size(), std::fabs(value), style, conversion.precision);
+    const std::span<char> number(body.data(), end);
+    if (conversion.type == 'E')
+        for (char& character : number)
+            character = character >= 'a' ? static_cast<char>(character - 'a' + 'A') : character;
+    const std::span<char> to = open_field(out, conversion, sign_of(conversion, std::signbit(value)),
+                                          number.size(), conversion.zeros && std::isfinite(value));
+    std::copy(number.begin(), number.end(), to.begin());
+}
+
+std::span<char> open_number(LineBuffer& out, const Conversion& conversion, double value, std::size_t length) {
+    return open_field(out, conversion, sign_of(conversion, std::signbit(value)), length, conversion.zeros);
+}
+
+bool append_scientific(LineBuffer& out, const Conversion& conversion, double value) {
+    const auto number = scientific(std::fabs(value), conversion.precision);
+    if (!number)
+        return false;
+    const std::size_t decimals = conversion.precision;
+    const std::span<char> body = open_number(out, conversion, value, 2 + decimals + 4);
+    write_digits(body.first(1), write_digits(body.subspan(2, decimals), number->digits));
+    body[1] = '.';
+    const std::span<char> exponent = body.last(4); // of two digits, as far as the exact way reaches
+    exponent[0] = conversion.type;
+    exponent[1] = number->exponent < 0 ? '-' : '+';
+    write_digits(exponent.last(2), static_cast<std::uint64_t>(std::abs(number->exponent)));
+    return true;
+}
+
+// The digits with a point before the last `decimals` of them; no point if that is 0.
+void append_digits(LineBuffer& out, const Conversion& conversion, double value, std::uint64_t digits,
+                   std::size_t decimals) {
+    const std::size_t whole = std::max(digit_count(digits), decimals + 1) - decimals;
+    const std::size_t point = decimals > 0 ? 1 : 0;
+    const std::span<char> body = open_number(out, conversion, value, whole + point + decimals);
+    if (decimals > 0) {
+        body[whole] = '.';
+        digits = write_digits(body.last(decimals), digits);
+    }
+    write_digits(body.first(whole), digits);
+}
+
+bool append_fixed(LineBuffer& out, const Conversion& conversion, double value) {
+    const double magnitude = std::fabs(value);
+    if (!(magnitude < exact_limit))
+        return false;
+    const Wide digits = rounded_half_even(scaled(magnitude, conversion.precision));
+    if (digits > UINT64_MAX)
+        return false;
+    append_digits(out, conversion, value, static_cast<std::uint64_t>(digits), conversion.precision);
+    return true;
+}
+
+// Only where the shorter notation is the one without exponent; no zeros at the end of the decimals.
+bool append_general(LineBuffer& out, const Conversion& conversion, double value) {
+    const auto number = scientific(std::fabs(value), conversion.precision - 1);
+    if (!number || number->exponent < -4 || number->exponent >= conversion.precision)
+        return false;
+    std::uint64_t digits = number->digits;
+    int decimals = conversion.precision - 1 - number->exponent;
+    for (; decimals > 0 && digits % 10 == 0; --decimals)
+        digits /= 10;
+    append_digits(out, conversion, value, digits, static_cast<std::size_t>(decimals));
+    return true;
+}
+
+} // namespace
+
+LineBuffer& scratch_line() {
+    static thread_local LineBuffer line;
+    line.clear();
+    return line;
+}
+
+void append_value(LineBuffer& out, const Conversion& conversion, std::int64_t value) {
+    const auto bits = static_cast<std::uint64_t>(value);
+    append_decimal(out, conversion, value < 0, value < 0 ? 0 - bits : bits);
+}
+
+void append_value(LineBuffer& out, const Conversion& conversion, std::uint64_t value) {
+    if (conversion.type == 'x')
+        append_hexadecimal(out, conversion, value);
+    else
+        append_decimal(out, conversion, false, value);
+}
+
+void append_value(LineBuffer& out, const Conversion& conversion, double value) {
+    const bool done = conversion.type == 'f'   ? append_fixed(out, conversion, value)
+                      : conversion.type == 'g' ? append_general(out, conversion, value)
+                                               : append_scientific(out, conversion, value);
+    if (!done)
+        append_by_library(out, conversion, value);
+}
+
+void append_value(LineBuffer& out, const Conversion& conversion, std::string_view text) {
+    const std::span<char> body = open_field(out, conversion, 0, text.size());
+    std::copy(text.begin(), text.end(), body.begin());
+}
+
+void append_value(LineBuffer& out, const Conversion& conversion, char character) {
+    open_field(out, conversion, 0, 1)[0] = character;
+}
+
+} // namespace quarry
