@@ -18,6 +18,7 @@
 #include "seedio/decode.h"
 #include "state.h"
 
+#include <array>
 #include <cstdlib>
 #include <memory>
 
@@ -341,50 +342,53 @@ TEST(Usnsn, FieldsOfAnyWidth) {
 
 TEST(Words, ByHandInBothOrders) {
     struct Case {
+        const char* what;
         Decoder decoder;
         std::size_t size;
         std::vector<std::uint32_t> words;
         Floats samples;
     };
     const std::vector<Case> cases{
-        {decode_32bit, 4, {1, 0xFFFF'FFFE, 16777217, 0x8000'0000}, {1, -2, 16777216, -0x1p31F}},
-        {decode_ieeefloat, 4, {0x3FC0'0000, 0xC000'0000, 1}, {1.5F, -2, 0x1p-149F}},
-        {decode_dwwssn, 2, {1, 0xFFFE, 0x7FFF, 0x8000}, {1, -2, 32767, -32768}},
-        {decode_sro, 2, {0x0FFF, 0xA001, 0xF800, 0x07FF}, {-1024, 1, -64, 2047 * 1024}},
-        {decode_asro, 2, {0x0FFF, 0xA001, 0xF801}, {-1024, 1, -2047 / 32.0F}},
-        {decode_cdsn, 2, {0, 0x1FFF, 0x3FFF, 0x5FFE}, {-8191, 0, 8192, -4}},
-        {decode_cdsn, 2, {0x8000, 0xC001}, {-8191 * 16, -8190 * 128}},
+        {"32 bits", decode_32bit, 4, {1, 0xFFFF'FFFE, 16777217, 0x8000'0000}, {1, -2, 16777216, -0x1p31F}},
+        {"floats", decode_ieeefloat, 4, {0x3FC0'0000, 0xC000'0000, 1}, {1.5F, -2, 0x1p-149F}},
+        {"16 bits", decode_dwwssn, 2, {1, 0xFFFE, 0x7FFF, 0x8000}, {1, -2, 32767, -32768}},
+        {"SRO", decode_sro, 2, {0x0FFF, 0xA001, 0xF800, 0x07FF}, {-1024, 1, -64, 2047 * 1024}},
+        {"ASRO", decode_asro, 2, {0x0FFF, 0xA001, 0xF801}, {-1024, 1, -2047 / 32.0F}},
+        {"CDSN",
+         decode_cdsn,
+         2,
+         {0, 0x1FFF, 0x3FFF, 0x5FFE, 0x8000, 0xC001},
+         {-8191, 0, 8192, -4, -8191 * 16, -8190 * 128}},
         // Two instants of three components, which come out one behind the other.
-        {decode_geo1,
+        {"3 bits",
+         decode_geo1,
          2,
          {0xBC00, 0, 0x7FFF, 0x1001, 0x8800, 1},
          {128, -1023.5F, -2048, 0, 2047 / 128.F, -2047}},
-        {decode_geo3,
+        {"4 bits",
+         decode_geo3,
          2,
          {0x3C00, 0, 0xFFFF, 0x1001, 0x8801, 1},
          {128, -1023.5F, -2048, 1 / 256.F, 2047 / 32768.F, -2047}},
     };
-    const auto check = [](const Case& c, Order order) {
-        std::string bytes;
-        std::string in_host_order;
-        for (const std::uint32_t word : c.words) {
-            bytes += bytes_of({word}, order).substr(order == Order::big ? 4 - c.size : 0, c.size);
-            in_host_order += bytes_of({word}, Order::little).substr(0, c.size);
+    for (const Case& c : cases)
+        for (const Order order : {Order::big, Order::little}) {
+            SCOPED_TRACE(c.what);
+            std::string bytes;
+            std::string in_host_order;
+            for (const std::uint32_t word : c.words) {
+                bytes += bytes_of({word}, order).substr(order == Order::big ? 4 - c.size : 0, c.size);
+                in_host_order += bytes_of({word}, Order::little).substr(0, c.size);
+            }
+            const bool components = c.decoder == decode_geo1 || c.decoder == decode_geo3;
+            const int instants = static_cast<int>(c.samples.size()) / (components ? 3 : 1);
+            const Decoded decoded = decode(c.decoder, bytes, instants, order);
+            EXPECT_EQ(decoded.samples, c.samples);
+            EXPECT_EQ(decoded.advanced, instants);
+            EXPECT_EQ(decoded.status, 0);
+            EXPECT_EQ(decoded.bytes, in_host_order);
+            EXPECT_TRUE(decode(c.decoder, bytes, -1, order).samples.empty());
         }
-        const std::int32_t instants =
-            static_cast<std::int32_t>(c.samples.size()) / (c.samples.size() == 6 ? 3 : 1);
-        const Decoded decoded = decode(c.decoder, bytes, instants, order);
-        EXPECT_EQ(decoded.samples, c.samples);
-        EXPECT_EQ(decoded.advanced, instants);
-        EXPECT_EQ(decoded.status, 0);
-        EXPECT_EQ(decoded.bytes, in_host_order);
-        EXPECT_TRUE(decode(c.decoder, bytes, -1, order).samples.empty());
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases.data());
-        check(c, Order::big);
-        check(c, Order::little);
-    }
     const std::string no_numbers = bytes_of({0x7F80'0001, 0xFFC0'1234}, Order::little);
     const Floats kept = decode(decode_ieeefloat, no_numbers, 2, Order::little).samples;
     EXPECT_EQ(std::memcmp(kept.data(), no_numbers.data(), no_numbers.size()), 0);
@@ -399,21 +403,18 @@ TEST(Words, GeoscopeOfThreeBytes) {
 }
 
 TEST(Words, GeoscopeByItsCode) {
-    constexpr Decoder by_code[] = {[](char*, std::int32_t, std::int32_t, int) { return std::int32_t{-1}; },
-                                   decode_geo1, decode_geo2, decode_geo3,
-                                   [](char*, std::int32_t, std::int32_t, int) { return std::int32_t{-1}; }};
-    static int code_of_call = 0;
-    for (code_of_call = 0; code_of_call < 5; ++code_of_call) {
-        const auto dispatch = [](char* raw, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
-            return decode_geoscope(raw, nsamples, nbytes, byteswap, code_of_call);
-        };
-        const std::string bytes = "Bytes of two instants";
-        const Decoded expected = decode(by_code[code_of_call], bytes, 2, Order::big);
-        const Decoded decoded = decode(dispatch, bytes, 2, Order::big);
-        EXPECT_EQ(std::tie(decoded.samples, decoded.status, decoded.advanced),
-                  std::tie(expected.samples, expected.status, expected.advanced))
-            << code_of_call;
+    constexpr Decoder by_code[] = {decode_geo1, decode_geo2, decode_geo3};
+    std::string bytes(18, '\x92');
+    std::array<float, 6> expected, found;
+    for (const int form : {1, 2, 3}) {
+        seismic_data_ptr = expected.data();
+        by_code[form - 1](bytes.data(), 2, 18, 0);
+        seismic_data_ptr = found.data();
+        EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, form), 0);
+        EXPECT_EQ(found, expected) << form;
     }
+    EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, 0), -1);
+    EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, 4), -1);
 }
 
 // Through the dispatcher, from a record whose data begin at byte 64.
@@ -497,34 +498,39 @@ TEST(DecodeData, EveryFormatReachesItsDecoder) {
 TEST(DecodeData, DamagedHeaders) {
     const std::string words = bytes_of({3, 5, 7, 9, 11}, Order::little);
     struct Case {
+        const char* what;
         int type;
         int nsamps;
         int beg_data;
         Floats samples;
-        const char* holds; // none if nothing is complained of
+        std::string holds; // empty if nothing is reported
     };
     const std::vector<Case> cases{
-        {1, 8, 64, {3, 5, 7, 9, 11, 0, 0, 0}, "5 of 8"},
-        // Components stay as far apart as the header tells; only whole instants are decoded.
-        {15, 4, 64, {-2045, -2048, -2039, 0, -2048, -2041, -2048, 0, -2043, -2048, -2037, 0}, "3 of 4"},
-        {14, 3, 64, {768, 0, 0, 327680, 2304, 0, 100663296, 720896, 0}, "2 of 3"},
-        {16, 21, 64, {}, "20 of 21"},
-        {1, 2, -1, {0, 0}, "0 of 2"},
-        {8, 2, 85, {0, 0}, "0 of 2"},
-        {17, 2, -32768, {0, 0}, "0 of 2"},
-        {1, 2, 84, {0, 0}, "0 of 2"},
-        {1, -3, 64, {}, nullptr},
-        {8, -3, 64, {}, nullptr},
-        {17, -3, 64, {}, nullptr},
+        {"too many", 1, 8, 64, {3, 5, 7, 9, 11, 0, 0, 0}, "5 of 8"},
+        // Components stay as far apart as the header says; only whole instants are decoded.
+        {"of 6 bytes",
+         15,
+         4,
+         64,
+         {-2045, -2048, -2039, 0, -2048, -2041, -2048, 0, -2043, -2048, -2037, 0},
+         "3 of 4"},
+        {"of 9 bytes", 14, 3, 64, {768, 0, 0, 327680, 2304, 0, 100663296, 720896, 0}, "2 of 3"},
+        {"text", 16, 21, 64, {}, "20 of 21"},
+        {"begins before", 1, 2, -1, {0, 0}, "0 of 2"},
+        {"begins behind", 8, 2, 85, {0, 0}, "0 of 2"},
+        {"begins far before", 17, 2, -32768, {0, 0}, "0 of 2"},
+        {"begins at the end", 1, 2, 84, {0, 0}, "0 of 2"},
+        {"negative", 1, -3, 64, {}, ""},
+        {"negative, Steim", 8, -3, 64, {}, ""},
+        {"negative, USNSN", 17, -3, 64, {}, ""},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases.data());
+        SCOPED_TRACE(c.what);
         const Decoded decoded = decode_record(c.type, words, c.nsamps, c.beg_data);
         EXPECT_EQ(decoded.samples, c.samples);
-        EXPECT_EQ(decoded.status, c.holds != nullptr ? -1 : 0);
-        EXPECT_EQ(decoded.errors, c.holds != nullptr ? "quarry: Record of STA:BHZ holds " +
-                                                           std::string(c.holds) + " samples\n"
-                                                     : "");
+        EXPECT_EQ(decoded.status, c.holds.empty() ? 0 : -1);
+        EXPECT_EQ(decoded.errors,
+                  c.holds.empty() ? "" : "quarry: Record of STA:BHZ holds " + c.holds + " samples\n");
     }
 }
 
@@ -545,24 +551,24 @@ TEST(DecodeData, UnknownFormatIsCopied) {
 
 // The only test that looks names up: the aliases are fetched once and kept.
 TEST(Identification, NamesAndAliases) {
+    // clang-format off
+    const char* const names[] = {
+        "32-Bit Integer Format", "SUN IEEE integer", "ASRO Gain-Ranged Format", "SRO Gain-Ranged Format",
+        "CDSN Gain-Ranged Format", "DWWSSN SUN IEEE short integer", "DWWSSN Integer Format",
+        "Steim Integer Compression Format", "Steim2 Integer Compression Format", "IEEE single precision real",
+        "SUN IEEE single precision real", "DWWSSN demultiplexed short (16 bit) 68000 integer",
+        "Geoscope gain-range on 3 bits", "Geoscope-3 byte (switched gain)", "Geoscope gain range on 4 bits",
+        "ASCII RefTek Log Files, State of Health", "USNSN Integer Compression",
+    };
+    // clang-format on
+    for (int type = 1; type < seed_format_count; ++type)
+        EXPECT_EQ(sd_data_type(names[type - 1]), type);
     const std::pair<int, int> types_by_code[] = {{1, 6},  {3, 1},   {4, 10}, {10, 8},
                                                  {11, 9}, {15, 17}, {16, 5}};
     for (const auto& [encoding, type] : types_by_code)
         EXPECT_EQ(sd_data_type(translate_number(encoding, seedname)), type);
-    // The names that no encoding code leads to, as volumes spell them.
-    const std::pair<const char*, int> types_by_name[] = {
-        {"SUN IEEE integer", 2},
-        {"ASRO Gain-Ranged Format", 3},
-        {"SRO Gain-Ranged Format", 4},
-        {"DWWSSN Integer Format", 7},
-        {"SUN IEEE single precision real", 11},
-        {"DWWSSN demultiplexed short (16 bit) 68000 integer", 12},
-        {"Geoscope gain-range on 3 bits", 13},
-        {"Geoscope-3 byte (switched gain)", 14},
-        {"Geoscope gain range on 4 bits", 15},
-        {"ASCII RefTek Log Files, State of Health", 16}};
-    for (const auto& [name, type] : types_by_name)
-        EXPECT_EQ(sd_data_type(name), type) << name;
+    for (const int encoding : {0, 2, 5, 9, 12, 14, 17, 30})
+        EXPECT_EQ(translate_number(encoding, seedname), nullptr) << encoding;
     Parameters.tables["data_type_aliases"] = {{"Steim-1", {"Steim Integer Compression Format", 1}},
                                               {"32-Bit Integer Format", {"no such format", 2}}};
     EXPECT_EQ(sd_data_type("Steim-1"), 8);

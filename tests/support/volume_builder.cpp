@@ -11,15 +11,6 @@ namespace quarry {
 
 namespace {
 
-__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...) {
-    std::array<char, 64> buffer;
-    va_list values;
-    va_start(values, format);
-    std::vsnprintf(buffer.data(), buffer.size(), format, values);
-    va_end(values);
-    return buffer.data();
-}
-
 // Appends the low bytes of a number in the given order.
 void append_number(std::string* out, int value, int width, bool big_endian) {
     const auto bits = static_cast<std::uint32_t>(value);
@@ -66,6 +57,14 @@ std::string data_record(const DataRecord& record, int sequence) {
 
 } // namespace
 
+std::string formatted(const char* format, ...) {
+    std::array<char, 256> buffer;
+    va_list values;
+    va_start(values, format);
+    std::vsnprintf(buffer.data(), buffer.size(), format, values);
+    va_end(values);
+    return buffer.data();
+}
 std::string digits(int value, int width) {
     return formatted("%0*d", width, value);
 }

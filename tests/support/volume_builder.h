@@ -9,6 +9,9 @@
 
 namespace quarry {
 
+// Fields as printf writes them, at most 255 characters.
+__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...);
+
 // Fields of fixed width: digits with leading zeros, a real number with decimals or with an exponent (12
 // characters), text padded with blanks.
 std::string digits(int value, int width);
