@@ -260,7 +260,7 @@ TEST(Usnsn, MismatchesAreToldAndTheValuesStand) {
             record[place] = static_cast<char>(record[place] ^ 1);
         const Decompressed d = decompress(record, 60, c.before);
         EXPECT_EQ(d.result, c.result);
-        EXPECT_EQ(d.eod, 1);
+        EXPECT_EQ(std::tie(d.eod, ifr, ldcmprs), std::make_tuple(1, 3, c.result));
         EXPECT_EQ(d.output, c.output);
         EXPECT_EQ(dcmpbr(), 1);
         EXPECT_EQ(decompress(record, 60, c.before).output, "");
