@@ -5,18 +5,18 @@
 #include "state.h"
 
 #include <algorithm>
-#include <array>
+#include <string>
 
 namespace quarry {
 
 namespace {
 
-// Takes `len` characters off the cursor and returns their text up to a NUL.
+// Takes `len` characters off the cursor.
 std::string_view take(std::string_view* str, int len) {
     const std::size_t width = std::min(static_cast<std::size_t>(std::max(len, 0)), str->size());
     const std::string_view field = str->substr(0, width);
     str->remove_prefix(width);
-    return up_to_nul(field);
+    return field;
 }
 
 std::string_view trim_front(std::string_view text) {
@@ -28,6 +28,15 @@ std::string_view trim_front(std::string_view text) {
 std::string_view trim_back(std::string_view text) {
     while (!text.empty() && is_white(text.back()))
         text.remove_suffix(1);
+    return text;
+}
+
+// Some writers leave a blank where the "+" of the exponent belongs.
+std::string with_signed_exponent(std::string_view field) {
+    std::string text(field);
+    const std::size_t exponent = text.find_first_of("eE");
+    if (exponent != std::string::npos && text[exponent + 1] == ' ')
+        text[exponent + 1] = '+';
     return text;
 }
 
@@ -48,32 +57,30 @@ int scan_int(std::string_view* str, int len) {
 }
 
 double scan_double(std::string_view* str, int len) {
-    std::array<char, 256> buffer{};
-    copy_text(buffer, take(str, len));
-    const std::string_view field(buffer.data());
-
-    // Some writers leave a blank where the sign of the exponent belongs.
-    const std::size_t exponent = field.find_first_of("eE");
-    if (exponent != std::string_view::npos && exponent + 1 < field.size() && field[exponent + 1] == ' ')
-        buffer[exponent + 1] = '+';
-
-    const ParsedReal parsed = parse_real(field);
-    if (parsed.length == 0 && !is_blank(field)) {
-        log_note("Couldn't convert '%s' to a real number.\n", buffer.data());
+    const std::string_view field = take(str, len);
+    if (const ParsedReal parsed = parse_short_real(field, true); parsed.length > 0)
+        return parsed.value;
+    if (is_blank(field))
+        return 0.0;
+    const std::string text = with_signed_exponent(field);
+    const ParsedReal parsed = parse_real(text);
+    if (parsed.length == 0) {
+        log_note("Couldn't convert '%s' to a real number.\n", text.c_str());
         Bad_blkflag = 1;
     }
     return parsed.value;
 }
 
 void scan_str(std::string_view* str, int len, std::span<char> destination) {
-    copy_text(destination, trim_back(trim_front(take(str, len))));
+    copy_text(destination, trim_back(trim_front(up_to_nul(take(str, len)))));
 }
 
 char* scan_var_str(std::string_view* source, std::span<char> destination) {
     std::string_view& text = *source;
     if (!text.starts_with('~'))
         text = trim_front(text);
-    const std::size_t length = std::min(text.find_first_of(std::string_view("~\0", 2)), text.size());
+    const auto* end = std::find_if(text.begin(), text.end(), [](char c) { return c == '~' || c == '\0'; });
+    const auto length = static_cast<std::size_t>(end - text.begin());
 
     if (length >= destination.size()) {
         const std::string_view kept = text.substr(0, destination.size() - 1);

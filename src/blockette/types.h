@@ -6,7 +6,7 @@
 //   3. the record `blk_NAME_t` and the line QUARRY_BLOCKETTE_FUNCTIONS (NAME) in the header of its theme
 //      (volume.h, station.h, response.h, timespan.h)
 //   4. `init_NAME` and `parse_NAME` in the theme's .cpp; `new_NAME` and `free_NAME` make themselves
-//   5. `pbrief_NAME` in the theme's printers (listing/pbrief_*.cpp)
+//   5. `list_NAME` in the theme's printers (listing/pbrief_*.cpp)
 //   6. what the blockette says of later records, if anything: apply_blockette (seedio/seed.cpp)
 // Without one of the first five the program does not build.
 //

@@ -4,9 +4,9 @@
 #include "blockette/sdblknam.h"
 #include "listing/pbrief.h"
 #include "platform/message_log.h"
+#include "platform/standard_output.h"
 
 #include <cerrno>
-#include <cinttypes>
 
 namespace quarry {
 
@@ -14,20 +14,20 @@ namespace {
 
 Tally current{};
 
-void print_share(std::FILE* stream, const char* label, std::int64_t bytes, std::int64_t size) {
-    std::fprintf(stream, "%s: %10" PRId64 " = %6.1lf%%\n", label, bytes,
-                 static_cast<double>(bytes) * 100 / static_cast<double>(size));
+void print_share(LineBuffer& out, std::string_view label, std::int64_t bytes, std::int64_t size) {
+    print_line<"%s: %10i = %6.1f">(out, label, bytes,
+                                   static_cast<double>(bytes) * 100 / static_cast<double>(size));
+    out.append("%\n");
 }
 
-void print_counts(std::FILE* stream, const Tally& tally) {
+void print_counts(LineBuffer& out, const Tally& tally) {
     for (int type = 0; has_tally_entry(type); ++type) {
         const auto entry = static_cast<std::size_t>(type + 1);
         if (tally.blk_cnt[entry] != 0)
-            std::fprintf(stream, "%5" PRId64 " (%03d) %10" PRId64 " %s blockettes\n", tally.blk_cnt[entry],
-                         type, tally.tot_siz[entry], sdblknam(type));
+            print_line<"%5i (%03i) %10i %s blockettes\n">(out, tally.blk_cnt[entry], type,
+                                                          tally.tot_siz[entry], sdblknam(type));
     }
-    std::fprintf(stream, "%5" PRId64 "       %10" PRId64 " Data blockettes\n\n", tally.blk_cnt[0],
-                 tally.tot_siz[0]);
+    print_line<"%5i       %10i Data blockettes\n\n">(out, tally.blk_cnt[0], tally.tot_siz[0]);
 }
 
 } // namespace
@@ -61,12 +61,14 @@ int summary(int tapefile, std::int64_t size) {
 void print_summary(std::FILE* stream, const Tally& tally, int tapefile, std::int64_t size) {
     if (tally.nblks < 1)
         return;
-    std::fprintf(stream, "\nBlockette Summary -- file #%d\n", tapefile);
-    print_counts(stream, tally);
+    LineBuffer& out = scratch_line();
+    print_line<"\nBlockette Summary -- file #%i\n">(out, tapefile);
+    print_counts(out, tally);
     const Shares shares = shares_of(tally, size);
-    print_share(stream, "Total Parameter Info  ", shares.parameter, size);
-    print_share(stream, "Total Data            ", shares.data, size);
-    print_share(stream, "Total Wasted          ", shares.wasted, size);
+    print_share(out, "Total Parameter Info  ", shares.parameter, size);
+    print_share(out, "Total Data            ", shares.data, size);
+    print_share(out, "Total Wasted          ", shares.wasted, size);
+    write_text(stream, out.text());
 }
 
 } // namespace quarry

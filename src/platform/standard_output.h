@@ -1,10 +1,19 @@
-// Standard output that may fail: a flush remembers the first failure, so that the program can report it later
-// with its own error text.
+// Standard output and standard error as the command uses them: output gathered into large pieces, and
+// failures remembered, so that the program can report them later with their own error text.
 #pragma once
 
 #include <cstdio>
+#include <string_view>
 
 namespace quarry {
+
+// From now on, text for standard output is gathered until flush_output is called, 64 KiB have come together,
+// or the process ends: by itself, or by SIGINT, SIGTERM or SIGHUP. `on_failure`, unless null, is called when
+// the gathered text cannot be written.
+void gather_output(void (*on_failure)());
+
+// Writes the text to the stream, or gathers it. A failure shows at the next flush.
+void write_text(std::FILE* stream, std::string_view text);
 
 // Flushes the stream.
 void flush_output(std::FILE* stream);

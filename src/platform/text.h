@@ -11,7 +11,9 @@
 namespace quarry {
 
 // The six characters of white space.
-bool is_white(char character);
+inline bool is_white(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 // True if the text is empty or only white space. The text ends at its first NUL.
 bool is_blank(std::string_view text);
@@ -40,6 +42,11 @@ int integer_value(std::string_view text);
 // A real number at the start of the text: what std::from_chars takes (so inf and nan, no hexadecimal), after
 // optional white space and "+". Out of range gives what strtod gives in the C locale.
 ParsedReal parse_real(std::string_view text);
+
+// The quick part of it: a decimal of at most 18 digits, at most 2^53 without its point, times a power of ten
+// within 10^-22 and 10^22 gives what parse_real gives; `length` is 0 for any other text. With
+// `blank_is_plus` a blank stands for the "+" of the exponent.
+ParsedReal parse_short_real(std::string_view text, bool blank_is_plus = false);
 
 // Copies as much of `text` as fits into `destination` and ends it with a NUL.
 void copy_text(std::span<char> destination, std::string_view text);

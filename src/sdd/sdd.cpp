@@ -30,7 +30,9 @@ void position_tape(const char* input_name) {
 }
 
 void announce_logical_record(int seq_num) {
-    std::printf("\nSeed Block Sequence #%d\n", seq_num);
+    LineBuffer& line = scratch_line();
+    print_line<"\nSeed Block Sequence #%i\n">(line, seq_num);
+    write_text(stdout, line.text());
 }
 
 // A volume with an index that cannot be held is not listed further.
@@ -48,7 +50,14 @@ read_handle_t* open_volume(const char* input_name) {
     read_handle_t* handle = seed_read(input_name);
     handle->bad_blockette = list_bad_blockette;
     handle->logical->announce = Verbose_Flag > 1 ? announce_logical_record : nullptr;
+    handle->logical->before_read = [] { flush_output(stdout); };
     return handle;
+}
+
+void list_on_standard_output(const void* record, int type) {
+    LineBuffer& lines = scratch_line();
+    list_blk(lines, record, type);
+    write_text(stdout, lines.text());
 }
 
 // One tape file. Returns the number of blockettes that it delivered.
@@ -61,7 +70,7 @@ long list_tape_file(read_handle_t* handle, int summary_only) {
     while (read_blk(handle, &record, &type) != 0) {
         const BlockettePointer owner(record, {type});
         if (summary_only == 0)
-            pbrief_blk(stdout, record, type);
+            list_on_standard_output(record, type);
         count_blk(record, type);
         nblks += 1;
         check_standard_output();
@@ -86,6 +95,8 @@ int rename_station(const char* /*net*/, const char* /*sta*/) {
 }
 
 int sdd(const char* input_name, int summary_only) {
+    // A listing ends before the message that follows a line that cannot be written.
+    gather_output(summary_only == 0 ? check_standard_output : nullptr);
     Tapefile = 0;
     Geoscope_channels = {};
     read_handle_t* handle = open_volume(input_name);

@@ -102,6 +102,8 @@ int moredata(SeedInput* input) {
         input->cur = 0;
     }
     while (input->eof == 0 && input->pbytes <= enough_bytes) {
+        if (input->before_read != nullptr)
+            input->before_read();
         const ssize_t result = read_some(input->fd, buffer + input->pbytes,
                                          static_cast<std::size_t>(input->sZphysical - input->pbytes));
         if (result < 1) {

@@ -34,7 +34,10 @@ struct SeedInput {
     char type_code;           // its record type letter, "#" after a reset
     char cont_code;           // its continuation character, "#" after a reset
 
-    void (*announce)(int seq_num); // called at the beginning of each logical record, unless null
+    // Hooks of the program, unless null: called at the beginning of each logical record, and before a read
+    // that may wait for input.
+    void (*announce)(int seq_num);
+    void (*before_read)();
 };
 
 // Opens the named input, standard input for an empty name or "-", decompressing gzip- and compress-encoded
