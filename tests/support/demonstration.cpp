@@ -123,11 +123,18 @@ std::vector<std::int32_t> oscillation(int record, int count) {
     return samples;
 }
 
-std::string float_bytes(const std::vector<std::int32_t>& samples) {
-    std::vector<std::int32_t> words;
+std::string bytes_of_samples(const std::vector<std::int32_t>& samples) {
+    std::string bytes;
     for (const std::int32_t sample : samples)
-        words.push_back(std::bit_cast<std::int32_t>(static_cast<float>(sample) / 1000.0F));
-    return sample_bytes(words, false);
+        bytes += number(static_cast<std::uint32_t>(sample), 4, Order::big);
+    return bytes;
+}
+
+std::string bytes_of_floats(const std::vector<std::int32_t>& samples) {
+    std::string bytes;
+    for (const std::int32_t sample : samples)
+        bytes += number(std::bit_cast<std::uint32_t>(static_cast<float>(sample) / 1000.0F), 4, Order::little);
+    return bytes;
 }
 
 void add_data(VolumeBuilder* volume) {
@@ -148,7 +155,7 @@ void add_data(VolumeBuilder* volume) {
         record.second = 30 + 5 * i;
         record.samples = in_short_record;
         record.quality = 0x10;
-        record.data = sample_bytes(oscillation(i, in_short_record), true);
+        record.data = bytes_of_samples(oscillation(i, in_short_record));
         volume->data(record);
     }
     for (int i = 0; i < 3; ++i) {
@@ -165,7 +172,7 @@ void add_data(VolumeBuilder* volume) {
         record.activity = i == 0 ? 0 : 2;
         record.size = 512;
         record.encoding = i == 1 ? -1 : 4;
-        record.data = float_bytes(oscillation(i, in_short_record));
+        record.data = bytes_of_floats(oscillation(i, in_short_record));
         volume->data(record);
     }
 }

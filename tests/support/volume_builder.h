@@ -22,8 +22,9 @@ std::string padded(std::string_view text, int width);
 // A control blockette: its type, its length and the given fields.
 std::string blockette(int type, std::string_view fields);
 
-// Samples as raw bytes.
-std::string sample_bytes(const std::vector<std::int32_t>& samples, bool big_endian);
+// The low bytes of a number as they stand in a record.
+enum class Order { big, little };
+std::string number(std::uint32_t value, int width, Order order);
 
 struct DataRecord {
     const char* station = "DEM1";
