@@ -32,12 +32,22 @@ TEST(Channel, OrientationLetters) {
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr().substr(0, 61),
               "quarry: Warning... Azimuth and Dip out of Range on SSB,BH1\nqu");
-    blk_052_t channel{};
-    copy_text(channel.chan_id, "BHZ");
-    copy_text(channel.loc_id, "00");
-    fix_channel(&channel);
-    EXPECT_STREQ(channel.channel, "BHZ00");
     EXPECT_EQ(Geoscope_channels.size(), 1U);
+}
+
+// Channel and location up to their first character that is no letter or digit.
+TEST(Channel, Names) {
+    const std::tuple<const char*, const char*, const char*> names[] = {
+        {"BHZ", "00", "BHZ00"}, {"09Z", "  ", "09Z"}, {"/HZ", "1", "1"},
+        {":HZ", "", ""},        {"A@Z", "", "A"},     {"AZ[", "", "AZ"},
+        {"a`z", "", "a"},       {"az{", "", "az"},    {"Hz9", "a", "Hz9a"}};
+    for (const auto& [code, location, name] : names) {
+        blk_052_t channel{};
+        copy_text(channel.chan_id, code);
+        copy_text(channel.loc_id, location);
+        fix_channel(&channel);
+        EXPECT_STREQ(channel.channel, name);
+    }
 }
 
 // What a record says of its station and channel, none of which is listed.

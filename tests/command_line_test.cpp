@@ -19,6 +19,10 @@ const std::map<std::string, std::string> two_parameter_files = {
                    .bytes()}};
 const std::string named = "ln -s \"$quarry\" quarry; ";
 
+// A copy of the program beside its configuration, whose place does not show.
+const std::string installed = "mkdir bin etc; cp \"$quarry\" bin; mv first etc/quarry; ";
+const std::string in_its_place = " 2>&1 | sed \"s:$PWD/::\"";
+
 // A pipe whose reader has gone stands on descriptor 3.
 const std::string broken_pipe = "mkfifo pipe; : <pipe & exec 3>pipe; wait; ";
 // The signals that stand in the way, and how a run ends.
@@ -44,6 +48,9 @@ const bool command_line = make_recorded_tests(
         {"NoParameterFileOnThePath", "QUARRY_PARAM_PATH=here:there $quarry demo", demo},
         {"ParameterFileOfTheCurrentDirectory", "cd first; $quarry ../volume", two_parameter_files},
         {"EmptyPathCountsAsNone", "cd first; QUARRY_PARAM_PATH= $quarry ../volume", two_parameter_files},
+        {"ParameterFileOfTheInstallation", installed + "rm quarry.pf; bin/quarry volume" + in_its_place,
+         two_parameter_files},
+        {"ParameterFileOfBoth", installed + "bin/quarry volume" + in_its_place, two_parameter_files},
         {"FirstParameterFileOfThePath", "QUARRY_PARAM_PATH=here::first:second $quarry volume",
          two_parameter_files},
         {"SecondParameterFileOfThePath", "QUARRY_PARAM_PATH=second:first $quarry volume",

@@ -12,87 +12,100 @@
 #include "seedio/seed.h"
 #include "state.h"
 
+#include <array>
 #include <climits>
+#include <unistd.h>
 
 namespace quarry {
 namespace {
 
+// The 28 bytes from the year on.
+std::array<int, 17> numbers_of(const blk_dh_t& h) {
+    return {h.year,     h.doy,      h.hour,     h.minutes,  h.sec_int,  h.sec_frac,
+            h.nsamps,   h.rate_f,   h.rate_m,   h.activity, h.io_flags, h.quality,
+            h.blks_fol, h.time_cor, h.beg_data, h.beg_blks, h.byteswap};
+}
+
 TEST(DataHeader, ByteOrderByTheYear) {
-    struct {
-        int year, byteswap;
-    } const cases[] = {{1969, -1}, {1970, 0}, {2030, 0}, {2031, -1}};
-    for (const auto& c : cases) {
+    for (const auto& [year, byteswap] : {std::pair{1969, -1}, {1970, 0}, {2030, 0}, {2031, -1}}) {
         std::string text = "AB     BHZXX" + std::string(28, '\xff');
-        store(text.data() + 12, static_cast<std::uint16_t>(c.year)); // in the host's order
-        text[19] = '\x7f';                                           // the unused byte
-        text[28] = '\xc0';                                           // activity
+        store(text.data() + 12, static_cast<std::uint16_t>(year)); // in the host's order
+        text[19] = '\x7f';                                         // the unused byte
+        text[28] = '\xc0';                                         // activity
         blk_dh_t header{};
         parse_dh(&header, text);
-        EXPECT_EQ(header.byteswap, c.byteswap) << c.year;
-        const auto swapped = static_cast<std::int16_t>(__builtin_bswap16(static_cast<std::uint16_t>(c.year)));
-        EXPECT_EQ(header.year, c.byteswap == 0 ? c.year : swapped);
-        EXPECT_STREQ(header.stn_id, "AB");
-        EXPECT_STREQ(header.loc_id, "");
-        EXPECT_EQ(header.activity, -64);
-        EXPECT_EQ(header.nsamps, -1);
-        EXPECT_EQ(header.time_cor, -1);
+        const int swapped = static_cast<std::int16_t>(__builtin_bswap16(static_cast<std::uint16_t>(year)));
+        EXPECT_EQ(numbers_of(header), (std::array{byteswap == 0 ? year : swapped, -1, -1, -1, -1, -1, -1, -1,
+                                                  -1, -64, -1, -1, -1, -1, -1, -1, byteswap}));
+        EXPECT_EQ(std::string(header.stn_id) + "." + header.loc_id + "." + header.chan_id + "." +
+                      header.network_code,
+                  "AB..BHZ.XX");
     }
+}
+
+TEST(DataHeader, NumbersBeyondTheirRange) {
     for (const bool big_endian : {true, false}) {
-        DataRecord record;
-        record.big_endian = big_endian;
-        record.hour = 200; // bytes and words beyond their range with a sign
-        record.fraction = 1234;
+        DataRecord record{.hour = 200, .minute = 21, .fraction = 1234, .activity = 3, .io_flags = 0x81};
         record.samples = 40000;
         record.rate_factor = -100;
         record.rate_multiplier = 256;
-        record.io_flags = 0x81;
+        record.quality = 5;
         record.time_correction = -123456;
+        record.encoding = 3;
+        record.big_endian = big_endian;
         blk_dh_t header{};
         parse_dh(&header, VolumeBuilder().data(record).bytes().substr(8));
-        EXPECT_EQ(header.byteswap, big_endian == host_is_little_endian ? -1 : 0);
-        EXPECT_EQ(
-            std::tie(header.year, header.doy, header.hour, header.minutes, header.sec_int, header.sec_frac),
-            std::make_tuple(2005, 32, 200 - 256, 20, 30, 1234));
-        EXPECT_EQ(std::tie(header.nsamps, header.rate_f, header.rate_m, header.io_flags, header.blks_fol),
-                  std::make_tuple(40000 - 65536, -100, 256, 0x81 - 256, 0));
-        EXPECT_EQ(std::tie(header.time_cor, header.beg_data, header.beg_blks),
-                  std::make_tuple(-123456, 64, 0));
+        EXPECT_EQ(numbers_of(header),
+                  (std::array{2005, 32, 200 - 256, 21, 30, 1234, 40000 - 65536, -100, 256, 3, 0x81 - 256, 5,
+                              1, -123456, 64, 48, big_endian == host_is_little_endian ? -1 : 0}));
     }
     const std::string cut = "AB     BHZXX"; // a text in a buffer of its size that ends before the year
     blk_dh_t header{};
     parse_dh(&header, std::string_view(std::vector<char>(cut.begin(), cut.end()).data(), cut.size()));
-    EXPECT_EQ(std::tie(header.year, header.byteswap, header.beg_data), std::make_tuple(0, -1, 0));
+    EXPECT_EQ(numbers_of(header), (std::array<int, 17>{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1}));
     for (const char letter : std::string("DRQMVAST# "))
         EXPECT_EQ(is_ok_quality(letter), std::string("DRQM").find(letter) != std::string::npos) << letter;
 }
 
-TEST(DataHeader, RateAndCorrectedTime) {
-    struct {
-        int factor, multiplier;
-        double rate;
-    } const cases[] = {{20, 1, 20},     {-10, 1, 0.1}, {1, -10, 0.1}, {-10, -10, 0.01},
-                       {65526, 1, 0.1}, {0, 5, 0},     {5, 0, 0},     {-32768, -32768, 1.0 / (1 << 30)}};
-    for (const auto& c : cases) {
+TEST(DataHeader, SampleRate) {
+    const std::tuple<int, int, double> rates[] = {{20, 1, 20},
+                                                  {20, 3, 60},
+                                                  {-10, 1, 0.1},
+                                                  {-10, 4, 0.4},
+                                                  {1, -10, 0.1},
+                                                  {3, -10, 0.3},
+                                                  {-10, -10, 0.01},
+                                                  {65526, 1, 0.1},
+                                                  {0, 5, 0},
+                                                  {5, 0, 0},
+                                                  {-32768, -32768, 1.0 / (1 << 30)}};
+    for (const auto& [factor, multiplier, rate] : rates) {
         blk_dh_t header{};
-        header.rate_f = c.factor;
-        header.rate_m = c.multiplier;
+        header.rate_f = factor;
+        header.rate_m = multiplier;
         fix_dh(&header, 0, 0);
-        EXPECT_DOUBLE_EQ(header.samp_rate, c.rate) << c.factor;
-        EXPECT_EQ(c.rate == 0, header.rate_f == 0 && header.rate_m == 0);
+        EXPECT_DOUBLE_EQ(header.samp_rate, rate) << factor << " " << multiplier;
+        EXPECT_EQ(std::make_pair(header.rate_f, header.rate_m),
+                  rate == 0 ? std::make_pair(0, 0) : std::make_pair(word_comp(factor), multiplier));
     }
+}
+
+TEST(DataHeader, CorrectedTime) {
     read_handle_t* handle = seed_read("/dev/null");
-    for (const int activity : {0, 2}) {
+    for (const int activity : {0, 2, 0xFD, 0xFF}) { // bit 1: the correction has been applied
         blk_dh_t header{};
         header.year = 2000;
         header.doy = 1;
         header.sec_frac = 9990;
         header.time_cor = 20;
         header.activity = activity;
+        copy_text(header.format, "of before");
         fixup_dh(&header, handle);
         EXPECT_STREQ(header.start_time, "2000,001,00:00:00.9990");
-        EXPECT_EQ(header.sec_frac, activity == 0 ? 10010 : 9990);
-        EXPECT_DOUBLE_EQ(header.epoch, human_to_epoch(2000, 1, 0, 0, activity == 0 ? 1.001 : 0.999));
+        EXPECT_EQ(header.sec_frac, (activity & 2) == 0 ? 10010 : 9990);
+        EXPECT_DOUBLE_EQ(header.epoch, human_to_epoch(2000, 1, 0, 0, (activity & 2) == 0 ? 1.001 : 0.999));
         EXPECT_EQ(header.length, 4096);
+        EXPECT_STREQ(header.format, "");
     }
     blk_dh_t wraps{};
     wraps.sec_frac = INT_MAX;
@@ -105,65 +118,85 @@ TEST(DataHeader, RateAndCorrectedTime) {
 // The chain of data blockettes is followed as its offsets say, and never in circles or out of what is in
 // hand.
 TEST(DataHeader, ChainOfDataBlockettes) {
-    // A big-endian record of 512 bytes; `words` are put at their offsets, two bytes each.
-    const auto walk = [](std::initializer_list<std::pair<std::size_t, int>> words, std::size_t size = 512) {
-        DataRecord record;
-        record.size = 512;
-        std::string bytes = VolumeBuilder().data(record).bytes();
-        for (const auto& [at, value] : words) {
+    // A big-endian record of 512 bytes with data blockettes, each {its place, its type, the next one's
+    // place}.
+    using Chain = std::initializer_list<std::array<std::size_t, 3>>;
+    const auto walk = [](std::size_t first, Chain chain, std::size_t exponent = 9, std::size_t size = 512) {
+        std::string bytes = VolumeBuilder().data({.size = 512}).bytes();
+        const auto put = [&](std::size_t at, std::size_t value) {
             bytes[at] = static_cast<char>(value >> 8);
             bytes[at + 1] = static_cast<char>(value & 0xff);
+        };
+        put(46, first);
+        for (const auto& [at, type, next] : chain) {
+            put(at, type);
+            put(at + 2, next);
+            put(at + 4, type == 100 ? 0x4120 : 11 << 8 | 1); // 10.0 or Steim 2, big-endian
+            if (type == 1000)
+                put(at + 6, exponent++ << 8);
         }
         bytes.resize(size);
         Steim state{};
         state.record = bytes;
         state.record_size = 256;
         const int result = parse_data_record_header(&state);
-        return std::make_tuple(result, state.s1000.dataformat, state.s1000.sparc_order, state.record_size);
+        return std::make_tuple(result, state.s1000.dataformat, state.s1000.sparc_order, state.record_size,
+                               state.s100.sample_rate);
     };
-    const auto none = std::make_tuple(0, 0, 0, 256);
-    const auto found = std::make_tuple(0, 11, 1, 512);
-    const auto bad = std::make_tuple(-1, 0, 0, 256);
-    constexpr int steim2_big_endian = 11 << 8 | 1;
-    struct {
-        std::size_t at;
-        bool reached;
-    } const first_offsets[] = {{40, false}, {48, true}, {60, true}, {128, true}, {129, false}, {200, false}};
-    for (const auto& [at, reached] : first_offsets)
-        EXPECT_EQ(
-            walk({{46, static_cast<int>(at)}, {at, 1000}, {at + 4, steim2_big_endian}, {at + 6, 9 << 8}}),
-            reached ? found : none)
-            << at;
-    EXPECT_EQ(walk({{46, 48}, {48, 100}, {50, 128}, {128, 1000}, {132, steim2_big_endian}, {134, 9 << 8}}),
-              found);
-    EXPECT_EQ(walk({{46, 48}, {48, 100}, {50, 48}}), none); // to itself
-    EXPECT_EQ(walk({{46, 60}, {60, 100}, {62, 48}, {48, 1000}, {52, steim2_big_endian}, {54, 9 << 8}}), none);
-    EXPECT_EQ(walk({{46, 48},
-                    {48, 1000},
-                    {50, 60},
-                    {52, steim2_big_endian},
-                    {54, 9 << 8},
-                    {60, 1000},
-                    {66, 10 << 8}}),
-              found); // the first one counts
+    const auto none = std::make_tuple(0, 0, 0, 256, 0.0F);
+    const auto found = std::make_tuple(0, 11, 1, 512, 0.0F);
+    const auto bad = std::make_tuple(-1, 0, 0, 256, 0.0F);
+    for (const std::size_t at : {40U, 47U, 48U, 60U, 128U, 129U, 200U})
+        EXPECT_EQ(walk(at, {{at, 1000, 0}}), at >= 48 && at <= 128 ? found : none) << at;
+    EXPECT_EQ(walk(48, {{48, 500, 128}, {128, 1000, 0}}), found);
+    EXPECT_EQ(walk(48, {{48, 100, 60}, {60, 1000, 0}}), std::make_tuple(0, 11, 1, 512, 10.0F));
+    EXPECT_EQ(walk(128, {{128, 100, 0}}), std::make_tuple(0, 0, 0, 256, 10.0F));
+    EXPECT_EQ(walk(129, {{129, 100, 0}}), none);
+    EXPECT_EQ(walk(48, {{48, 500, 48}}), none); // to itself
+    EXPECT_EQ(walk(60, {{60, 500, 48}, {48, 1000, 0}}), none);
+    EXPECT_EQ(walk(48, {{48, 1000, 60}, {60, 1000, 0}}), found); // the first one counts
     for (const int exponent : {6, 7, 30, 31})
-        EXPECT_EQ(walk({{46, 48}, {48, 1000}, {52, steim2_big_endian}, {54, exponent << 8}}),
-                  exponent < 7 || exponent > 30 ? bad : std::make_tuple(0, 11, 1, 1 << exponent));
-    for (const int year : {1970, 2030}) // the bounds of the byte order that is recognized
-        EXPECT_EQ(
-            walk({{20, host_is_little_endian ? __builtin_bswap16(static_cast<std::uint16_t>(year)) : year},
-                  {46, host_is_little_endian ? 48 << 8 : 48},
-                  {48, host_is_little_endian ? 1000 % 256 << 8 | 1000 / 256 : 1000},
-                  {52, steim2_big_endian},
-                  {54, 9 << 8}}),
-            found);
-    EXPECT_EQ(walk({}, 47), bad);
+        EXPECT_EQ(walk(48, {{48, 1000, 0}}, static_cast<std::size_t>(exponent)),
+                  exponent < 7 || exponent > 30 ? bad : std::make_tuple(0, 11, 1, 1 << exponent, 0.0F));
+    EXPECT_EQ(walk(48, {}, 9, 47), bad);
+    EXPECT_EQ(walk(0, {}, 9, 48), none);
+    for (const int year : {1970, 2030}) // the bounds of the years whose byte order is recognized
+        for (const bool big_endian : {true, false}) {
+            Steim state{};
+            const std::string bytes =
+                VolumeBuilder()
+                    .data({.year = year, .size = 512, .encoding = 10, .big_endian = big_endian})
+                    .bytes();
+            state.record = bytes;
+            EXPECT_EQ(parse_data_record_header(&state), 0);
+            EXPECT_EQ(std::tie(state.s1000.dataformat, state.record_size), std::make_tuple(10, 512)) << year;
+        }
 }
 
 TEST(DataHeader, RecordLengths) {
     const std::pair<int, int> lengths[] = {{-1, 2}, {0, 2}, {1, 2}, {7, 128}, {16, 65536}, {30, 1 << 30}};
     for (const auto& [power, bytes] : lengths)
         EXPECT_EQ(record_bytes(power), bytes) << power;
+}
+
+TEST(SeedInput, StateOfALogicalRecord) {
+    const TemporaryDirectory directory;
+    SeedInput* input = newSeedInput(directory.file("v", padded("000007T*", 600)).c_str());
+    EXPECT_EQ(std::tie(input->fileno, input->seq_num, input->type_code, input->cont_code),
+              std::make_tuple(0, 0, '#', '#'));
+    EXPECT_EQ(advanceLogicalRecord(input), 0);
+    EXPECT_EQ(std::tie(input->seq_num, input->type_code, input->cont_code, input->cur),
+              std::make_tuple(7, 'T', '*', 8));
+    EXPECT_EQ(std::tie(input->recsiz, input->recno, input->nreads, input->totbytes),
+              std::make_tuple(512, 1, 1, 600));
+    EXPECT_EQ(advanceLogicalRecord(input), 0);
+    EXPECT_EQ(advanceLogicalRecord(input), -1);
+    EXPECT_EQ(advanceLogicalRecord(input), -1);
+    clrSeedInput(input);
+    EXPECT_EQ(std::tie(input->fileno, input->recno, input->nreads, input->totbytes, input->recsiz),
+              std::make_tuple(1, 0, 0, 0, 0));
+    close(input->fd);
+    freeSeedInput(input);
 }
 
 // What the reader delivers of a volume in a file.

@@ -10,6 +10,7 @@
 #include "decode/decode_usnsn.h"
 #include "decode/formats.h"
 #include "platform/text.h"
+#include "sample_encoders.h"
 #include "seedio/decode.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -48,37 +50,19 @@ private:
     std::mt19937_64 engine_;
 };
 
-// Frames of noise whose codes are not: each is one code in most of its words.
-std::string steim_area(Random* random) {
-    std::string area = random->noise(64 * (1 + random->below(10)));
-    for (std::size_t frame = 0; frame < area.size(); frame += 64) {
-        constexpr std::array<char, 4> repeated{0x00, 0x55, static_cast<char>(0xAA), static_cast<char>(0xFF)};
-        const char codes = repeated[static_cast<std::size_t>(random->below(4))];
-        std::fill_n(&area[frame + (frame == 0 ? 1 : 0)], 3, codes);
-    }
-    return area;
-}
-
-// A record with keys that decode, counts of bytes that fit and a trailer; only its differences are noise.
-std::string usnsn_area(Random* random) {
-    constexpr std::array<std::int32_t, 15> group_bytes{2, 4, 6, 3, 6, 4, 8, 5, 10, 6, 7, 8, 10, 12, 14};
-    std::string area = random->noise(6);
-    area[4] = static_cast<char>(random->below(3));
-    std::size_t block = area.size();
-    for (int frame = 1; area.size() < 700; ++frame) {
-        const std::int32_t first = random->below(15);
-        const std::int32_t second = random->below(15);
-        area.push_back(static_cast<char>(first << 4 | second));
-        area += random->noise(group_bytes[static_cast<std::size_t>(first)] +
-                              group_bytes[static_cast<std::size_t>(second)]);
-        if (frame % 7 == 0) {
-            area.push_back(static_cast<char>(area.size() + 1 - block));
-            block = area.size();
+// Sound records of every encoder and of many widths.
+std::vector<std::string> sound_areas() {
+    std::vector<std::string> areas;
+    for (std::uint32_t bits = 2; bits <= 28; ++bits)
+        for (const std::size_t size : {64U, 192U, 640U}) {
+            const std::vector<std::int32_t> walk = quarry::random_walk(1500, static_cast<int>(bits), bits);
+            const quarry::Order order = bits % 2 == 0 ? quarry::Order::big : quarry::Order::little;
+            areas.push_back(quarry::encode_steim1(walk, size, order).bytes);
+            areas.push_back(quarry::encode_steim2(walk, size, order).bytes);
+            areas.push_back(
+                quarry::encode_usnsn(walk, size == 192 && bits % 4 == 0 ? 4096 : size, order).bytes);
         }
-    }
-    if (random->one_in(20))
-        area.resize(4096, '\1');
-    return area;
+    return areas;
 }
 
 std::string damaged(std::string area, Random* random) {
@@ -91,14 +75,11 @@ std::string damaged(std::string area, Random* random) {
 }
 
 std::string data_area(Random* random) {
-    switch (random->below(4)) {
-    case 0:
-        return damaged(steim_area(random), random);
-    case 1:
-        return damaged(usnsn_area(random), random);
-    default:
-        return random->noise(random->below(random->one_in(50) ? 4100 : 400));
-    }
+    static const std::vector<std::string> sound = sound_areas();
+    if (random->one_in(2))
+        return damaged(
+            sound[static_cast<std::size_t>(random->below(static_cast<std::int32_t>(sound.size())))], random);
+    return random->noise(random->below(random->one_in(50) ? 4100 : 400));
 }
 
 std::int32_t any_count(Random* random) {

@@ -1,12 +1,17 @@
-// The message log, and what it says when the memory is exhausted.
+// The message log; records of every type, new and when the memory is exhausted.
 #include "support.h"
 
 #include "exhaustible_memory.h"
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
-#include "blockette/volume.h"
+#include "listing/pbrief.h"
 #include "platform/message_log.h"
+
+#include <array>
+#include <regex>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace quarry {
 namespace {
@@ -30,39 +35,82 @@ TEST(MessageLog, NotesWaitForTheNextComplaint) {
     EXPECT_EQ(testing::internal::GetCapturedStderr().size(),
               99 * 3009 + sizeof "quarry: the hundredth\n" - 1);
     testing::internal::CaptureStderr();
+    log_note("stays");
+    log_flush(0);
     sdblknam(98);
     log_flush(1);
     log_flush(1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quarry: sdblknam: Unknown blockette type 98\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quarry: stays\nquarry: stays\nquarry: sdblknam: Unknown blockette type 98\n");
     EXPECT_EXIT(log_die(0, "the end"), testing::ExitedWithCode(1), "^quarry: the end\n$");
+}
+
+// What is said when the memory ends at the first allocation, at the second and so on, with the exit status.
+std::string exhaustions(int type, const std::string& text) {
+    std::string said;
+    for (int allocations = 0;; ++allocations) {
+        std::array<int, 2> ends;
+        EXPECT_EQ(pipe(ends.data()), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(ends[1], STDERR_FILENO);
+            allocations_left = allocations;
+            parse_blk(text, type);
+            _exit(0);
+        }
+        close(ends[1]);
+        std::array<char, 1000> message;
+        const ssize_t length = read(ends[0], message.data(), message.size());
+        close(ends[0]);
+        int status = 0;
+        waitpid(child, &status, 0);
+        if (status == 0)
+            return said;
+        said += "exit status " + std::to_string(WEXITSTATUS(status)) + ": " +
+                std::string(message.data(), static_cast<std::size_t>(length));
+    }
 }
 
 TEST(Memory, ExhaustionIsFatal) {
     name_the_log();
-    const std::string rest = ": Cannot allocate memory\n$";
-    EXPECT_EXIT(
-        {
-            allocations_left = 0;
-            new_010();
-        },
-        testing::ExitedWithCode(1),
-        "^quarry: Out of memory in new_010 at line [0-9]+ of 'blockette'\n\tCan't malloc 1 bytes for "
-        "new_blk" +
-            rest);
-    for (const auto& [left, what] :
-         {std::pair{1, "12 bytes for blk->stn_id"}, {2, "2 bytes for blk->seq_num"}})
-        EXPECT_EXIT(
-            {
-                allocations_left = left;
-                parse_blk("0110032002AAAAA000001BBBBB000002", 11);
-            },
-            testing::ExitedWithCode(1),
-            std::string(
-                "^quarry: Out of memory in parse_011 at line [0-9]+ of 'blockette'\n\tCan't malloc ") +
-                what + rest);
+    const std::map<int, std::string> fields{
+        {11, "002AAAAA000001BBBBB000002"},
+        {30, "Name~000100002Key~Key~"},
+        {53, "A01001002" + padded("", 24) + "002" + padded("", 96) + "003"},
+        {54, "D01001002   2" + padded("", 48) + "   3"},
+        {61, "01Name~A001002   2"}};
+    RunResult result{"", "", 0};
+    for (const int type :
+         {-1, 10, 11, 12, 30, 31, 32, 33, 34, 50, 51, 52, 53, 54, 57, 58, 59, 61, 70, 71, 72, 73, 74})
+        result.err +=
+            exhaustions(type, blockette(std::abs(type), fields.contains(type) ? fields.at(type) : ""));
+    result.err = std::regex_replace(result.err, std::regex("line [0-9]+"), "line N");
+    expect_recorded("Memory", "ExhaustionIsFatal", result);
 }
 
-TEST(Release, UnknownType) {
+// The defaults of a new record, and of a used one that is made ready anew.
+TEST(Defaults, OfEveryType) {
+    name_the_log();
+    const std::string ones = std::string(99, '1');
+    RunResult result{"", "", 0};
+    testing::internal::CaptureStderr();
+#define QUARRY_COMPARE(TYPE, NAME)                                                                           \
+    {                                                                                                        \
+        const auto print = [](std::FILE* stream, void* record) { pbrief_blk(stream, record, TYPE); };        \
+        const BlockettePointer fresh(new_##NAME(), {TYPE});                                                  \
+        const BlockettePointer used(parse_blk(blockette(std::abs(TYPE), TYPE == 73 ? "0001" : ones), TYPE),  \
+                                    {TYPE});                                                                 \
+        init_##NAME(static_cast<blk_##NAME##_t*>(used.get()));                                               \
+        result.out += written([&](std::FILE* stream) { print(stream, fresh.get()); });                       \
+        result.out += written([&](std::FILE* stream) { print(stream, used.get()); });                        \
+    }
+    QUARRY_BLOCKETTE_TYPES(QUARRY_COMPARE)
+#undef QUARRY_COMPARE
+    testing::internal::GetCapturedStderr();
+    expect_recorded("Defaults", "OfEveryType", result);
+}
+
+TEST(Defaults, ReleaseOfAnUnknownType) {
     name_the_log();
     testing::internal::CaptureStderr();
     int untouched = 7;

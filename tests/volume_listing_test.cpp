@@ -1,7 +1,7 @@
 // The program on whole volumes: logical records, the blockette reader, data records, tape files, summaries.
 #include "support.h"
 
-#include <filesystem>
+#include "blockette/sdblknam.h"
 
 namespace quarry {
 namespace {
@@ -180,6 +180,17 @@ std::string lists_with_a_bad_element() {
            record(blockette(61, "01n~A001001   2" + padded(" bad", 14) + padded("  1.0", 14)));
 }
 
+// One blockette of every type that has a name, as short as allowed, and one a byte shorter.
+std::string all_types() {
+    VolumeBuilder volume(512);
+    for (const Sdinfo& row : sdinfo)
+        if (row.id > 0 && row.id < 1000 && row.id != 10) // 10 would set the record length
+            for (const int length : {row.minsz - 1, row.minsz})
+                volume.control('A', digits(row.id, 3) + digits(length, 4) +
+                                        std::string(static_cast<std::size_t>(std::max(length - 7, 0)), '0'));
+    return volume.bytes();
+}
+
 std::string unknown_types() {
     std::string blockettes = "0990010abc-020007";
     for (const int type : {498, 499, 999})
@@ -211,6 +222,7 @@ const bool blockette_reader = make_recorded_tests(
         listing("NulsInText", record(blockette(33, std::string("001na\0me~", 9)) + next)),
         listing("ListsWithABadElement", lists_with_a_bad_element(), "2>&1"),
         listing("UnknownTypes", unknown_types()),
+        listing("AllTypes", all_types(), "-s 2>&1"),
         listing("AsManySegmentsAsFit", segments("0250"), "-s"),
         listing("MoreSegmentsThanFit", segments("0251")),
     });

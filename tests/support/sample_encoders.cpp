@@ -31,13 +31,6 @@ std::vector<std::int64_t> differences_of(std::span<const std::int32_t> series) {
     return differences;
 }
 
-std::string number(std::uint32_t value, std::size_t size, Order order) {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i)
-        bytes.push_back(static_cast<char>(value >> (8 * (order == Order::big ? size - 1 - i : i)) & 0xFF));
-    return bytes;
-}
-
 void overwrite(std::string& bytes, std::size_t offset, const std::string& with) {
     std::ranges::copy(with, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
@@ -66,7 +59,7 @@ Encoded encode_steim(std::span<const std::int32_t> series, std::size_t size, Ord
             for (int i = 0; i < packing->count; ++i) {
                 const auto field = static_cast<std::uint32_t>(left[static_cast<std::size_t>(i)]);
                 if (apart)
-                    words += number(field, static_cast<std::size_t>(packing->width) / 8, order);
+                    words += number(field, packing->width / 8, order);
                 else
                     word |= (field & ((1U << packing->width) - 1))
                             << (packing->width * (packing->count - 1 - i));

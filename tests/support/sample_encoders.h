@@ -2,6 +2,8 @@
 // from the layouts, not from the decoders.
 #pragma once
 
+#include "volume_builder.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -9,9 +11,6 @@
 #include <vector>
 
 namespace quarry {
-
-// Of a record. The host is little-endian.
-enum class Order { big, little };
 
 // A data area of `size` bytes with as many of the samples as it holds.
 struct Encoded {

@@ -11,52 +11,29 @@ namespace quarry {
 
 namespace {
 
-__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...) {
-    std::array<char, 64> buffer;
-    va_list values;
-    va_start(values, format);
-    std::vsnprintf(buffer.data(), buffer.size(), format, values);
-    va_end(values);
-    return buffer.data();
-}
-
-// Appends the low bytes of a number in the given order.
-void append_number(std::string* out, int value, int width, bool big_endian) {
-    const auto bits = static_cast<std::uint32_t>(value);
-    for (int i = 0; i < width; ++i) {
-        const int shift = 8 * (big_endian ? width - 1 - i : i);
-        out->push_back(static_cast<char>(bits >> shift & 0xff));
-    }
-}
-
 constexpr int data_offset = 64;
 
 std::string data_record(const DataRecord& record, int sequence) {
     const bool has_1000 = record.encoding >= 0;
-    const bool big = record.big_endian;
+    const Order order = record.big_endian ? Order::big : Order::little;
     std::string out = digits(sequence, 6) + record.quality_indicator + ' ';
     out += padded(record.station, 5) + padded(record.location, 2) + padded(record.channel, 3) +
            padded(record.network, 2);
-    append_number(&out, record.year, 2, big);
-    append_number(&out, record.doy, 2, big);
-    for (const int byte : {record.hour, record.minute, record.second, 0})
-        append_number(&out, byte, 1, big);
-    for (const int word : {record.fraction, record.samples, record.rate_factor, record.rate_multiplier})
-        append_number(&out, word, 2, big);
-    for (const int byte : {record.activity, record.io_flags, record.quality, has_1000 ? 1 : 0})
-        append_number(&out, byte, 1, big);
-    append_number(&out, record.time_correction, 4, big);
-    append_number(&out, data_offset, 2, big);
-    append_number(&out, has_1000 ? 48 : 0, 2, big);
+    const auto append = [&](int width, std::initializer_list<int> values) {
+        for (const int value : values)
+            out += number(static_cast<std::uint32_t>(value), width, order);
+    };
+    append(2, {record.year, record.doy});
+    append(1, {record.hour, record.minute, record.second, 0});
+    append(2, {record.fraction, record.samples, record.rate_factor, record.rate_multiplier});
+    append(1, {record.activity, record.io_flags, record.quality, has_1000 ? 1 : 0});
+    append(4, {record.time_correction});
+    append(2, {data_offset, has_1000 ? 48 : 0});
     if (has_1000) {
         const int exponent = record.size_exponent != 0 ? record.size_exponent
                                                        : std::countr_zero(static_cast<unsigned>(record.size));
-        append_number(&out, 1000, 2, big);
-        append_number(&out, 0, 2, big);
-        append_number(&out, record.encoding, 1, big);
-        append_number(&out, big ? 1 : 0, 1, big);
-        append_number(&out, exponent, 1, big);
-        append_number(&out, 0, 1, big);
+        append(2, {1000, 0});
+        append(1, {record.encoding, record.big_endian ? 1 : 0, exponent, 0});
     }
     out.resize(data_offset);
     out += record.data;
@@ -66,6 +43,14 @@ std::string data_record(const DataRecord& record, int sequence) {
 
 } // namespace
 
+std::string formatted(const char* format, ...) {
+    std::array<char, 256> buffer;
+    va_list values;
+    va_start(values, format);
+    std::vsnprintf(buffer.data(), buffer.size(), format, values);
+    va_end(values);
+    return buffer.data();
+}
 std::string digits(int value, int width) {
     return formatted("%0*d", width, value);
 }
@@ -86,11 +71,11 @@ std::string blockette(int type, std::string_view fields) {
     return digits(type, 3) + digits(static_cast<int>(fields.size()) + 7, 4) + std::string(fields);
 }
 
-std::string sample_bytes(const std::vector<std::int32_t>& samples, bool big_endian) {
-    std::string out;
-    for (const std::int32_t sample : samples)
-        append_number(&out, sample, 4, big_endian);
-    return out;
+std::string number(std::uint32_t value, int width, Order order) {
+    std::string bytes;
+    for (int i = 0; i < width; ++i)
+        bytes.push_back(static_cast<char>(value >> (8 * (order == Order::big ? width - 1 - i : i)) & 0xFF));
+    return bytes;
 }
 
 void VolumeBuilder::begin_record(char letter, char continuation) {

@@ -9,6 +9,9 @@
 
 namespace quarry {
 
+// Fields as printf writes them, at most 255 characters.
+__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...);
+
 // Fields of fixed width: digits with leading zeros, a real number with decimals or with an exponent (12
 // characters), text padded with blanks.
 std::string digits(int value, int width);
@@ -19,8 +22,9 @@ std::string padded(std::string_view text, int width);
 // A control blockette: its type, its length and the given fields.
 std::string blockette(int type, std::string_view fields);
 
-// Samples as raw bytes.
-std::string sample_bytes(const std::vector<std::int32_t>& samples, bool big_endian);
+// The low bytes of a number as they stand in a record.
+enum class Order { big, little };
+std::string number(std::uint32_t value, int width, Order order);
 
 struct DataRecord {
     const char* station = "DEM1";
