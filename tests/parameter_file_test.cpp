@@ -113,6 +113,7 @@ TEST_F(ParameterFileTest, TextsOfATable) {
                         "date = 1979-05-27 07:32:00.5-07:00\n"
                         "[[ list.'of' . tables ]]\n"
                         "  [list.of.tables.\"below\"]\n"
+                        "four = ['''x'''']\n"
                         "  at = 07:32:00"),
               "");
     EXPECT_EQ(status_, 0);
@@ -155,6 +156,7 @@ TEST_F(ParameterFileTest, WhatIsWrongAndWhere) {
     const std::string after_backslash = "a character beyond ASCII after a backslash";
     const std::vector<Case> cases = {
         {"a=\xC3\xA9", "1:3: this is not a value"},
+        {"a = [\xC3\xA9]", "1:6: this is not a value"},
         {"'\xC3\xA9' = 1\xC3\xA9", "1:7: this is not a value"},
         {"a = 1.\"\xC3\xA9\"", "1:5: this is not a value"},
         {"a = 1=\"\xC3\xA9\"", "1:5: this is not a value"},
@@ -192,13 +194,28 @@ TEST_F(ParameterFileTest, WhatIsWrongAndWhere) {
     }
 }
 
+// Without a path given it is that of the current directory, then that of the installation.
 TEST_F(ParameterFileTest, EndsTheProgram) {
-    const std::string file = directory_.file("quarry.pf", "a = \xC3\xA9\n");
-    const RunResult result = run_quarry({.environment = {{"QUARRY_PARAM_PATH", directory_.path()}}});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "quarry: " + file +
-                              ":1:5: this is not a value\n"
-                              "quarry: Couldn't read parameter file quarry.pf.\n");
+    const TemporaryDirectory installation;
+    for (const char* folder : {"/bin", "/etc", "/etc/quarry"})
+        std::filesystem::create_directory(installation.path() + folder);
+    const std::string program = installation.path() + "/bin/quarry";
+    std::filesystem::copy_file(QUARRY_PROGRAM, program);
+    installation.file("etc/quarry/quarry.pf", "[");
+    directory_.file("quarry.pf", "a = \xC3\xA9\n");
+    const auto errors = [&] {
+        const RunResult result = run_quarry(
+            {.environment = {{"QUARRY_PARAM_PATH", ""}}, .directory = directory_.path(), .program = program});
+        EXPECT_EQ(result.status, 1);
+        return result.err;
+    };
+    const std::string end = "quarry: Couldn't read parameter file quarry.pf.\n";
+    EXPECT_EQ(errors(), "quarry: quarry.pf:1:5: this is not a value\n" + end);
+    std::filesystem::remove(directory_.path() + "/quarry.pf");
+    EXPECT_EQ(errors(), "quarry: " + installation.path() +
+                            "/bin/../etc/quarry/quarry.pf:1:2: Error while parsing table header: encountered "
+                            "end-of-file\n" +
+                            end);
 }
 
 } // namespace
