@@ -7,7 +7,6 @@
 #include "sdd/sdd.h"
 #include "state.h"
 
-#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include <fcntl.h>
 #include <new>
 #include <unistd.h>
+#include <utility>
 
 namespace quarry {
 
