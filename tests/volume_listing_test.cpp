@@ -296,6 +296,14 @@ std::string letters_of_data_records() {
     return volume + data({.quality_indicator = 'E', .size = 512});
 }
 
+// Of 128 bytes among others; each with a minute of its own.
+std::string short_records() {
+    std::string volume = record(next);
+    for (int minute = 0; minute < 6; ++minute)
+        volume += data({.minute = minute, .size = minute == 3 ? 512 : 128, .encoding = 3});
+    return volume;
+}
+
 const bool data_records = make_recorded_tests(
     "DataRecords",
     {
@@ -306,6 +314,8 @@ const bool data_records = make_recorded_tests(
         listing("LettersOfDataRecords", letters_of_data_records(), "2>&1"),
         listing("LongestIs8192", data({.size = 8192, .encoding = 3}) + data({.size = 8192, .encoding = 3})),
         listing("LongerIsFatal", record(next) + data({.size_exponent = 14, .encoding = 3})),
+        listing("RecordsOf128Bytes", short_records(), "2>&1"),
+        listing("AlonePlain128Bytes", data({.size = 128, .encoding = 3}), "2>&1"),
         listing("ShorterThanItsHead", data({.size = 136, .size_exponent = 7, .encoding = 3}) + record(next)),
     });
 

@@ -56,8 +56,11 @@ bool write_usual_start_time(blk_dh_t* header) {
     return true;
 }
 
-// Kept for the whole run.
-FormatRows format_rows;
+// Kept for the whole run; made when first needed, because it allocates.
+FormatRows& format_rows() {
+    static FormatRows rows;
+    return rows;
+}
 
 } // namespace
 
@@ -94,8 +97,8 @@ void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list) {
     header->length = default_record_length;
     if (Db == store_invalid())
         return;
-    copy_text(header->format,
-              format_rows.find(Db, member_text(header->stn_id), member_text(header->chan_id), header->epoch));
+    copy_text(header->format, format_rows().find(Db, member_text(header->stn_id),
+                                                 member_text(header->chan_id), header->epoch));
     if (header->format[0] == '\0')
         log_complain(0, "No data format for '%s', '%s' at time %s (file #%d)\n", header->stn_id,
                      header->chan_id, header->start_time, Tapefile);

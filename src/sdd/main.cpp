@@ -7,13 +7,14 @@
 #include "sdd/sdd.h"
 #include "state.h"
 
-#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
 #include <new>
 #include <unistd.h>
+#include <utility>
 
 namespace quarry {
 
@@ -103,6 +104,8 @@ int run(int argc, char** argv) {
 } // namespace quarry
 
 int main(int argc, char** argv) {
+    // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
+    std::set_terminate([] { quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
     quarry::occupy_standard_descriptors();
     quarry::restore_signals();
     try {

@@ -177,6 +177,12 @@ int read_remainder(SeedInput* input, char* out, int count) {
     return 1;
 }
 
+bool ends_after(SeedInput* input, int count) {
+    while (input->pbytes - input->start <= count && input->eof == 0)
+        read_piece(input);
+    return input->pbytes - input->start == count;
+}
+
 void setReadRecLen(SeedInput* input, int power) {
     if (power > largest_record_power) {
         log_complain(0, "Logical record length 2^%d is too large: keeping %d\n", power, input->recsiz);

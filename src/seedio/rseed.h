@@ -71,6 +71,9 @@ int read_fixed_header(SeedInput* input, char* out, int count);
 // input.
 int read_remainder(SeedInput* input, char* out, int count);
 
+// True if the input ends exactly `count` bytes after the beginning of the current logical record.
+bool ends_after(SeedInput* input, int count);
+
 // Sets the logical record length to 2 to the given power (at least 2 bytes), in force from the next record
 // on. A power above largest_record_power is reported and changes nothing.
 void setReadRecLen(SeedInput* input, int power);
