@@ -48,14 +48,15 @@ void report_failed_read(SeedInput* input) {
 }
 
 void parse_sequence_number(SeedInput* input, std::string_view field) {
-    const std::string_view text = up_to_nul(field);
-    const ParsedInteger parsed = parse_integer(text);
+    const ParsedInteger parsed = parse_integer(field);
     input->seq_num = static_cast<int>(parsed.value);
     if (input->announce != nullptr)
         input->announce(input->seq_num);
-    if (parsed.length == 0 || !is_blank(text.substr(parsed.length)))
-        log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
-                     text.data());
+    if (parsed.length == field.size() || (parsed.length > 0 && is_blank(field.substr(parsed.length))))
+        return;
+    const std::string_view text = up_to_nul(field);
+    log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
+                 text.data());
 }
 
 // Bytes left in the current logical record; negative when a read went beyond a record made shorter.
