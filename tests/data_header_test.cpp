@@ -14,6 +14,8 @@
 
 #include <array>
 #include <climits>
+#include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quarry {
@@ -199,6 +201,26 @@ TEST(SeedInput, StateOfALogicalRecord) {
     freeSeedInput(input);
 }
 
+// A descriptor that has nothing yet is waited for.
+TEST(SeedInput, DescriptorThatDoesNotBlock) {
+    std::array<int, 2> ends;
+    ASSERT_EQ(pipe2(ends.data(), O_NONBLOCK), 0);
+    SeedInput* input = newSeedInput("/dev/null");
+    close(input->fd);
+    input->fd = ends[0];
+    const pid_t child = fork();
+    if (child == 0) {
+        usleep(20000);
+        _exit(write(ends[1], "000007T*", 8) == 8 ? 0 : 1);
+    }
+    close(ends[1]);
+    EXPECT_EQ(advanceLogicalRecord(input), 0);
+    EXPECT_EQ(input->seq_num, 7);
+    waitpid(child, nullptr, 0);
+    close(input->fd);
+    freeSeedInput(input);
+}
+
 // What the reader delivers of a volume in a file.
 class Volume {
 public:
@@ -282,7 +304,9 @@ TEST(DataRecord, ReinitializedHandle) {
                       .data({.size = 4096})
                       .bytes());
     EXPECT_EQ(volume.next()->length, 512);
+    EXPECT_EQ(volume.handle()->order_list.size(), 1U);
     reinit_handle(volume.handle());
+    EXPECT_EQ(volume.handle()->order_list.size(), 0U);
     const blk_dh_t* dh = volume.next();
     EXPECT_EQ(dh->length, 4096);
     EXPECT_STREQ(dh->format, "");

@@ -50,8 +50,8 @@ const std::string rows =
     "INSERT INTO seedformat VALUES ('DEM1','BHN','2000,001','1969,365','32-Bit Integer Format');"
     "INSERT INTO seedformat VALUES ('DEM1','BHE','2000,001','1970,001','32-Bit Integer Format');"
     "INSERT INTO seedformat VALUES ('dem2','BHZ','2001,001','','Case');"
-    "INSERT INTO seedformat VALUES ('DEM3','BHZ','','','Never');"
-    "INSERT INTO seedformat VALUES ('DEM4','BHZ','2001,001','','');";
+    "INSERT INTO seedformat VALUES ('DEM4','BHZ','2001,001','','');"
+    "INSERT INTO seedformat VALUES ('DEM3','BHZ','','','Never');";
 const std::string of_rows = data(1999, 365) + data(2000, 1) + data(2001, 1) + data(2001, 2) + data(2001, 3) +
                             data(2000, 2) + data(2002, 1, "DEM1", "BHN") + data(2002, 1, "DEM1", "BHE") +
                             data(2001, 2, "DEM2") + data(2001, 2, "DEM3") + data(2001, 2, "DEM4") +
