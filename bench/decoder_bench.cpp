@@ -1,33 +1,25 @@
 // The decoders' speed, beside plain copies in the same run.
 //
-// Each decoder works through a volume's worth of records, more than the caches hold, into one buffer of
-// samples that holds them all: as a program would that reads a volume into memory. For each there is
+// Each decoder of the format table works through a volume's worth of records, more than the caches hold, into
+// one buffer of samples that holds them all: as a program would that reads a volume into memory. For each
+// there is
 //   swap    records of the other byte order; a decode swaps them in place, so the records are copied into
 //           place again between two passes, which is not timed
 //   decode  records of the host's order
 //   copy    memcpy of the same raw bytes
-//   write   as many floats as the decode gives, written and nothing else
+//   write   as many bytes as the decode gives, written and nothing else
 // items_per_second are samples, bytes_per_second raw bytes (of `write`: none). The figure that counts is the
 // ratio to copy and write, which says how far the decoder is from what the memory allows.
-#include "decode/decode_32bit.h"
-#include "decode/decode_asro.h"
-#include "decode/decode_cdsn.h"
-#include "decode/decode_dwwssn.h"
-#include "decode/decode_geoscope.h"
-#include "decode/decode_ieeefloat.h"
-#include "decode/decode_sro.h"
-#include "decode/decode_steim.h"
-#include "decode/decode_steim2.h"
-#include "decode/decode_usnsn.h"
+#include "decode/formats.h"
 #include "decode/sample_cursor.h"
 #include "sample_encoders.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
-#include <numeric>
 #include <random>
 
 namespace quarry {
@@ -42,7 +34,7 @@ constexpr std::size_t different_records = 512;
 struct Volume {
     std::string bytes;
     std::vector<std::int32_t> samples; // of each record: sample instants
-    std::size_t values = 0;            // all that the decoder writes
+    std::size_t instants = 0;          // of all records
 };
 
 // Coloured noise whose strength goes up and down by a factor of 50, so that all widths of differences take
@@ -62,36 +54,55 @@ std::vector<std::int32_t> seismogram() {
     return series;
 }
 
-void add_record(Volume* volume, const Encoded& record, int components) {
-    volume->bytes.append(header_size, '\0').append(record.bytes);
-    volume->samples.push_back(record.samples);
-    volume->values += static_cast<std::size_t>(record.samples * components);
-}
-
 // A few records over and over.
-Volume repeated(const std::vector<Encoded>& records, int components) {
+Volume repeated(const std::vector<Encoded>& records) {
     Volume volume;
     volume.bytes.reserve(records_of_volume * record_size);
-    for (std::size_t i = 0; i < records_of_volume; ++i)
-        add_record(&volume, records[i % records.size()], components);
+    for (std::size_t i = 0; i < records_of_volume; ++i) {
+        const Encoded& record = records[i % records.size()];
+        volume.bytes.append(header_size, '\0').append(record.bytes);
+        volume.samples.push_back(record.samples);
+        volume.instants += static_cast<std::size_t>(record.samples);
+    }
     return volume;
 }
 
-using Encoder = Encoded (*)(std::span<const std::int32_t>, std::size_t, Order);
+// The encoders of the formats with compression, and the size of the data area that they fill.
+struct Compression {
+    DataFormat format;
+    Encoded (*encode)(std::span<const std::int32_t> series, std::size_t size, Order order);
+    std::size_t area;
+};
+const std::array compressions{
+    Compression{format_steim1, encode_steim1, record_size - header_size},
+    Compression{format_steim2, encode_steim2, record_size - header_size},
+    Compression{format_usnsn, encode_usnsn, record_size},
+};
 
-Volume compressed(Encoder encoder, std::size_t area, Order order) {
+std::size_t number_of(const SeedFormat& format) {
+    return static_cast<std::size_t>(&format - seed_format_map.data());
+}
+
+const Compression* compression_of(const SeedFormat& format) {
+    const auto found = std::find_if(compressions.begin(), compressions.end(), [&](const Compression& one) {
+        return static_cast<std::size_t>(one.format) == number_of(format);
+    });
+    return found != compressions.end() ? &*found : nullptr;
+}
+
+Volume compressed(const Compression& compression, Order order) {
     static const std::vector<std::int32_t> series = seismogram();
     std::vector<Encoded> records;
     std::span<const std::int32_t> left = series;
     while (records.size() < different_records && left.size() > 4 * record_size) {
-        records.push_back(encoder(left.first(4 * record_size), area, order));
+        records.push_back(compression.encode(left.first(4 * record_size), compression.area, order));
         left = left.subspan(static_cast<std::size_t>(records.back().samples));
     }
-    return repeated(records, 1);
+    return repeated(records);
 }
 
 // Words of any format without compression: noise is as good as samples.
-Volume plain(int bytes_of_instant, int components) {
+Volume plain(std::int32_t bytes_of_instant) {
     std::mt19937 random(2);
     std::vector<Encoded> records(different_records);
     for (Encoded& record : records) {
@@ -99,67 +110,53 @@ Volume plain(int bytes_of_instant, int components) {
             record.bytes.push_back(static_cast<char>(random() & 0x3F)); // no float that is not a number
         record.samples = static_cast<std::int32_t>(record.bytes.size()) / bytes_of_instant;
     }
-    return repeated(records, components);
+    return repeated(records);
 }
 
-struct Format {
-    const char* name;
-    Decoder decoder;
-    Volume (*volume)(Order order);
-};
-const Format formats[] = {
-    {"steim1", decode_steim,
-     [](Order order) { return compressed(encode_steim1, record_size - header_size, order); }},
-    {"steim2", decode_steim2,
-     [](Order order) { return compressed(encode_steim2, record_size - header_size, order); }},
-    {"usnsn", decode_usnsn, [](Order order) { return compressed(encode_usnsn, record_size, order); }},
-    {"32bit", decode_32bit, [](Order) { return plain(4, 1); }},
-    {"ieeefloat", decode_ieeefloat, [](Order) { return plain(4, 1); }},
-    {"dwwssn", decode_dwwssn, [](Order) { return plain(2, 1); }},
-    {"sro", decode_sro, [](Order) { return plain(2, 1); }},
-    {"asro", decode_asro, [](Order) { return plain(2, 1); }},
-    {"cdsn", decode_cdsn, [](Order) { return plain(2, 1); }},
-    {"geo1", decode_geo1, [](Order) { return plain(6, 3); }},
-    {"geo2", decode_geo2, [](Order) { return plain(9, 3); }},
-    {"geo3", decode_geo3, [](Order) { return plain(6, 3); }},
-};
+Volume volume_of(const SeedFormat& format, Order order) {
+    const Compression* compression = compression_of(format);
+    return compression != nullptr ? compressed(*compression, order) : plain(format.raw_size);
+}
 
 // The one in use; each is needed several times in a row, and they are large.
-const Volume& volume_of(const Format& format, Order order) {
-    static const Format* in_use = nullptr;
+const Volume& volume_in_use(const SeedFormat& format, Order order) {
+    static const SeedFormat* in_use = nullptr;
     static Order order_in_use;
     static Volume volume;
     if (in_use != &format || order_in_use != order) {
         volume = {};
-        volume = format.volume(order);
+        volume = volume_of(format, order);
         in_use = &format;
         order_in_use = order;
     }
     return volume;
 }
 
-void count(benchmark::State& state, const Volume& volume, bool raw) {
+std::size_t floats_of(const Volume& volume, const SeedFormat& format) {
+    return volume.instants * static_cast<std::size_t>(format.size) / sizeof(float);
+}
+
+void count(benchmark::State& state, const Volume& volume, const SeedFormat& format, bool raw) {
     const std::int64_t passes = state.iterations();
-    state.SetItemsProcessed(passes * static_cast<std::int64_t>(volume.values));
+    const std::int64_t components = std::max(format.size / static_cast<std::int32_t>(sizeof(float)), 1);
+    state.SetItemsProcessed(passes * static_cast<std::int64_t>(volume.instants) * components);
     if (raw)
         state.SetBytesProcessed(passes * static_cast<std::int64_t>(volume.bytes.size()));
 }
 
-void decode(benchmark::State& state, const Format& format, Order order) {
-    const Volume& volume = volume_of(format, order);
+void decode(benchmark::State& state, const SeedFormat& format, Order order) {
+    const Volume& volume = volume_in_use(format, order);
     std::string bytes = volume.bytes;
-    std::vector<float> samples(volume.values);
+    std::vector<float> samples(floats_of(volume, format));
     const std::size_t area = volume.bytes.size() / volume.samples.size() - header_size;
-    const auto components = static_cast<std::ptrdiff_t>(volume.values) /
-                            std::accumulate(volume.samples.begin(), volume.samples.end(), std::ptrdiff_t{0});
     for (auto _ : state) {
         char* data = bytes.data() + header_size;
-        float* next = samples.data();
+        auto* next = reinterpret_cast<char*>(samples.data());
         for (const std::int32_t nsamples : volume.samples) {
-            seismic_data_ptr = next;
-            format.decoder(data, nsamples, static_cast<std::int32_t>(area), order == Order::big);
+            seismic_data_ptr = reinterpret_cast<float*>(next);
+            format.convert(data, nsamples, static_cast<std::int32_t>(area), order == Order::big);
             data += area + header_size;
-            next += nsamples * components;
+            next += static_cast<std::ptrdiff_t>(nsamples) * format.size;
         }
         benchmark::ClobberMemory();
         if (order == Order::big) {
@@ -168,41 +165,59 @@ void decode(benchmark::State& state, const Format& format, Order order) {
             state.ResumeTiming();
         }
     }
-    count(state, volume, true);
+    count(state, volume, format, true);
 }
 
-void copy(benchmark::State& state, const Format& format) {
-    const Volume& volume = volume_of(format, Order::little);
+void copy(benchmark::State& state, const SeedFormat& format) {
+    const Volume& volume = volume_in_use(format, Order::little);
     std::string bytes = volume.bytes;
     for (auto _ : state) {
         std::memcpy(bytes.data(), volume.bytes.data(), bytes.size());
         benchmark::ClobberMemory();
     }
-    count(state, volume, true);
+    count(state, volume, format, true);
 }
 
-void write(benchmark::State& state, const Format& format) {
-    const Volume& volume = volume_of(format, Order::little);
-    std::vector<float> samples(volume.values);
+void write(benchmark::State& state, const SeedFormat& format) {
+    const Volume& volume = volume_in_use(format, Order::little);
+    std::vector<float> samples(floats_of(volume, format));
     float value = 0;
     for (auto _ : state) {
         std::fill(samples.begin(), samples.end(), value += 1);
         benchmark::ClobberMemory();
     }
-    count(state, volume, false);
+    count(state, volume, format, false);
 }
 
-void register_all() {
-    for (const Format& format : formats) {
-        const std::string name = format.name;
-        const auto add = [](const std::string& label, auto run) {
-            benchmark::RegisterBenchmark(label.c_str(), run)->Unit(benchmark::kMillisecond);
-        };
-        add(name + "/swap", [&format](benchmark::State& state) { decode(state, format, Order::big); });
-        add(name + "/decode", [&format](benchmark::State& state) { decode(state, format, Order::little); });
-        add(name + "/copy", [&format](benchmark::State& state) { copy(state, format); });
-        add(name + "/write", [&format](benchmark::State& state) { write(state, format); });
-    }
+void add(const std::string& name, const SeedFormat& format) {
+    const auto add = [&name](const char* what, auto run) {
+        benchmark::RegisterBenchmark((name + "/" + what).c_str(), run)->Unit(benchmark::kMillisecond);
+    };
+    add("swap", [&format](benchmark::State& state) { decode(state, format, Order::big); });
+    add("decode", [&format](benchmark::State& state) { decode(state, format, Order::little); });
+    add("copy", [&format](benchmark::State& state) { copy(state, format); });
+    add("write", [&format](benchmark::State& state) { write(state, format); });
+}
+
+// Several rows of the table share a decoder: the first one stands for them all.
+bool is_measured(const SeedFormat& format) {
+    if (format.convert == decode_unknown)
+        return false;
+    const auto first = std::find_if(seed_format_map.begin(), seed_format_map.end(),
+                                    [&](const SeedFormat& row) { return row.convert == format.convert; });
+    return &*first == &format;
+}
+
+const std::array names{
+#define QUARRY_FORMAT_NAME(NAME, ...) #NAME,
+    QUARRY_DATA_FORMATS(QUARRY_FORMAT_NAME)
+#undef QUARRY_FORMAT_NAME
+};
+
+void add_all() {
+    for (const SeedFormat& format : seed_format_map)
+        if (is_measured(format))
+            add(names[number_of(format)], format);
 }
 
 } // namespace
@@ -212,7 +227,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    quarry::register_all();
+    quarry::add_all();
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -6,6 +6,8 @@
 #include "platform/text.h"
 #include "state.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace quarry {
@@ -22,6 +24,29 @@ int compare_channel(const rec_len_t& test, const rec_len_t& base) {
 
 int compare_station(const order_t& test, const order_t& base) {
     return std::strcmp(test.stn, base.stn);
+}
+
+// At most `size` characters of a code, up to its NUL, as the digits of a number.
+std::uint64_t packed(const char* code, std::size_t size) {
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < size && code[i] != '\0'; ++i)
+        number = number << 8 | static_cast<unsigned char>(code[i]);
+    return number;
+}
+
+std::uint64_t packed_station(const char* stn) {
+    return packed(stn, sizeof rec_len_t::stn - 1);
+}
+
+// Longer codes are cut as those of the epochs are.
+EpochGroup channel_group(const char* stn, const char* chan_id, const char* loc_id) {
+    constexpr std::size_t chan_id_size = sizeof rec_len_t::chan_id - 1;
+    return {packed_station(stn) << (8 * chan_id_size) | packed(chan_id, chan_id_size),
+            packed(loc_id, sizeof rec_len_t::loc_id - 1)};
+}
+
+EpochGroup station_group(const char* stn) {
+    return {packed_station(stn), 0};
 }
 
 template <class Epoch>
@@ -43,11 +68,18 @@ int order_cmp(const order_t& test, const order_t& base) {
     return order != 0 ? order : compare_time(test, base);
 }
 
+EpochGroup group_of(const rec_len_t& epoch) {
+    return channel_group(epoch.stn, epoch.chan_id, epoch.loc_id);
+}
+EpochGroup group_of(const order_t& epoch) {
+    return station_group(epoch.stn);
+}
+
 SortedSet<rec_len_t> new_rec_list() {
-    return {rec_len_cmp, compare_channel};
+    return {};
 }
 SortedSet<order_t> new_order_list() {
-    return {order_cmp, compare_station};
+    return {};
 }
 
 void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030) {
@@ -89,12 +121,7 @@ void update_order_list(SortedSet<order_t>* order_list, const blk_050_t& b050) {
 }
 
 int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
-    rec_len_t sought{};
-    copy_text(sought.stn, member_text(dh->stn_id));
-    copy_text(sought.loc_id, member_text(dh->loc_id));
-    copy_text(sought.chan_id, member_text(dh->chan_id));
-    sought.start = dh->epoch;
-    const rec_len_t* found = rec_list.find(sought);
+    const rec_len_t* found = rec_list.find(channel_group(dh->stn_id, dh->chan_id, dh->loc_id), dh->epoch);
     if (found == nullptr)
         return 0;
     dh->length = found->len;
@@ -104,10 +131,9 @@ int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
 
 int lookup_order_list(const SortedSet<order_t>& order_list, const blk_dh_t& dh, int* long_order,
                       int* word_order) {
-    order_t sought{};
-    copy_text(sought.stn, member_text(dh.stn_id));
-    seed2epoch(member_text(dh.start_time), &sought.start);
-    const order_t* found = order_list.find(sought);
+    double time;
+    seed2epoch(member_text(dh.start_time), &time);
+    const order_t* found = order_list.find(station_group(dh.stn_id), time);
     if (found == nullptr)
         return 0;
     *long_order = found->long_order;

@@ -9,6 +9,10 @@
 #include "blockette/station.h"
 #include "blockette/volume.h"
 #include "platform/containers.h"
+#include "platform/sorted_set.h"
+
+#include <compare>
+#include <cstdint>
 
 namespace quarry {
 
@@ -32,13 +36,31 @@ struct order_t {
     int word_order; // 16-bit word order
 };
 
-// Three-way comparisons of a sought element with a stored one. Where all codes are equal, a sought start
-// inside the stored epoch (start inclusive, end exclusive) is equal; the sought element's end is never
-// looked at.
+// Three-way comparisons of a sought element with a stored one: by the codes, then by the times. Where all
+// codes are equal, a sought start inside the stored epoch (start inclusive, end exclusive) is equal; the
+// sought element's end is never looked at. They say what the lists below take for equal. The lists do not
+// call them, for they are no ordering that a search could follow.
 int rec_len_cmp(const rec_len_t& test, const rec_len_t& base);
 int order_cmp(const order_t& test, const order_t& base);
 
-// Empty lists ordered by them.
+// The codes of a channel or a station, packed to be compared fast: equal where the comparisons call all codes
+// equal.
+struct EpochGroup {
+    std::uint64_t station_and_channel;
+    std::uint64_t location;
+
+    auto operator<=>(const EpochGroup&) const = default;
+};
+
+EpochGroup group_of(const rec_len_t& epoch);
+EpochGroup group_of(const order_t& epoch);
+
+inline std::uint64_t hash_of(const EpochGroup& group) {
+    // Odd factors carry every bit into the upper ones.
+    return group.station_and_channel * 0x9E3779B97F4A7C15 + group.location * 0xC2B2AE3D27D4EB4F;
+}
+
+// Empty lists of epochs.
 SortedSet<rec_len_t> new_rec_list();
 SortedSet<order_t> new_order_list();
 

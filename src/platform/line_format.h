@@ -34,6 +34,10 @@ public:
     std::string_view text() const { return {storage_.data(), size_}; }
     void clear() { size_ = 0; }
 
+    // For a terminal: the values of %s and %c show their control characters as codes (terminal_text.h).
+    void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
+    bool is_for_terminal() const { return for_terminal_; }
+
     void append(std::string_view text) { std::copy(text.begin(), text.end(), extend(text.size()).begin()); }
 
     // Room for `count` more characters, which the caller fills before anything else is appended.
@@ -49,6 +53,7 @@ private:
 
     std::vector<char> storage_;
     std::size_t size_ = 0;
+    bool for_terminal_ = false;
 };
 
 // One conversion, with the place in the format of the plain text before it.

@@ -2,6 +2,7 @@
 
 #include "platform/message_log.h"
 #include "platform/text.h"
+#include "platform/toml_check.h"
 
 #include <array>
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -45,7 +47,7 @@ std::vector<std::string> search_path() {
 std::string find_parameter_file(const std::string& file_name) {
     for (const std::string& directory : search_path()) {
         std::string path = directory == "." ? file_name : directory + "/" + file_name;
-        if (access(path.c_str(), F_OK) == 0)
+        if (access(path.c_str(), F_OK) == 0 || errno == ELOOP)
             return path;
     }
     return {};
@@ -53,23 +55,27 @@ std::string find_parameter_file(const std::string& file_name) {
 
 constexpr std::size_t largest_file = std::size_t{1} << 20;
 
-// The content of a file, or none with errno set.
-std::optional<std::string> read_whole(const std::string& path) {
+// Reads a regular file. Returns the reason if it cannot be read, otherwise null.
+const char* read_whole(const std::string& path, std::string* content) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::strerror(errno);
+    if (!S_ISREG(status.st_mode)) // opening a FIFO would wait for its writer
+        return S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "Not a regular file";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file)
-        return std::nullopt;
-    std::string content;
+        return std::strerror(errno);
     std::array<char, 4096> piece;
     while (const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get())) {
-        content.append(piece.data(), length);
-        if (content.size() > largest_file) {
-            errno = EFBIG;
-            return std::nullopt;
-        }
+        content->append(piece.data(), length);
+        if (content->size() > largest_file)
+            return std::strerror(EFBIG);
     }
-    if (std::ferror(file.get()) != 0)
-        return std::nullopt;
-    return content;
+    return std::ferror(file.get()) != 0 ? std::strerror(errno) : nullptr;
+}
+
+void note_fault(const std::string& path, unsigned line, unsigned column, std::string_view reason) {
+    log_note("%s:%u:%u: %.*s\n", path.c_str(), line, column, static_cast<int>(reason.size()), reason.data());
 }
 
 std::map<std::string, ParameterValue> table_values(const toml::table& table) {
@@ -86,17 +92,19 @@ int param_read(const char* name, ParameterFile* parameters) {
     const std::string path = find_parameter_file(std::string(name) + ".pf");
     if (path.empty())
         return -1;
-    const std::optional<std::string> content = read_whole(path);
-    if (!content) {
-        log_note("Can't read %s: %s\n", path.c_str(), std::strerror(errno));
+    std::string content;
+    if (const char* reason = read_whole(path, &content); reason != nullptr) {
+        log_note("Can't read %s: %s\n", path.c_str(), reason);
         return -1;
     }
-    const toml::parse_result result = toml::parse(*content, path);
+    if (const std::optional<TomlFault> fault = find_toml_fault(content)) {
+        note_fault(path, fault->line, fault->column, fault->reason);
+        return -1;
+    }
+    const toml::parse_result result = toml::parse(content, path);
     if (!result) {
         const toml::parse_error& error = result.error();
-        log_note("%s:%u:%u: %s\n", path.c_str(), static_cast<unsigned>(error.source().begin.line),
-                 static_cast<unsigned>(error.source().begin.column),
-                 std::string(error.description()).c_str());
+        note_fault(path, error.source().begin.line, error.source().begin.column, error.description());
         return -1;
     }
     parameters->path = path;

@@ -2,7 +2,8 @@
 //
 // The file is looked for in each directory of the environment variable QUARRY_PARAM_PATH (separated by
 // colons; empty ones are passed over) where that is set and not empty; otherwise in the current directory,
-// then in the configuration directory of the installed program. The first that exists is read.
+// then in the configuration directory of the installed program. The first that exists is read; a loop of
+// symbolic links counts as one that cannot be read.
 #pragma once
 
 #include "platform/containers.h"
@@ -26,13 +27,14 @@ struct ParameterFile {
     std::map<std::string, unsigned> others;
 };
 
-// Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when there is none
-// or it cannot be read, or is larger than a megabyte; a note then tells why (for a file that is no TOML:
-// file, line, column, reason). An empty file is a valid one.
+// Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when it is missing,
+// cannot be read, is not a regular file, is larger than a megabyte, or is not TOML (or nests deeper than
+// toml_depth_limit). Except for a missing file a note tells why; for what is wrong in the file, with its line
+// and column. An empty file is a valid one.
 int param_read(const char* name, ParameterFile* parameters);
 
-// The table of texts under the key, or none. An entry that is no text is complained of (file, line, key) and
-// left out; a key that is no table is complained of and gives an empty one.
+// The table of texts under the key, or none. An entry that is not a text is reported (file, line, key) and
+// left out; a key that is not a table is reported and gives an empty one.
 std::optional<Map<std::string>> param_get_map(const ParameterFile& parameters, const char* key);
 
 } // namespace quarry

@@ -3,9 +3,14 @@
 #include "platform/memory.h"
 #include "platform/message_log.h"
 #include "platform/text.h"
+#include "platform/text_rows.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -24,22 +29,26 @@ constexpr int busy_milliseconds = 2000;
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close_v2)>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
-struct Table {
-    std::string name;
-    std::vector<std::string> columns;
-    std::vector<std::vector<std::string>> rows;
-    std::set<std::string> missing; // columns already complained of
-};
-
 struct Database {
-    std::string name;
-    Connection connection;
-    std::vector<Table> tables;
+    std::string name; // as given
+    std::string path; // absolute, without symbolic links
 };
 
-std::vector<Database>& databases() {
-    static std::vector<Database> opened;
-    return opened;
+struct Table {
+    std::int64_t database;
+    std::string name;
+    std::vector<std::string> columns = {};
+    TextRows rows{1};
+    std::set<std::string, std::less<>> missing = {}; // columns already reported
+};
+
+std::vector<Database> databases;
+std::vector<Table> tables;
+
+template <class T>
+T* element(std::vector<T>& elements, std::int64_t index) {
+    const auto at = static_cast<std::size_t>(index);
+    return index >= 0 && at < elements.size() ? &elements[at] : nullptr;
 }
 
 Statement prepare(sqlite3* connection, const std::string& sql) {
@@ -48,13 +57,15 @@ Statement prepare(sqlite3* connection, const std::string& sql) {
     return {statement, sqlite3_finalize};
 }
 
-int errno_of(int sqlite_result) {
-    switch (sqlite_result) {
+// The errno of a connection that failed. A file beside the database that cannot be made is refused like the
+// database itself; the system's own error then is that of SQLite's last try and tells nothing.
+int errno_of(int result, sqlite3* connection) {
+    const int system_error = sqlite3_system_errno(connection);
+    switch (result) {
     case SQLITE_BUSY:
-    case SQLITE_LOCKED:
         return EBUSY;
     case SQLITE_CANTOPEN:
-    case SQLITE_PERM:
+        return system_error == EMFILE || system_error == ENFILE ? system_error : EACCES;
     case SQLITE_READONLY:
         return EACCES;
     case SQLITE_NOMEM:
@@ -76,46 +87,76 @@ int unreadable_file(const char* name) {
     return access(name, R_OK) != 0 ? errno : 0;
 }
 
-std::string quoted_identifier(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char character : name)
-        quoted.append(character == '"' ? 2 : 1, character);
-    return quoted + '"';
+bool has_write_ahead_log(const std::string& path) {
+    constexpr std::size_t read_version = 19; // offset of that byte in the file
+    std::array<char, read_version + 1> header{};
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    return file && std::fread(header.data(), header.size(), 1, file.get()) == 1 && header[read_version] == 2;
 }
 
-// Reads rows until the statement ends and returns its last result.
-template <class Row>
-int step_rows(sqlite3_stmt* statement, Row row) {
-    int result = SQLITE_DONE;
-    while ((result = sqlite3_step(statement)) == SQLITE_ROW)
-        row();
-    if (result == SQLITE_NOMEM)
-        out_of_memory(QUARRY_SITE("store"), 1, "table");
-    return result;
+// The size of the file, or -1 if there is none.
+std::int64_t file_size(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_size : -1;
 }
 
-std::string column_text(sqlite3_stmt* statement, int column) {
+constexpr const char* shared = "mode=ro&readonly_shm=1";
+constexpr const char* as_unchanging = "mode=ro&immutable=1";
+constexpr const char* alone = "mode=rw";
+
+// How to open the database without changing its files or adding to them. A write-ahead log ("-wal") and its
+// index ("-shm") stand beside the database while a program has it open, and after a crash; SQLite would
+// create them, and write the index, for a reader too. Without a log nobody has the database open. With a log
+// and no index a reader that locks the others out keeps the index in its memory.
+const char* gentlest_access(const std::string& path) {
+    if (!has_write_ahead_log(path))
+        return shared;
+    const std::int64_t log_size = file_size(path + "-wal");
+    if (log_size >= 0 && file_size(path + "-shm") >= 0)
+        return shared;
+    return log_size > 0 ? alone : as_unchanging;
+}
+
+std::string uri_of(const std::string& path, const char* parameters) {
+    std::string uri = "file:";
+    for (const char character : path)
+        if (character == '%' || character == '?' || character == '#')
+            uri += character == '%' ? "%25" : character == '?' ? "%3f" : "%23";
+        else
+            uri += character;
+    return uri + "?" + parameters;
+}
+
+// Opens the file and looks at its schema: opening alone reads nothing, and does not tell whether this is a
+// database at all. Returns SQLite's result.
+int connect_by(const std::string& uri, Connection* connection) {
+    sqlite3* raw = nullptr;
+    int result = sqlite3_open_v2(uri.c_str(), &raw,
+                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+    connection->reset(raw);
+    if (result != SQLITE_OK)
+        return result & 0xff;
+    sqlite3_busy_timeout(raw, busy_milliseconds);
+    // The pending changes of a write-ahead log stay in it.
+    sqlite3_db_config(raw, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    if (sqlite3_db_readonly(raw, "main") == 0)
+        sqlite3_exec(raw, "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
+    return sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) & 0xff;
+}
+
+// A transaction that a crash left half written has to be undone in the file before the rest can be read.
+int connect(const std::string& path, Connection* connection) {
+    const int result = connect_by(uri_of(path, gentlest_access(path)), connection);
+    return result == SQLITE_READONLY ? connect_by(uri_of(path, alone), connection) : result;
+}
+
+std::string_view column_text(sqlite3_stmt* statement, int column) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     if (text != nullptr)
         return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
     if (sqlite3_column_type(statement, column) != SQLITE_NULL)
         out_of_memory(QUARRY_SITE("store"), 1, "field");
     return {};
-}
-
-bool is_table(sqlite3* connection, const char* name) {
-    const Statement statement =
-        prepare(connection, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE NOCASE");
-    sqlite3_bind_text(statement.get(), 1, name, -1, SQLITE_TRANSIENT);
-    bool found = false;
-    step_rows(statement.get(), [&] { found = true; });
-    return found;
-}
-
-bool has_column(const std::vector<std::string>& columns, const char* name) {
-    return std::any_of(columns.begin(), columns.end(), [name](const std::string& column) {
-        return sqlite3_stricmp(column.c_str(), name) == 0;
-    });
 }
 
 std::vector<std::string> column_names(sqlite3_stmt* statement) {
@@ -125,91 +166,51 @@ std::vector<std::string> column_names(sqlite3_stmt* statement) {
     return names;
 }
 
-// The statement that reads the table in the order of its rows. A view keeps its own order, and so does a
-// table without rowids or with columns of all three names that mean them.
-Statement select_rows(sqlite3* connection, const char* name) {
-    const std::string select = "SELECT * FROM " + quoted_identifier(name);
-    Statement statement = prepare(connection, select);
-    if (!statement || !is_table(connection, name))
-        return statement;
-    const std::vector<std::string> columns = column_names(statement.get());
-    for (const char* rowid : {"rowid", "_rowid_", "oid"})
-        if (!has_column(columns, rowid))
-            if (Statement ordered = prepare(connection, select + " ORDER BY " + rowid))
-                return ordered;
-    return statement;
+// The statement that reads the table in the order of its rows. A view, which has no rowids, keeps its own
+// order, and so does a table without rowids.
+Statement select_rows(sqlite3* connection, const std::string& name) {
+    const int has_rowids = sqlite3_table_column_metadata(connection, nullptr, name.c_str(), "_rowid_",
+                                                         nullptr, nullptr, nullptr, nullptr, nullptr);
+    return prepare(connection,
+                   "SELECT * FROM " + name + (has_rowids == SQLITE_OK ? " ORDER BY _rowid_" : ""));
 }
 
-Table read_table(Database& database, const char* name) {
-    sqlite3* connection = database.connection.get();
-    Table table{name, {}, {}, {}};
-    const Statement statement = select_rows(connection, name);
-    if (!statement) {
-        log_complain(0, "Can't read table '%s' of database %s: %s\n", name, database.name.c_str(),
-                     sqlite3_errmsg(connection));
-        return table;
-    }
-    table.columns = column_names(statement.get());
-    const int result = step_rows(statement.get(), [&] {
-        std::vector<std::string>& row = table.rows.emplace_back();
-        for (std::size_t i = 0; i < table.columns.size(); ++i)
-            row.push_back(column_text(statement.get(), static_cast<int>(i)));
-    });
-    if (result != SQLITE_DONE)
-        log_complain(0, "Can't read table '%s' of database %s beyond row %zu: %s\n", name,
-                     database.name.c_str(), table.rows.size(), sqlite3_errmsg(connection));
-    return table;
+// Reads what rows there are and returns SQLite's last result.
+int read_rows(sqlite3_stmt* statement, Table* table) {
+    table->columns = column_names(statement);
+    table->rows = TextRows(table->columns.size());
+    int result;
+    while ((result = sqlite3_step(statement)) == SQLITE_ROW)
+        for (int column = 0; column < sqlite3_column_count(statement); ++column)
+            table->rows.add(column_text(statement, column));
+    if (result == SQLITE_NOMEM)
+        out_of_memory(QUARRY_SITE("store"), 1, "table");
+    return result;
 }
 
-template <class T>
-T* element(std::vector<T>& elements, std::int64_t index) {
-    const auto at = static_cast<std::size_t>(index);
-    return index >= 0 && at < elements.size() ? &elements[at] : nullptr;
-}
-
-Table* table_at(StorePointer pointer) {
-    Database* database = element(databases(), pointer.database);
-    return database != nullptr ? element(database->tables, pointer.table) : nullptr;
+// Nothing is kept open, so that other programs find the database unlocked.
+void read_table(const Database& database, Table* table) {
+    Connection connection(nullptr, sqlite3_close_v2);
+    const bool connected = connect(database.path, &connection) == SQLITE_OK;
+    const Statement statement =
+        connected ? select_rows(connection.get(), table->name) : Statement(nullptr, sqlite3_finalize);
+    if (!statement)
+        log_complain(0, "Can't read table '%s' of database %s: %s\n", table->name.c_str(),
+                     database.name.c_str(), sqlite3_errmsg(connection.get()));
+    else if (read_rows(statement.get(), table) != SQLITE_DONE)
+        log_complain(0, "Can't read table '%s' of database %s beyond row %zu: %s\n", table->name.c_str(),
+                     database.name.c_str(), table->rows.size(), sqlite3_errmsg(connection.get()));
 }
 
 std::optional<std::size_t> column_index(Table& table, const char* name) {
     for (std::size_t i = 0; i < table.columns.size(); ++i)
         if (sqlite3_stricmp(table.columns[i].c_str(), name) == 0)
             return i;
-    if (table.missing.insert(name).second)
+    if (table.missing.find(name) == table.missing.end()) {
+        table.missing.insert(name);
         log_complain(0, "Table '%s' has no column '%s'\n", table.name.c_str(), name);
+    }
     return std::nullopt;
-}
-
-// Opens the file and looks at its schema: opening alone reads nothing, and does not tell whether this is a
-// database at all.
-int connect(const std::string& file, int flags, Connection* connection) {
-    sqlite3* raw = nullptr;
-    int result = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
-    connection->reset(raw);
-    if (result == SQLITE_OK) {
-        sqlite3_busy_timeout(raw, busy_milliseconds);
-        result = sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
-    }
-    return result & 0xff;
-}
-
-// A database in write-ahead mode needs files beside it even to be read, which a read-only place refuses.
-// Without changes pending it can be read as one that nobody changes.
-bool has_pending_changes(const std::string& file) {
-    struct stat status {};
-    return stat((file + "-wal").c_str(), &status) == 0 && status.st_size > 0;
-}
-
-std::string immutable_uri(const std::string& file) {
-    std::string uri = "file:";
-    for (const char character : file) {
-        if (character == '%' || character == '?' || character == '#')
-            uri += character == '%' ? "%25" : character == '?' ? "%3f" : "%23";
-        else
-            uri += character;
-    }
-    return uri + "?immutable=1";
 }
 
 } // namespace
@@ -218,54 +219,51 @@ StorePointer store_invalid() {
     return {-1, -1, -1, -1};
 }
 
-int store_open(const char* name, const char* mode, StorePointer* opened) {
+int store_open(const char* name, const char* /*mode*/, StorePointer* opened) {
     *opened = store_invalid();
     if (const int error = unreadable_file(name); error != 0) {
         errno = error;
         return -1;
     }
-    // Some names (":memory:", "file:...") mean something else to SQLite than to the user.
-    const std::string file = name[0] == '/' ? name : std::string("./") + name;
-    const bool writable = std::string_view(mode) == "r+";
+    const std::unique_ptr<char, decltype(&std::free)> path(realpath(name, nullptr), std::free);
+    if (!path)
+        return -1;
     Connection connection(nullptr, sqlite3_close_v2);
-    int result = connect(file, writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, &connection);
-    if ((result == SQLITE_CANTOPEN || result == SQLITE_READONLY) && !has_pending_changes(file))
-        result = connect(immutable_uri(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, &connection);
-    if (result != SQLITE_OK) {
-        const int system_error = sqlite3_system_errno(connection.get());
-        errno = result == SQLITE_CANTOPEN && system_error != 0 ? system_error : errno_of(result);
+    if (const int result = connect(path.get(), &connection); result != SQLITE_OK) {
+        errno = errno_of(result, connection.get());
         return -1;
     }
-    databases().push_back({name, std::move(connection), {}});
-    opened->database = static_cast<std::int64_t>(databases().size()) - 1;
+    databases.push_back({name, path.get()});
+    opened->database = static_cast<std::int64_t>(databases.size()) - 1;
     return 0;
 }
 
 StorePointer store_lookup(StorePointer pointer, const char* name) {
-    Database* database = element(databases(), pointer.database);
+    const Database* database = element(databases, pointer.database);
     if (database == nullptr)
         return store_invalid();
-    std::size_t at = 0;
-    while (at < database->tables.size() && database->tables[at].name != name)
-        ++at;
-    if (at == database->tables.size())
-        database->tables.push_back(read_table(*database, name));
-    return {pointer.database, static_cast<std::int64_t>(at), -1, 0};
+    const auto found = std::find_if(tables.begin(), tables.end(), [&](const Table& table) {
+        return table.database == pointer.database && table.name == name;
+    });
+    const std::int64_t at = found - tables.begin();
+    if (found == tables.end())
+        read_table(*database, &tables.emplace_back(Table{pointer.database, name}));
+    return {pointer.database, at, -1, 0};
 }
 
-std::int64_t store_query(StorePointer pointer, StoreQuery query) {
-    const Table* table = table_at(pointer);
-    if (table == nullptr || query != StoreQuery::record_count)
-        return 0;
-    return static_cast<std::int64_t>(table->rows.size());
+std::int64_t store_query(StorePointer pointer, StoreQuery /*record_count*/) {
+    const Table* table = element(tables, pointer.table);
+    return table != nullptr ? static_cast<std::int64_t>(table->rows.size()) : 0;
 }
 
 void store_get_fields(StorePointer pointer, std::initializer_list<StoreField> fields) {
-    Table* table = table_at(pointer);
-    const std::vector<std::string>* row = table != nullptr ? element(table->rows, pointer.record) : nullptr;
+    Table* table = element(tables, pointer.table);
+    const bool has_row =
+        pointer.record >= 0 && pointer.record < store_query(pointer, StoreQuery::record_count);
+    const char* row = has_row ? table->rows.row(static_cast<std::size_t>(pointer.record)) : nullptr;
     for (const StoreField& field : fields) {
-        const auto column = row != nullptr ? column_index(*table, field.name) : std::nullopt;
-        copy_text(field.destination, column ? std::string_view((*row)[*column]) : std::string_view());
+        const auto column = has_row ? column_index(*table, field.name) : std::nullopt;
+        copy_text(field.destination, column ? TextRows::text_at(row, *column) : std::string_view());
     }
 }
 

@@ -1,7 +1,9 @@
 // The relational table store: named tables of text fields, over an SQLite file.
 //
-// A table is read once, whole, when it is first looked up, in the order of its rows, so that no query runs
-// later. The database is never created and its content never changed.
+// A table is read once, whole, when it is first looked up, in the order of its rows; between opening and
+// reading, and afterwards, the file is closed and not locked. The database is never created. None of its
+// files is changed, with one exception: what a crash left half written (a rollback journal) has to be undone
+// first.
 #pragma once
 
 #include <cstdint>
@@ -32,20 +34,21 @@ struct StoreField {
 // The pointer that stands for no database.
 StorePointer store_invalid();
 
-// Opens the named database: mode "r+" read-write where that can be and read-only otherwise, any other mode
-// read-only. Returns 0, or -1 with errno set when the file is missing, cannot be read, is locked (EBUSY) or
-// is no database (EINVAL; an empty file is none); `opened` is then store_invalid.
+// Opens the named database. The mode is kept for the interface and unused: whatever it says, the database is
+// only read. Returns 0, or -1 with errno set when the file is missing, cannot be read, is locked for more
+// than two seconds (EBUSY) or is not a database (EINVAL, also for an empty file); `opened` is then
+// store_invalid.
 int store_open(const char* name, const char* mode, StorePointer* opened);
 
-// A pointer to the named table (record 0). A missing or unreadable table is complained of once, by name, and
-// counts as one without rows.
+// A pointer to the named table (record 0). A missing or unreadable table is reported once, by name, and
+// counts as one without rows. The name goes into a query as it is.
 StorePointer store_lookup(StorePointer database, const char* table);
 
 // The number of rows of the table; 0 for a pointer that points at none.
 std::int64_t store_query(StorePointer pointer, StoreQuery query);
 
 // Copies fields of the record that the pointer is at, as text. NULL is the empty text, and so is a missing
-// column, which is complained of once, by name.
+// column, which is reported once, by name.
 void store_get_fields(StorePointer pointer, std::initializer_list<StoreField> fields);
 
 } // namespace quarry

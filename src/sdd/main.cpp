@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
 #include <new>
 #include <unistd.h>
@@ -30,16 +31,19 @@ void occupy_standard_descriptors() {
 }
 
 // The program that started this one may have changed them. SIGPIPE ends the program when its reader goes
-// away, SIGCHLD lets it wait for a child, SIGXFSZ is ignored so that a listing beyond a size limit is a
-// failed write.
+// away, SIGTERM and SIGINT end it on request, SIGCHLD lets it wait for a child, SIGXFSZ is ignored so that a
+// listing beyond a size limit is a failed write. A SIGINT that is ignored stays so: shells start background
+// jobs that way.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
     std::signal(SIGCHLD, SIG_DFL);
     std::signal(SIGXFSZ, SIG_IGN);
-    sigset_t pipe_signal;
-    sigemptyset(&pipe_signal);
-    sigaddset(&pipe_signal, SIGPIPE);
-    sigprocmask(SIG_UNBLOCK, &pipe_signal, nullptr);
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGPIPE, SIGTERM, SIGINT})
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
 [[noreturn]] void usage() {
@@ -100,6 +104,8 @@ int run(int argc, char** argv) {
 } // namespace quarry
 
 int main(int argc, char** argv) {
+    // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
+    std::set_terminate([] { quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
     quarry::occupy_standard_descriptors();
     quarry::restore_signals();
     try {

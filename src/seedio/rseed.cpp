@@ -1,7 +1,6 @@
 #include "seedio/rseed.h"
 
 #include "decode/data_record.h"
-#include "platform/compressed_input.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
 #include "platform/text.h"
@@ -9,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <poll.h>
 #include <unistd.h>
 
 namespace quarry {
@@ -21,24 +19,31 @@ constexpr int read_buffer_size = 0x20002;
 // The buffer is filled up to more than this, which always covers the longest logical record.
 constexpr int enough_bytes = 65536;
 
-int open_input(const char* name) {
+ByteSource open_source(const char* name) {
     if (*name == '\0' || std::strcmp(name, "-") == 0)
-        return STDIN_FILENO;
-    std::FILE* stream = open_maybe_compressed(name);
-    if (stream == nullptr)
+        return ByteSource::of_descriptor(STDIN_FILENO);
+    ByteSource source = ByteSource::of_path(name);
+    if (source.error().kind != ByteError::Kind::none) {
+        errno = source.error().number;
         log_die(1, "Can't open input file %s\n", name);
-    return fileno(stream);
+    }
+    return source;
 }
 
-// An interrupted read is repeated; where a descriptor has nothing yet, this waits.
-ssize_t read_some(int fd, char* out, std::size_t count) {
-    for (;;) {
-        const ssize_t result = read(fd, out, count);
-        if (result >= 0 || (errno != EINTR && errno != EAGAIN))
-            return result;
-        pollfd waiting{fd, POLLIN, 0};
-        if (errno == EAGAIN)
-            poll(&waiting, 1, -1);
+// Reports why a read failed. Compressed data that are damaged end the input, but are not a read error.
+void report_failed_read(SeedInput* input) {
+    const ByteError& error = input->source.error();
+    const std::string reason(error.reason);
+    switch (error.kind) {
+    case ByteError::Kind::damaged:
+        log_complain(0, "Decompressing %s ended badly: %s\n", input->name.c_str(), reason.c_str());
+        break;
+    case ByteError::Kind::trailing:
+        log_complain(0, "Decompressing %s: %s\n", input->name.c_str(), reason.c_str());
+        break;
+    default:
+        errno = input->read_error = error.number;
+        log_complain(1, "input read error\n");
     }
 }
 
@@ -58,8 +63,27 @@ int left_in_record(const SeedInput* input) {
     return input->recsiz + input->start - input->cur;
 }
 
-// Copies from the buffer if it holds that many bytes from the cursor on.
+// Adds what one read gives to the buffer; the end or a failure sets `eof`.
+void read_piece(SeedInput* input) {
+    if (input->before_read != nullptr)
+        input->before_read();
+    const auto room = std::span(input->buffer).subspan(static_cast<std::size_t>(input->pbytes));
+    const ssize_t result = input->source.read(room);
+    if (result > 0) {
+        input->pbytes += static_cast<int>(result);
+        input->totbytes += result;
+        input->nreads += 1;
+        return;
+    }
+    input->eof = 1;
+    if (result < 0)
+        report_failed_read(input);
+}
+
+// Copies from the buffer, which then holds that many bytes from the cursor on, unless the input ends before.
 bool copy_buffered(SeedInput* input, char* out, int count) {
+    while (input->pbytes - input->cur < count && input->eof == 0)
+        read_piece(input);
     if (input->pbytes - input->cur < count)
         return false;
     std::copy_n(input->buffer.data() + input->cur, count, out);
@@ -71,7 +95,9 @@ bool copy_buffered(SeedInput* input, char* out, int count) {
 
 SeedInput* newSeedInput(const char* name) {
     auto* input = new_zeroed<SeedInput>(QUARRY_SITE("rseed"), sizeof(SeedInput), "handle");
-    input->fd = open_input(name);
+    input->name = name;
+    input->source = open_source(name);
+    input->fd = input->source.descriptor();
     input->sZphysical = read_buffer_size;
     allocate_zeroed(input->buffer, read_buffer_size, QUARRY_SITE("rseed"), read_buffer_size,
                     "handle->buffer");
@@ -101,26 +127,11 @@ int moredata(SeedInput* input) {
         input->start = 0;
         input->cur = 0;
     }
-    while (input->eof == 0 && input->pbytes <= enough_bytes) {
-        if (input->before_read != nullptr)
-            input->before_read();
-        const ssize_t result = read_some(input->fd, buffer + input->pbytes,
-                                         static_cast<std::size_t>(input->sZphysical - input->pbytes));
-        if (result < 1) {
-            input->eof = 1;
-            if (result != 0) {
-                input->read_error = errno;
-                log_complain(1, "input read error\n");
-                return -1;
-            }
-            end_maybe_compressed(input->fd);
-        } else {
-            input->pbytes += static_cast<int>(result);
-            input->totbytes += result;
-            input->nreads += 1;
-        }
-    }
-    return input->eof != 0 && input->pbytes == 0 ? -1 : 0;
+    // A record whose writer is slow is used as soon as it is there.
+    while (input->eof == 0 && input->pbytes <= enough_bytes &&
+           (input->pbytes < header_size || !input->source.would_wait()))
+        read_piece(input);
+    return input->read_error != 0 || (input->eof != 0 && input->pbytes == 0) ? -1 : 0;
 }
 
 int advanceLogicalRecord(SeedInput* input) {
@@ -163,6 +174,12 @@ int read_remainder(SeedInput* input, char* out, int count) {
             return 0;
     }
     return 1;
+}
+
+bool ends_after(SeedInput* input, int count) {
+    while (input->pbytes - input->start <= count && input->eof == 0)
+        read_piece(input);
+    return input->pbytes - input->start == count;
 }
 
 void setReadRecLen(SeedInput* input, int power) {

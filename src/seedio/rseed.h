@@ -7,8 +7,10 @@
 #pragma once
 
 #include "decode/data_record.h"
+#include "platform/byte_source.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace quarry {
@@ -17,7 +19,9 @@ inline constexpr int default_record_size = 512; // until the volume says otherwi
 inline constexpr int largest_record_power = 16; // no logical record of a volume is longer than 65536 bytes
 
 struct SeedInput {
-    int fd;
+    std::string name; // of the input, for messages
+    ByteSource source;
+    int fd;                   // the descriptor that the source reads
     int fileno;               // number of the current tape file; 1 in the first pass
     std::vector<char> buffer; // of read_buffer_size bytes
     int sZphysical;           // its size
@@ -40,14 +44,14 @@ struct SeedInput {
     void (*before_read)();
 };
 
-// Opens the named input, standard input for an empty name or "-", decompressing gzip- and compress-encoded
-// files. Fatal if it cannot be opened. Released by freeSeedInput.
+// Opens the named input, standard input for an empty name or "-"; compressed input is decompressed. Fatal if
+// it cannot be opened. Released by freeSeedInput.
 SeedInput* newSeedInput(const char* name);
 
 // Starts the next pass: forgets what is buffered and the end of the file, counts from 0.
 void clrSeedInput(SeedInput* input);
 
-// Releases the state and its buffer; the descriptor is left open.
+// Releases the state with all that newSeedInput opened; standard input stays open.
 void freeSeedInput(SeedInput* input);
 
 // Moves what is unread to the buffer's front and fills it. Returns 0, or -1 on a read error (reported)
@@ -66,6 +70,9 @@ int read_fixed_header(SeedInput* input, char* out, int count);
 // Copies `count` bytes, going on in the next logical records as needed. Returns 1, or 0 at the end of the
 // input.
 int read_remainder(SeedInput* input, char* out, int count);
+
+// True if the input ends exactly `count` bytes after the beginning of the current logical record.
+bool ends_after(SeedInput* input, int count);
 
 // Sets the logical record length to 2 to the given power (at least 2 bytes), in force from the next record
 // on. A power above largest_record_power is reported and changes nothing.

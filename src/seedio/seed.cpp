@@ -73,12 +73,20 @@ void settle_type_and_length(blk_dh_t* dh, std::span<const char> raw) {
     dh->length = state->record_size;
 }
 
-// Reads the front of a data record, whose first bytes are in the body, and settles its header. Returns the
-// header, or none at the end of the input.
-BlockettePointer read_data_header(read_handle_t* handle) {
+// How much of a data record is read before its length is known: no more than all of a shortest record.
+int front_of(SeedInput* input) {
+    constexpr int shortest = shortest_record_size;
+    return input->recsiz == shortest || ends_after(input, shortest) ? shortest : int{record_front_size};
+}
+
+// Reads the front of a data record, whose first bytes are in the body, and settles its header. What a shorter
+// front lacks counts as zero. Returns the header, or none at the end of the input.
+BlockettePointer read_data_header(read_handle_t* handle, int front) {
     SeedInput* input = handle->logical;
     BlockettePointer owner(nullptr, {data_record_type});
-    if (read_remainder(input, body(handle) + type_and_length_size, front_size - type_and_length_size) == 0) {
+    constexpr int in_body = image_header_size + type_and_length_size;
+    std::fill(handle->image.begin() + front, handle->image.begin() + record_front_size, '\0');
+    if (read_remainder(input, handle->image.data() + in_body, front - in_body) == 0) {
         restore_read_error(input);
         log_complain(1, "Unexpected end of file reading data header File #%d\n", Tapefile);
         return owner;
@@ -96,9 +104,8 @@ BlockettePointer read_data_header(read_handle_t* handle) {
 
 // Reads the rest of a data record, of which the front is in the image. Returns 1, or 0 at the end of the
 // input.
-int read_data(read_handle_t* handle, blk_dh_t* dh) {
+int read_data(read_handle_t* handle, blk_dh_t* dh, int front) {
     SeedInput* input = handle->logical;
-    constexpr int front = record_front_size;
     if (dh->length > largest_blockette)
         log_die(0, "Data blockette size = %d: too large for internal buffer.\n", dh->length);
     input->recsiz = dh->length;
@@ -118,8 +125,9 @@ int read_data(read_handle_t* handle, blk_dh_t* dh) {
 // the body.
 int read_data_record(read_handle_t* handle, void** record, int* type) {
     count_within_sequence(handle, handle->logical->seq_num);
-    BlockettePointer owner = read_data_header(handle);
-    if (owner == nullptr || read_data(handle, static_cast<blk_dh_t*>(owner.get())) == 0)
+    const int front = front_of(handle->logical);
+    BlockettePointer owner = read_data_header(handle, front);
+    if (owner == nullptr || read_data(handle, static_cast<blk_dh_t*>(owner.get()), front) == 0)
         return 0;
     *record = owner.release();
     *type = data_record_type;
