@@ -81,6 +81,16 @@ void read_piece(SeedInput* input) {
         report_failed_read(input);
 }
 
+// Reads up to the current logical record where the rest of the one before, only padding, is still to come.
+void pass_over_missing(SeedInput* input) {
+    while (input->start > input->pbytes && input->eof == 0) {
+        input->start -= input->pbytes;
+        input->cur = input->start;
+        input->pbytes = 0;
+        read_piece(input);
+    }
+}
+
 // Copies from the buffer, which then holds that many bytes from the cursor on, unless the input ends before.
 bool copy_buffered(SeedInput* input, char* out, int count) {
     while (input->pbytes - input->cur < count && input->eof == 0)
@@ -121,6 +131,7 @@ void freeSeedInput(SeedInput* input) {
 
 int moredata(SeedInput* input) {
     char* buffer = input->buffer.data();
+    pass_over_missing(input);
     if (input->start > 0) {
         const int tail = std::max(input->pbytes - input->start, 0);
         std::copy_n(buffer + input->pbytes - tail, tail, buffer);
