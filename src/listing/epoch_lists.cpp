@@ -6,9 +6,11 @@
 #include "platform/text.h"
 #include "state.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -153,7 +155,7 @@ int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
     if (found == nullptr)
         return 0;
     dh->length = found->len;
-    copy_text(dh->format, member_text(found->format));
+    std::copy(std::begin(found->format), std::end(found->format), dh->format);
     return 1;
 }
 
