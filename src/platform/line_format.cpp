@@ -10,6 +10,11 @@
 
 namespace quarry {
 
+// Not a part of make_room, which is in every line.
+void LineBuffer::grow(std::size_t count) {
+    storage_.resize(std::max(2 * storage_.size(), size_ + count + 1024));
+}
+
 namespace {
 
 // Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
@@ -19,6 +24,8 @@ std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char s
     const std::size_t signs = sign != 0 ? 1 : 0;
     const std::size_t width = std::max<std::size_t>(conversion.width, signs + length);
     const std::size_t padding = width - signs - length;
+    if (!conversion.left && !zeros && sign == 0)
+        return out.extend(width, padding).subspan(padding);
     const std::span<char> field = out.extend(width);
     const bool sign_first = conversion.left || zeros;
     if (padding > 0) {
@@ -215,6 +222,11 @@ bool append_fixed(LineBuffer& out, const Conversion& conversion, double value) {
 
 // Only where the shorter notation is the one without exponent; no zeros at the end of the decimals.
 bool append_general(LineBuffer& out, const Conversion& conversion, double value) {
+    const double limit = static_cast<double>(powers_of_ten[conversion.precision]);
+    if (value >= 0 && value < limit && value == std::trunc(value) && !std::signbit(value)) { // most rates
+        append_digits(out, conversion, value, static_cast<std::uint64_t>(value), 0);
+        return true;
+    }
     const auto number = scientific(std::fabs(value), conversion.precision - 1);
     if (!number || number->exponent < -4 || number->exponent >= conversion.precision)
         return false;
