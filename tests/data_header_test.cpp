@@ -215,7 +215,6 @@ TEST(SeedInput, StateOfALogicalRecord) {
     clrSeedInput(input);
     EXPECT_EQ(std::tie(input->fileno, input->recno, input->nreads, input->totbytes, input->recsiz),
               std::make_tuple(1, 0, 0, 0, 0));
-    close(input->fd);
     freeSeedInput(input);
 }
 
@@ -302,7 +301,9 @@ TEST(DataRecord, ReinitializedHandle) {
                       .data({.size = 4096})
                       .bytes());
     EXPECT_EQ(volume.next()->length, 512);
+    EXPECT_EQ(volume.handle()->order_list.size(), 1U);
     reinit_handle(volume.handle());
+    EXPECT_EQ(volume.handle()->order_list.size(), 0U);
     const blk_dh_t* dh = volume.next();
     EXPECT_EQ(dh->length, 4096);
     EXPECT_STREQ(dh->format, "");

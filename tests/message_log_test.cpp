@@ -5,6 +5,7 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
+#include "listing/count.h"
 #include "listing/pbrief.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
@@ -145,6 +146,15 @@ TEST(Defaults, OfEveryType) {
 #undef QUARRY_COMPARE
     testing::internal::GetCapturedStderr();
     expect_recorded("Defaults", "OfEveryType", result);
+}
+
+// Messages about the content end in no error of the system that was before.
+TEST(MessageLog, TypeThatIsNotCounted) {
+    name_the_log();
+    testing::internal::CaptureStderr();
+    errno = ENOENT;
+    count_blk(nullptr, 499);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quarry: Unknown block type = 499: Success\n");
 }
 
 TEST(Defaults, ReleaseOfAnUnknownType) {

@@ -247,10 +247,20 @@ bool append_general(LineBuffer& out, const Conversion& conversion, double value)
 
 } // namespace
 
+void LineBuffer::append_lasting(std::string_view text) {
+    constexpr std::size_t worth_a_write = 16384;
+    if (write_ == nullptr || text.size() < worth_a_write)
+        return append(text);
+    write_(stream_, this->text());
+    write_(stream_, text);
+    clear();
+}
+
 LineBuffer& scratch_line() {
     static thread_local LineBuffer line;
     line.clear();
     line.set_for_terminal(false);
+    line.set_stream(nullptr, nullptr);
     return line;
 }
 

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <span>
 #include <string_view>
@@ -39,10 +40,21 @@ public:
     void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
     bool is_for_terminal() const { return for_terminal_; }
 
+    // For a stream: a long text of append_lasting is written at once, with what is before it, and is then no
+    // part of text().
+    using Write = void (*)(std::FILE* stream, std::string_view text);
+    void set_stream(Write write, std::FILE* stream) {
+        write_ = write;
+        stream_ = stream;
+    }
+
     void append(std::string_view text) {
         if (!text.empty())
             std::memcpy(extend(text.size()).data(), text.data(), text.size());
     }
+
+    // The same for a text that stays as it is until the process ends.
+    void append_lasting(std::string_view text);
 
     // Room for `count` more characters, which the caller fills before anything else is appended.
     std::span<char> extend(std::size_t count) {
@@ -75,6 +87,8 @@ private:
     std::vector<char> storage_;
     std::size_t size_ = 0;
     bool for_terminal_ = false;
+    Write write_ = nullptr;
+    std::FILE* stream_ = nullptr;
 };
 
 // One conversion, with the place in the format of the plain text before it.

@@ -101,6 +101,7 @@ bool is_terminal(std::FILE* stream) {
 LineBuffer& line_for(std::FILE* stream) {
     LineBuffer& line = scratch_line();
     line.set_for_terminal(is_terminal(stream));
+    line.set_stream(write_text, stream);
     return line;
 }
 
