@@ -17,15 +17,12 @@ void LineBuffer::grow(std::size_t count) {
 
 namespace {
 
-// Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
-// of its body, which the caller fills.
-std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char sign, std::size_t length,
-                           bool zeros = false) {
+// As open_field, for all fields.
+std::span<char> open_any_field(LineBuffer& out, const Conversion& conversion, char sign, std::size_t length,
+                               bool zeros) {
     const std::size_t signs = sign != 0 ? 1 : 0;
     const std::size_t width = std::max<std::size_t>(conversion.width, signs + length);
     const std::size_t padding = width - signs - length;
-    if (!conversion.left && !zeros && sign == 0)
-        return out.extend(width, padding).subspan(padding);
     const std::span<char> field = out.extend(width);
     const bool sign_first = conversion.left || zeros;
     if (padding > 0) {
@@ -36,6 +33,16 @@ std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char s
     if (sign != 0)
         field[sign_first ? 0 : padding] = sign;
     return field.subspan(conversion.left ? signs : signs + padding, length);
+}
+
+// Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
+// of its body, which the caller fills.
+inline std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char sign,
+                                  std::size_t length, bool zeros = false) {
+    if (conversion.left || zeros || sign != 0)
+        return open_any_field(out, conversion, sign, length, zeros);
+    const std::size_t width = std::max<std::size_t>(conversion.width, length);
+    return out.extend(width, width - length).subspan(width - length); // nearly every field
 }
 
 char sign_of(const Conversion& conversion, bool negative) {
