@@ -1,5 +1,6 @@
 #include "platform/message_log.h"
 
+#include "platform/end_process.h"
 #include "platform/standard_output.h"
 
 #include <cerrno>
@@ -120,7 +121,7 @@ void log_die(int with_errno, const char* format, ...) {
     report(error_text, format, arguments);
     va_end(arguments);
     flush_output(stdout);
-    std::exit(EXIT_FAILURE);
+    end_process(EXIT_FAILURE);
 }
 
 void log_flush(int clear) {

@@ -80,12 +80,19 @@ void read_piece(SeedInput* input) {
         report_failed_read(input);
 }
 
+// The end, for every later call too.
+void end_input(SeedInput* input) {
+    input->start = input->cur = input->pbytes;
+}
+
 // Copies from the buffer, which then holds that many bytes from the cursor on, unless the input ends before.
 bool copy_buffered(SeedInput* input, char* out, int count) {
     while (input->pbytes - input->cur < count && input->eof == 0)
         read_piece(input);
-    if (input->pbytes - input->cur < count)
+    if (input->pbytes - input->cur < count) {
+        end_input(input);
         return false;
+    }
     std::copy_n(input->buffer.data() + input->cur, count, out);
     input->cur += count;
     return true;
@@ -142,7 +149,7 @@ int advanceLogicalRecord(SeedInput* input) {
     if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
         return -1;
     if (input->pbytes - input->start < header_size) {
-        input->start = input->cur = input->pbytes; // the end, for every later call too
+        end_input(input);
         return -1;
     }
 
