@@ -29,6 +29,18 @@ const std::string broken_pipe = "mkfifo pipe; : <pipe & exec 3>pipe; wait; ";
 const std::string unfriendly =
     "env --ignore-signal=PIPE --block-signal=PIPE $quarry demo >&3; echo status $?";
 
+// Texts that would move the cursor, forge a line or change the terminal's settings; "\303\251" is a letter.
+const std::map<std::string, std::string> volume_of_controls{
+    {"volume", padded("000001V " + blockette(33, "001\33[2J\nquarry: forged\303\251\302\233\200\177~") +
+                          blockette(33, "\33\n\r~"),
+                      512)}};
+
+// The smallest limits at which the program is loaded at all, and what then ends it.
+const std::string little_memory =
+    "kib=2048; while (ulimit -v $kib; $quarry demo) >out 2>&1; [ $? = 127 ]; do kib=$((kib + 64)); done; "
+    "for step in $(seq 32); do (ulimit -v $kib; $quarry demo >out 2>err; "
+    "echo status $?, $(grep -c '^quarry: Out of memory in .*of' err) message); kib=$((kib + 16)); done | sort | uniq -c | sed 's/ *[0-9]* //'";
+
 const bool command_line = make_recorded_tests(
     "CommandLine",
     {
@@ -44,6 +56,12 @@ const bool command_line = make_recorded_tests(
         {"ClosedDescriptors",
          "mkfifo volume; $quarry volume <&- >&- 2>&- & exec 3>volume; cd /proc/$!; readlink fd/0 fd/1 fd/2; "
          "grep -ho 'flags.*' fdinfo/0 fdinfo/1 fdinfo/2 | grep -o '.$'; exec 3>&-; wait"},
+        {"Directory", "$quarry /"},
+        {"OddNames",
+         "for name in -- '%s%n' 'two\nlines' \"$(printf '%0300d' 0)\"; do $quarry ./\"$name\"; done"},
+        {"Fifo", "mkfifo pipe; cat demo >pipe & $quarry -s pipe | head -1", demo},
+        {"Terminal", "script -qec '$quarry volume' /dev/null </dev/null | tr -d '\\r'", volume_of_controls},
+        {"NoTerminal", "$quarry volume", volume_of_controls},
         {"NoParameterFile", "rm quarry.pf; $quarry demo", demo},
         {"NoParameterFileOnThePath", "QUARRY_PARAM_PATH=here:there $quarry demo", demo},
         {"ParameterFileOfTheCurrentDirectory", "cd first; $quarry ../volume", two_parameter_files},
@@ -57,6 +75,10 @@ const bool command_line = make_recorded_tests(
          two_parameter_files},
         {"BrokenParameterFile", "QUARRY_PARAM_PATH=broken:first $quarry volume", two_parameter_files},
     });
+
+#ifndef __SANITIZE_ADDRESS__ // which needs more address space than any limit gives
+const bool limits = make_recorded_tests("Limits", {{"LittleMemory", little_memory, demo}});
+#endif
 
 const std::string usage_of_link = "\nUsage: ./quarry [[-f n] [-sS] [-d database] [seed]\n";
 const std::string banner_of_link =

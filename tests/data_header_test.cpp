@@ -14,6 +14,8 @@
 
 #include <array>
 #include <climits>
+#include <cstdlib>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace quarry {
@@ -87,6 +89,24 @@ TEST(DataHeader, SampleRate) {
         EXPECT_DOUBLE_EQ(header.samp_rate, rate) << factor << " " << multiplier;
         EXPECT_EQ(std::make_pair(header.rate_f, header.rate_m),
                   rate == 0 ? std::make_pair(0, 0) : std::make_pair(word_comp(factor), multiplier));
+    }
+}
+
+TEST(Handle, ReleasesAllThatItOpened) {
+    const TemporaryDirectory directory;
+    const std::string plain = directory.file("demo", demonstration_volume());
+    ASSERT_EQ(std::system(("gzip -k " + plain).c_str()), 0);
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = 64;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    for (int i = 0; i < 10000; ++i) {
+        read_handle_t* handle = seed_read((i % 2 == 0 ? plain : plain + ".gz").c_str()); // fatal if it fails
+        void* record = nullptr;
+        int type = 0;
+        ASSERT_EQ(read_blk(handle, &record, &type), 1);
+        free_blk(record, type);
+        free_handle(handle);
     }
 }
 
@@ -195,7 +215,6 @@ TEST(SeedInput, StateOfALogicalRecord) {
     clrSeedInput(input);
     EXPECT_EQ(std::tie(input->fileno, input->recno, input->nreads, input->totbytes, input->recsiz),
               std::make_tuple(1, 0, 0, 0, 0));
-    close(input->fd);
     freeSeedInput(input);
 }
 
@@ -282,7 +301,9 @@ TEST(DataRecord, ReinitializedHandle) {
                       .data({.size = 4096})
                       .bytes());
     EXPECT_EQ(volume.next()->length, 512);
+    EXPECT_EQ(volume.handle()->order_list.size(), 1U);
     reinit_handle(volume.handle());
+    EXPECT_EQ(volume.handle()->order_list.size(), 0U);
     const blk_dh_t* dh = volume.next();
     EXPECT_EQ(dh->length, 4096);
     EXPECT_STREQ(dh->format, "");

@@ -188,6 +188,9 @@ TEST(Usnsn, ByHand) {
     EXPECT_EQ(decode(decode_usnsn, small, 4, Order::little).samples, (Floats{10, 11, 13, 12}));
     EXPECT_EQ(decode(decode_usnsn, small, 2, Order::little).samples, (Floats{10, 11}));
     EXPECT_EQ(decode(decode_usnsn, small, 0, Order::little).samples, (Floats{10})); // always one
+    std::string many = small; // as many as 16 bits count
+    many.replace(4, 2, "\xFF\xFF");
+    EXPECT_EQ(decode(decode_usnsn, many, 4, Order::little).samples, (Floats{10, 11, 13, 12}));
     // What lies beyond the bytes given reads as zero; the last bytes, less than a word, are not swapped.
     const std::string cut("\x0A\0\0\0\x12\0\7\0\xF5", 9);
     CaptureStdout();
@@ -195,6 +198,24 @@ TEST(Usnsn, ByHand) {
     EXPECT_EQ(GetCapturedStdout(), "########## nct mismatch ########## ict=0 nct=6 ipt=13\n");
     EXPECT_EQ(decoded.samples, (Floats{10, 11, 13, 12, 17, 17, 17, 17}));
     EXPECT_EQ(decoded.bytes, std::string("\0\0\0\x0A\0\7\0\x12\xF5", 9));
+}
+
+TEST(Usnsn, BytesBeyondTheRecordAreNotRead) {
+    const std::string bytes("\0\0\0\x0A\0\4\x33\x04\x10\x41", 10); // differences of 1 in 6 bits each
+    const std::array<float, 5> expected[] = {
+        {10, 10, 10, 10, 10}, {10, 11, 11, 11, 11}, {10, 11, 12, 12, 12}, {10, 11, 12, 13, 14}};
+    for (const int count : {3, 4}) // 3 take some bits of their last byte only
+        for (const int size : {7, 8, 9, 10}) {
+            std::string record = bytes.substr(0, static_cast<std::size_t>(size)) + std::string(99, '\xFF');
+            record[5] = static_cast<char>(count);
+            std::array<float, 5> samples = expected[size - 7];
+            seismic_data_ptr = samples.data();
+            CaptureStdout();
+            decode_usnsn(record.data(), 5, size, 0);
+            GetCapturedStdout();
+            EXPECT_EQ(samples, expected[size - 7]) << size;
+            EXPECT_EQ(seismic_data_ptr - samples.data(), count + 1);
+        }
 }
 
 // A record as dcmprs reads it: 40 samples, two full frames with keys 6 and 6, then a part of one.
@@ -302,14 +323,16 @@ TEST(Usnsn, ImpendingOverflowAndFullBufferStopTheRecord) {
         EXPECT_EQ(d.values, Series(usnsn_series.begin(), usnsn_series.begin() + room));
         EXPECT_EQ(d.ovr, 1);
     }
-    record[6 + 17] = '\x0F'; // the keys of the second frame
-    const Decompressed d = decompress(record, 60);
-    EXPECT_EQ(d.result, -1);
-    EXPECT_EQ(d.output, "## impending integer overflow ## id0=" + std::to_string(usnsn_series[16]) +
-                            " keys=0 15 ipt=25\n");
     Series expected(usnsn_series.begin(), usnsn_series.begin() + 17);
     expected.resize(39); // zeros up to the last sample but one
-    EXPECT_EQ(d.values, expected);
+    for (const auto& [keys, shown] : {std::pair{'\x0F', "0 15"}, {'\xF0', "15 0"}}) {
+        record[6 + 17] = keys; // of the second frame
+        const Decompressed d = decompress(record, 60);
+        EXPECT_EQ(d.result, -1);
+        EXPECT_EQ(d.output, "## impending integer overflow ## id0=" + std::to_string(usnsn_series[16]) +
+                                " keys=" + shown + " ipt=25\n");
+        EXPECT_EQ(d.values, expected);
+    }
 
     record.replace(0, 4, bytes_of({0x3FFF'FFFF}, Order::big));
     EXPECT_EQ(decompress(record, 60).values[1], 0x3FFF'FFFF + usnsn_series[1] - usnsn_series[0]);

@@ -5,10 +5,14 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
+#include "listing/count.h"
 #include "listing/pbrief.h"
+#include "platform/memory.h"
 #include "platform/message_log.h"
+#include "sdd/sdd.h"
 
 #include <array>
+#include <new>
 #include <regex>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,6 +49,18 @@ TEST(MessageLog, NotesWaitForTheNextComplaint) {
     EXPECT_EXIT(log_die(0, "the end"), testing::ExitedWithCode(1), "^quarry: the end\n$");
 }
 
+// Runs the work in a process whose allocations fail from the given one on, and ends it as the command does.
+template <class Work>
+[[noreturn]] void end_without_memory(int allocations, Work work) {
+    allocations_left = allocations;
+    try {
+        work();
+    } catch (const std::bad_alloc&) {
+        out_of_memory(QUARRY_SITE("main"), 1, "working storage");
+    }
+    _exit(0);
+}
+
 // What is said when the memory ends at the first allocation, at the second and so on, with the exit status.
 std::string exhaustions(int type, const std::string& text) {
     std::string said;
@@ -54,9 +70,7 @@ std::string exhaustions(int type, const std::string& text) {
         const pid_t child = fork();
         if (child == 0) {
             dup2(ends[1], STDERR_FILENO);
-            allocations_left = allocations;
-            parse_blk(text, type);
-            _exit(0);
+            end_without_memory(allocations, [&] { parse_blk(text, type); });
         }
         close(ends[1]);
         std::array<char, 1000> message;
@@ -88,6 +102,30 @@ TEST(Memory, ExhaustionIsFatal) {
     expect_recorded("Memory", "ExhaustionIsFatal", result);
 }
 
+TEST(Memory, EveryAllocationOfARunMayFail) {
+    name_the_log();
+    const TemporaryDirectory directory;
+    const std::string volume = directory.file("demo", demonstration_volume());
+    const std::string messages = directory.path() + "/messages";
+    int status = 1;
+    int allocations = 0;
+    for (; status != 0 && allocations < 100000; ++allocations) {
+        const pid_t child = fork();
+        if (child == 0) {
+            if (std::freopen(messages.c_str(), "w", stderr) == nullptr ||
+                std::freopen("/dev/null", "w", stdout) == nullptr)
+                _exit(2);
+            end_without_memory(allocations, [&] { sdd(volume.c_str(), 0); });
+        }
+        waitpid(child, &status, 0);
+        const std::string said = content_of(messages);
+        const std::regex last("(^|[^]*\n)quarry: Out of memory in [^]*: Cannot allocate memory\n$");
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << allocations << ": " << said;
+        ASSERT_EQ(status != 0, std::regex_match(said, last)) << allocations << ": " << said;
+    }
+    EXPECT_GT(allocations, 100);
+}
+
 // The defaults of a new record, and of a used one that is made ready anew.
 TEST(Defaults, OfEveryType) {
     name_the_log();
@@ -108,6 +146,15 @@ TEST(Defaults, OfEveryType) {
 #undef QUARRY_COMPARE
     testing::internal::GetCapturedStderr();
     expect_recorded("Defaults", "OfEveryType", result);
+}
+
+// Messages about the content end in no error of the system that was before.
+TEST(MessageLog, TypeThatIsNotCounted) {
+    name_the_log();
+    testing::internal::CaptureStderr();
+    errno = ENOENT;
+    count_blk(nullptr, 499);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quarry: Unknown block type = 499: Success\n");
 }
 
 TEST(Defaults, ReleaseOfAnUnknownType) {

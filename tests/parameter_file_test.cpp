@@ -113,6 +113,7 @@ TEST_F(ParameterFileTest, TextsOfATable) {
                         "date = 1979-05-27 07:32:00.5-07:00\n"
                         "[[ list.'of' . tables ]]\n"
                         "  [list.of.tables.\"below\"]\n"
+                        "four = ['''x'''']\n"
                         "  at = 07:32:00"),
               "");
     EXPECT_EQ(status_, 0);
@@ -155,6 +156,7 @@ TEST_F(ParameterFileTest, WhatIsWrongAndWhere) {
     const std::string after_backslash = "a character beyond ASCII after a backslash";
     const std::vector<Case> cases = {
         {"a=\xC3\xA9", "1:3: this is not a value"},
+        {"a = [\xC3\xA9]", "1:6: this is not a value"},
         {"'\xC3\xA9' = 1\xC3\xA9", "1:7: this is not a value"},
         {"a = 1.\"\xC3\xA9\"", "1:5: this is not a value"},
         {"a = 1=\"\xC3\xA9\"", "1:5: this is not a value"},
@@ -192,6 +194,7 @@ TEST_F(ParameterFileTest, WhatIsWrongAndWhere) {
     }
 }
 
+// Without a path given it is that of the current directory, then that of the installation.
 TEST_F(ParameterFileTest, EndsTheProgram) {
     const std::string file = directory_.file("quarry.pf", "a = \xC3\xA9\n");
     const RunResult result = run({"", "QUARRY_PARAM_PATH=" + directory_.path() + " $quarry"});

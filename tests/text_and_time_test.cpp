@@ -1,11 +1,14 @@
 // Numbers in text, the calendar, and time texts.
+#include "blockette/scan.h"
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
 #include "platform/text.h"
+#include "state.h"
 
 #include <array>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -53,6 +56,26 @@ TEST(Text, Numbers) {
     EXPECT_TRUE(is_blank(std::string_view(" \t\0x", 4)));
     EXPECT_FALSE(is_blank(" x"));
     EXPECT_FALSE(is_white('\x0E') || is_white('\x08') || !is_white('\r') || !is_white('\t'));
+}
+
+TEST(Scan, VariableTexts) {
+    const std::tuple<const char*, const char*, const char*, int> texts[] = {{" ab ~c", "ab", "c", 0},
+                                                                            {"abcd", "abcd", "", 0},
+                                                                            {"abcde~f", "abcd", "f", 1},
+                                                                            {"abcdefgh", "abcd", "", 1},
+                                                                            {"~x", "", "x", 0}};
+    for (const auto& [text, field, rest, bad] : texts) {
+        std::array<char, 5> destination;
+        std::string_view cursor = text;
+        Bad_blkflag = 0;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(scan_var_str(&cursor, destination) - destination.data(),
+                  static_cast<std::ptrdiff_t>(std::strlen(field)));
+        testing::internal::GetCapturedStderr();
+        EXPECT_STREQ(destination.data(), field);
+        EXPECT_EQ(cursor, rest);
+        EXPECT_EQ(Bad_blkflag, bad) << text;
+    }
 }
 
 TEST(Calendar, BothWays) {

@@ -1,8 +1,8 @@
 #include "blockette/data_header.h"
 
-#include "blockette/scan.h"
 #include "decode/data_record.h"
 #include "platform/bytes.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <array>
@@ -40,6 +40,19 @@ int widened(std::uint8_t value) {
     return static_cast<std::int8_t>(value);
 }
 
+// A code of the header without the white space around it. (What scan_str gives; each record has four.)
+template <std::size_t capacity>
+void set_code(char (&member)[capacity], const char* begin, std::size_t size) {
+    const char* end = std::find(begin, begin + size, '\0');
+    while (begin != end && is_white(*begin))
+        ++begin;
+    while (begin != end && is_white(end[-1]))
+        --end;
+    const auto length = std::min(static_cast<std::size_t>(end - begin), capacity - 1);
+    std::copy_n(begin, length, member);
+    member[length] = '\0';
+}
+
 void set_binary_fields(blk_dh_t* blk, const FixedHeader& header) {
     blk->year = widened(header.year);
     blk->doy = widened(header.day_of_year);
@@ -70,10 +83,10 @@ void parse_dh(blk_dh_t* blk, std::string_view buff) {
     std::array<char, fixed_header_size> header{}; // what the text lacks stays 0
     std::copy_n(buff.begin(), std::min(buff.size(), header.size() - logical_header_size),
                 header.begin() + logical_header_size);
-    scan_str(&buff, 5, blk->stn_id);
-    scan_str(&buff, 2, blk->loc_id);
-    scan_str(&buff, 3, blk->chan_id);
-    scan_str(&buff, 2, blk->network_code);
+    set_code(blk->stn_id, &header[8], 5);
+    set_code(blk->loc_id, &header[13], 2);
+    set_code(blk->chan_id, &header[15], 3);
+    set_code(blk->network_code, &header[18], 2);
     const bool swapped = is_swapped_by_year(header);
     blk->byteswap = swapped ? -1 : 0;
     set_binary_fields(blk, decode_fixed_header(header, swapped));

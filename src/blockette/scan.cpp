@@ -31,15 +31,6 @@ std::string_view trim_back(std::string_view text) {
     return text;
 }
 
-// Some writers leave a blank where the "+" of the exponent belongs.
-std::string with_signed_exponent(std::string_view field) {
-    std::string text(field);
-    const std::size_t exponent = text.find_first_of("eE");
-    if (exponent != std::string::npos && text[exponent + 1] == ' ')
-        text[exponent + 1] = '+';
-    return text;
-}
-
 int precision_of(std::string_view text) {
     return static_cast<int>(text.size());
 }

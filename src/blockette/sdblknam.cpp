@@ -1,6 +1,7 @@
 #include "blockette/sdblknam.h"
 
 #include "blockette/types.h"
+#include "decode/catalogue.h"
 #include "platform/message_log.h"
 
 #include <algorithm>
@@ -10,86 +11,47 @@ namespace quarry {
 
 namespace {
 
-constexpr auto catalogue = std::to_array<Sdinfo>({
-    {-1, 48, "Data"},
-    {5, 14, "Field Volume Identifier "},
-    {8, 27, "Telemetry Volume Identifier "},
-    {10, 15, "Volume Identifier "},
-    {11, 21, "Volume Station Header Index "},
-    {12, 19, "Volume Time Span Index"},
-    {30, 18, "Data Format Dictionary "},
-    {31, 16, "Comment Description "},
-    {32, 12, "Cited Source Dictionary"},
-    {33, 11, "Generic Abbreviation"},
-    {34, 11, "Units Abbreviation"},
-    {35, 33, "Beam Configuration "},
-    {41, 23, "FIR Dictionary"},
-    {43, 49, "Response (Poles and Zeros) Dictionary"},
-    {44, 27, "Response (Coefficients) Dictionary"},
-    {45, 22, "Response List Dictionary"},
-    {46, 22, "Generic Response Dictionary"},
-    {47, 53, "Decimation Dictionary Blockette"},
-    {48, 38, "Channel Sensitivity/Gain Dictionary"},
-    {50, 61, "Station Identifier"},
-    {51, 19, "Station Comment"},
-    {52, 100, "Channel Identifier"},
-    {53, 46, "Response (Poles and Zeros)"},
-    {54, 24, "Response (Coefficients) "},
-    {55, 19, "Response List"},
-    {56, 19, "Generic Response"},
-    {57, 51, "Decimation"},
-    {58, 35, "Channel Sensitivity/Gain"},
-    {59, 18, "Channel Comment"},
-    {60, 17, "Response Reference"},
-    {61, 21, "FIR Response"},
-    {70, 10, "Time Span Identifier"},
-    {71, 40, "Hypocenter Information"},
-    {72, 49, "Event Phases"},
-    {73, 30, "Time Span Data Start Index"},
-    {74, 47, "Time Series Index"},
-    {100, 12, "Sample Rate"},
-    {200, 28, "Generic Event Detection"},
-    {201, 36, "Murdock Event Detection"},
-    {202, 0, "Log-Z Event Detection"},
-    {300, 32, "Step Calibration"},
-    {310, 32, "Sine Calibration "},
-    {320, 28, "Pseudo-random Calibration "},
-    {390, 28, "Generic Calibration"},
-    {395, 16, "Calibration Abort "},
-    {400, 16, "Beam "},
-    {405, 6, "Beam Delay"},
-    {1000, 8, "Data Only SEED"},
-});
+constexpr bool is_listed(const CatalogueRow& row) {
+    return row.listed;
+}
 
-constexpr const Sdinfo* row_of(int type) {
-    const auto row = std::find_if(catalogue.begin(), catalogue.end(),
-                                  [type](const Sdinfo& entry) { return entry.id == type; });
-    return row == catalogue.end() ? nullptr : row;
+constexpr auto listed_rows = [] {
+    std::array<Sdinfo, std::count_if(catalogue.begin(), catalogue.end(), is_listed)> rows{};
+    std::size_t count = 0;
+    for (const CatalogueRow& row : catalogue)
+        if (is_listed(row))
+            rows[count++] = {row.type, row.smallest, row.name};
+    return rows;
+}();
+
+constexpr std::optional<CatalogueRow> row_of(int type) {
+    const auto row = catalogue_row(type);
+    return row && is_listed(*row) ? row : std::nullopt;
 }
 
 #define QUARRY_CHECK_ROW(TYPE, NAME)                                                                         \
-    static_assert(row_of(TYPE) != nullptr, "blockette " #NAME " has no row in the catalogue");
+    static_assert(row_of(TYPE).has_value(), "blockette " #NAME " has no row in the catalogue");
 QUARRY_BLOCKETTE_TYPES(QUARRY_CHECK_ROW)
 #undef QUARRY_CHECK_ROW
 
 } // namespace
 
-const std::span<const Sdinfo> sdinfo = catalogue;
-const int Nseed = static_cast<int>(catalogue.size());
+const std::span<const Sdinfo> sdinfo = listed_rows;
+const int Nseed = static_cast<int>(listed_rows.size());
 const char* const Unknown = "Unknown Type";
 
 const char* sdblknam(int type) {
-    const Sdinfo* row = row_of(type);
-    if (row == nullptr)
+    const auto row = row_of(type);
+    if (!row)
         log_note("sdblknam: Unknown blockette type %d\n", type);
-    return row != nullptr ? row->name : Unknown;
+    return row ? row->name : Unknown;
 }
 
 int sdminsz(int type) {
-    const Sdinfo* row = row_of(type);
-    if (row == nullptr)
+    const auto row = row_of(type);
+    if (!row)
         log_note("sdminsz: Unknown blockette type %d\n", type);
-    return row != nullptr ? row->minsz : 0;
+    return row ? row->smallest : 0;
 }
 
 } // namespace quarry

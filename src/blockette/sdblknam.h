@@ -1,4 +1,4 @@
-// The catalogue: name and smallest length of blockette types. It has more types than quarry parses.
+// What the listing knows of the catalogue (decode/catalogue.h).
 #pragma once
 
 #include <span>

@@ -3,8 +3,6 @@
 
 #include "platform/bytes.h"
 
-#include <cstdint>
-
 namespace quarry {
 
 // The word at `place`. Where `swap` is set, its bytes are first reversed there, and stay so.

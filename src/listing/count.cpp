@@ -61,7 +61,7 @@ int summary(int tapefile, std::int64_t size) {
 void print_summary(std::FILE* stream, const Tally& tally, int tapefile, std::int64_t size) {
     if (tally.nblks < 1)
         return;
-    LineBuffer& out = scratch_line();
+    LineBuffer& out = line_for(stream);
     print_line<"\nBlockette Summary -- file #%i\n">(out, tapefile);
     print_counts(out, tally);
     const Shares shares = shares_of(tally, size);

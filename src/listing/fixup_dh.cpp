@@ -24,8 +24,40 @@ double sample_rate(int factor, int multiplier) {
     return multiplier > 0 ? -m / f : 1 / (f * m);
 }
 
-// Kept for the whole run.
-FormatRows format_rows;
+// Whether the start time has the fields that nearly every record has: not negative, no wider than the format
+// asks for.
+bool has_usual_start_time(const blk_dh_t& header) {
+    const auto fits = [](int value, unsigned limit) { return static_cast<unsigned>(value) < limit; };
+    return fits(header.year, 10000) && fits(header.doy, 1000) && fits(header.hour, 100) &&
+           fits(header.minutes, 100) && fits(header.sec_int, 100) && fits(header.sec_frac, 10000);
+}
+
+// Writes `width` digits and the character that follows them. Returns what is behind.
+template <int width>
+char* write_part(char* text, int value, char after) {
+    auto rest = static_cast<unsigned>(value);
+    for (int i = width; i > 0; rest /= 10)
+        text[--i] = static_cast<char>('0' + rest % 10);
+    text[width] = after;
+    return text + width + 1;
+}
+
+// What the format below gives for a usual start time, in a fraction of the time.
+void write_usual_start_time(blk_dh_t* header) {
+    char* text = header->start_time;
+    text = write_part<4>(text, header->year, ',');
+    text = write_part<3>(text, header->doy, ',');
+    text = write_part<2>(text, header->hour, ':');
+    text = write_part<2>(text, header->minutes, ':');
+    text = write_part<2>(text, header->sec_int, '.');
+    write_part<4>(text, header->sec_frac, '\0');
+}
+
+// Kept for the whole run; made when first needed, because it allocates.
+FormatRows& format_rows() {
+    static FormatRows rows;
+    return rows;
+}
 
 } // namespace
 
@@ -43,8 +75,12 @@ void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
     } else {
         header->samp_rate = sample_rate(header->rate_f, header->rate_m);
     }
-    print_text<"%04i,%03i,%02i:%02i:%02i.%04i">(header->start_time, header->year, header->doy, header->hour,
-                                                header->minutes, header->sec_int, header->sec_frac);
+    if (has_usual_start_time(*header))
+        write_usual_start_time(header);
+    else
+        print_text<"%04i,%03i,%02i:%02i:%02i.%04i">(header->start_time, header->year, header->doy,
+                                                    header->hour, header->minutes, header->sec_int,
+                                                    header->sec_frac);
 }
 
 void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list) {
@@ -60,8 +96,8 @@ void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list) {
     header->length = default_record_length;
     if (Db == store_invalid())
         return;
-    copy_text(header->format,
-              format_rows.find(Db, member_text(header->stn_id), member_text(header->chan_id), header->epoch));
+    copy_text(header->format, format_rows().find(Db, member_text(header->stn_id),
+                                                 member_text(header->chan_id), header->epoch));
     if (header->format[0] == '\0')
         log_complain(0, "No data format for '%s', '%s' at time %s (file #%d)\n", header->stn_id,
                      header->chan_id, header->start_time, Tapefile);

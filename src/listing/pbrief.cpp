@@ -18,7 +18,7 @@ void list_blk(LineBuffer& out, const void* blk, int blk_type) {
 }
 
 void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
-    LineBuffer& out = scratch_line();
+    LineBuffer& out = line_for(stream);
     list_blk(out, blk, blk_type);
     write_text(stream, out.text());
     flush_output(stream);
@@ -26,7 +26,7 @@ void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
 
 #define QUARRY_DEFINE_PRINTER(TYPE, NAME)                                                                    \
     void pbrief_##NAME(std::FILE* stream, const blk_##NAME##_t* blk) {                                       \
-        LineBuffer& out = scratch_line();                                                                    \
+        LineBuffer& out = line_for(stream);                                                                  \
         list_##NAME(out, blk);                                                                               \
         write_text(stream, out.text());                                                                      \
     }
@@ -34,13 +34,13 @@ QUARRY_BLOCKETTE_TYPES(QUARRY_DEFINE_PRINTER)
 #undef QUARRY_DEFINE_PRINTER
 
 void summary_010(std::FILE* stream, const blk_010_t* blk) {
-    LineBuffer& out = scratch_line();
+    LineBuffer& out = line_for(stream);
     list_summary_010(out, blk);
     write_text(stream, out.text());
 }
 
 void summary_011(std::FILE* stream, const blk_011_t* blk) {
-    LineBuffer& out = scratch_line();
+    LineBuffer& out = line_for(stream);
     list_summary_011(out, blk);
     write_text(stream, out.text());
 }

@@ -1,9 +1,12 @@
 #include "platform/line_format.h"
 
+#include "platform/terminal_text.h"
+
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <string>
 
 namespace quarry {
 
@@ -225,9 +228,20 @@ bool append_general(LineBuffer& out, const Conversion& conversion, double value)
 
 } // namespace
 
+void LineBuffer::append_lasting(std::string_view text) {
+    constexpr std::size_t worth_a_write = 16384;
+    if (write_ == nullptr || text.size() < worth_a_write)
+        return append(text);
+    write_(stream_, this->text());
+    write_(stream_, text);
+    clear();
+}
+
 LineBuffer& scratch_line() {
     static thread_local LineBuffer line;
     line.clear();
+    line.set_for_terminal(false);
+    line.set_stream(nullptr, nullptr);
     return line;
 }
 
@@ -252,12 +266,18 @@ void append_value(LineBuffer& out, const Conversion& conversion, double value) {
 }
 
 void append_value(LineBuffer& out, const Conversion& conversion, std::string_view text) {
+    if (out.is_for_terminal() && has_controls(text)) [[unlikely]] {
+        const std::string shown = shown_on_terminal(text);
+        out.set_for_terminal(false);
+        append_value(out, conversion, std::string_view(shown));
+        return out.set_for_terminal(true);
+    }
     const std::span<char> body = open_field(out, conversion, 0, text.size());
     std::copy(text.begin(), text.end(), body.begin());
 }
 
 void append_value(LineBuffer& out, const Conversion& conversion, char character) {
-    open_field(out, conversion, 0, 1)[0] = character;
+    append_value(out, conversion, std::string_view(&character, 1));
 }
 
 } // namespace quarry

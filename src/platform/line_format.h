@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -34,7 +35,22 @@ public:
     std::string_view text() const { return {storage_.data(), size_}; }
     void clear() { size_ = 0; }
 
+    // For a terminal: the values of %s and %c show their control characters as codes (terminal_text.h).
+    void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
+    bool is_for_terminal() const { return for_terminal_; }
+
+    // For a stream: a long text of append_lasting is written at once, with what is before it, and is then no
+    // part of text().
+    using Write = void (*)(std::FILE* stream, std::string_view text);
+    void set_stream(Write write, std::FILE* stream) {
+        write_ = write;
+        stream_ = stream;
+    }
+
     void append(std::string_view text) { std::copy(text.begin(), text.end(), extend(text.size()).begin()); }
+
+    // The same for a text that stays as it is until the process ends.
+    void append_lasting(std::string_view text);
 
     // Room for `count` more characters, which the caller fills before anything else is appended.
     std::span<char> extend(std::size_t count) {
@@ -49,6 +65,9 @@ private:
 
     std::vector<char> storage_;
     std::size_t size_ = 0;
+    bool for_terminal_ = false;
+    Write write_ = nullptr;
+    std::FILE* stream_ = nullptr;
 };
 
 // One conversion, with the place in the format of the plain text before it.

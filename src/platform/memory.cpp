@@ -2,14 +2,17 @@
 
 #include "platform/message_log.h"
 
-#include <cerrno>
+#include <array>
+#include <cstdio>
 
 namespace quarry {
 
 void out_of_memory(AllocationSite site, unsigned long count, const char* what) {
-    errno = ENOMEM;
-    log_die(1, "Out of memory in %s at line %d of '%s'\n\tCan't malloc %lu bytes for %s\n", site.function,
-            site.line, site.module, count, what);
+    static std::array<char, 512> text;
+    std::snprintf(text.data(), text.size(),
+                  "Out of memory in %s at line %d of '%s'\n\tCan't malloc %lu bytes for %s", site.function,
+                  site.line, site.module, count, what);
+    log_die_without_memory(text.data());
 }
 
 } // namespace quarry

@@ -2,8 +2,12 @@
 
 #include "platform/end_process.h"
 #include "platform/standard_output.h"
+#include "platform/terminal_text.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -16,58 +20,68 @@ namespace quarry {
 
 namespace {
 
-// Both live until the process has ended, so that notes can still be written from exit handlers.
-std::string& program_base_name() {
-    static auto* name = new std::string(program_invocation_short_name);
-    return *name;
+// The base name of the program, part of argv[0].
+const char* program_base_name = program_invocation_short_name;
+
+// Made by log_init or the first note; lives until the process has ended, so that notes can still be written
+// from exit handlers.
+std::vector<std::string>* pending_notes = nullptr;
+
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
 }
 
-std::vector<std::string>& pending_notes() {
-    static auto* notes = new std::vector<std::string>;
-    return *notes;
+// A character that the text does not hold, or NUL.
+char absent_from(std::string_view text) {
+    for (int candidate = 1; candidate <= UCHAR_MAX; ++candidate)
+        if (candidate != '%' && text.find(static_cast<char>(candidate)) == std::string_view::npos)
+            return static_cast<char>(candidate);
+    return '\0';
 }
 
-// The finished line of a message, in a buffer large enough to report exhausted memory without allocating.
-class MessageLine {
-public:
-    MessageLine() { line_.reserve(reserved); }
-
-    __attribute__((format(printf, 3, 0))) const std::string& build(const char* error_text, const char* format,
-                                                                   va_list arguments) {
-        line_.assign(program_base_name()).append(": ");
-        append_formatted(format, arguments);
-        if (line_.back() == '\n')
-            line_.pop_back();
-        if (error_text != nullptr)
-            line_.append(": ").append(error_text);
-        line_.push_back('\n');
-        return line_;
+// For a terminal: only the ends of lines that stand in the format stay such; those of the arguments are shown
+// as codes, like all control characters. A character that no argument holds marks the former.
+__attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const char* format,
+                                                                         va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    std::string marked = format;
+    const char mark = absent_from(marked + formatted(format, again));
+    va_end(again);
+    std::replace(marked.begin(), marked.end(), '\n', mark == '\0' ? '\n' : mark);
+    std::replace(marked.begin(), marked.end(), '\t', ' ');
+    const char* const format_with_marks = marked.c_str();
+    const std::string text = formatted(format_with_marks, arguments);
+    std::string shown;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view line = rest.substr(0, rest.find(mark));
+        shown += shown_on_terminal(line);
+        shown += line.size() < rest.size() ? "\n" : "";
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
-
-private:
-    static constexpr std::size_t reserved = 4096;
-
-    __attribute__((format(printf, 2, 0))) void append_formatted(const char* format, va_list arguments) {
-        va_list again;
-        va_copy(again, arguments);
-        const int length = std::vsnprintf(nullptr, 0, format, arguments);
-        if (length > 0) {
-            const std::size_t before = line_.size();
-            line_.resize(before + static_cast<std::size_t>(length));
-            std::vsnprintf(line_.data() + before, static_cast<std::size_t>(length) + 1, format, again);
-        }
-        va_end(again);
-    }
-
-    std::string line_;
-};
-
-MessageLine& message_line() {
-    static auto* line = new MessageLine;
-    return *line;
+    return shown;
 }
 
-void write_to_stderr(const std::string& line) {
+// The finished line of a message.
+__attribute__((format(printf, 2, 0))) std::string line_of(const char* error_text, const char* format,
+                                                          va_list arguments) {
+    std::string line = program_base_name;
+    line += ": ";
+    line += is_terminal(stderr) ? formatted_for_terminal(format, arguments) : formatted(format, arguments);
+    if (line.back() == '\n')
+        line.pop_back();
+    if (error_text != nullptr)
+        line.append(": ").append(error_text);
+    return line += '\n';
+}
+
+void write_to_stderr(std::string_view line) {
     flush_output(stdout);
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
@@ -76,7 +90,7 @@ void write_to_stderr(const std::string& line) {
 __attribute__((format(printf, 2, 0))) void report(const char* error_text, const char* format,
                                                   va_list arguments) {
     log_flush(1);
-    write_to_stderr(message_line().build(error_text, format, arguments));
+    write_to_stderr(line_of(error_text, format, arguments));
 }
 
 void flush_at_exit() {
@@ -87,22 +101,21 @@ void flush_at_exit() {
 
 void log_init(int argc, const char* const* argv) {
     if (argc > 0 && argv[0] != nullptr) {
-        const std::string_view path = argv[0];
-        program_base_name() = path.substr(path.find_last_of('/') + 1); // npos + 1 is 0: the whole name
+        const char* slash = std::strrchr(argv[0], '/');
+        program_base_name = slash != nullptr ? slash + 1 : argv[0];
     }
-    // Reporting exhausted memory needs these buffers, so they are made now.
-    message_line();
-    pending_notes();
     static const bool registered = std::atexit(flush_at_exit) == 0;
     static_cast<void>(registered);
 }
 
 void log_note(const char* format, ...) {
+    if (pending_notes == nullptr)
+        pending_notes = new std::vector<std::string>;
     va_list arguments;
     va_start(arguments, format);
-    pending_notes().push_back(message_line().build(nullptr, format, arguments));
+    pending_notes->push_back(line_of(nullptr, format, arguments));
     va_end(arguments);
-    if (pending_notes().size() >= log_register_limit)
+    if (pending_notes->size() >= log_register_limit)
         log_flush(1);
 }
 
@@ -124,11 +137,23 @@ void log_die(int with_errno, const char* format, ...) {
     end_process(EXIT_FAILURE);
 }
 
+void log_die_without_memory(const char* text) {
+    static std::array<char, 1024> line;
+    const int length = std::snprintf(line.data(), line.size(), "%s: %s: %s\n", program_base_name, text,
+                                     std::strerror(ENOMEM));
+    log_flush(1);
+    write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
+    flush_output(stdout);
+    end_process(EXIT_FAILURE);
+}
+
 void log_flush(int clear) {
-    for (const std::string& line : pending_notes())
+    if (pending_notes == nullptr)
+        return;
+    for (const std::string& line : *pending_notes)
         write_to_stderr(line);
     if (clear != 0)
-        pending_notes().clear();
+        pending_notes->clear();
 }
 
 } // namespace quarry

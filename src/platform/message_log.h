@@ -30,6 +30,10 @@ void log_complain(int with_errno, const char* format, ...) __attribute__((format
 // As log_complain, then flushes standard output and exits with status 1.
 [[noreturn]] void log_die(int with_errno, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+// The same for exhausted memory: the text, which comes from no volume, and the system's error text. Allocates
+// nothing.
+[[noreturn]] void log_die_without_memory(const char* text);
+
 // Writes the pending notes in order; with `clear` non-zero the register is emptied afterwards, else they
 // stay pending.
 void log_flush(int clear);

@@ -8,6 +8,7 @@
 
 #include "platform/containers.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -24,8 +25,8 @@ struct ParameterValue {
 // A parsed parameter file: its path, its top-level tables by name, and the lines of what else stands there.
 struct ParameterFile {
     std::string path;
-    std::map<std::string, std::map<std::string, ParameterValue>> tables;
-    std::map<std::string, unsigned> others;
+    std::map<std::string, std::map<std::string, ParameterValue>, std::less<>> tables;
+    std::map<std::string, unsigned, std::less<>> others;
 };
 
 // Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when it is missing,

@@ -92,6 +92,19 @@ void gather_output(void (*on_failure)()) {
         catch_signal(signal);
 }
 
+bool is_terminal(std::FILE* stream) {
+    static const bool output = isatty(STDOUT_FILENO) == 1;
+    static const bool messages = isatty(STDERR_FILENO) == 1;
+    return stream == stdout ? output : stream == stderr && messages;
+}
+
+LineBuffer& line_for(std::FILE* stream) {
+    LineBuffer& line = scratch_line();
+    line.set_for_terminal(is_terminal(stream));
+    line.set_stream(write_text, stream);
+    return line;
+}
+
 void write_text(std::FILE* stream, std::string_view text) {
     if (gathering && stream == stdout)
         gather(text);

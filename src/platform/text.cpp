@@ -149,6 +149,14 @@ ParsedReal parse_real(std::string_view text) {
     return parsed.length > 0 ? parsed : parse_by_library<ParsedReal>(text, begin, out_of_range_real);
 }
 
+std::string with_signed_exponent(std::string_view number) {
+    std::string text(number);
+    const std::size_t exponent = text.find_first_of("eE");
+    if (exponent != std::string::npos && text[exponent + 1] == ' ')
+        text[exponent + 1] = '+';
+    return text;
+}
+
 void copy_text(std::span<char> destination, std::string_view text) {
     if (destination.empty())
         return;

@@ -48,6 +48,9 @@ ParsedReal parse_real(std::string_view text);
 // `blank_is_plus` a blank stands for the "+" of the exponent.
 ParsedReal parse_short_real(std::string_view text, bool blank_is_plus = false);
 
+// The number with a "+" where some writers leave a blank for the sign of its exponent ("1.5E 03").
+std::string with_signed_exponent(std::string_view number);
+
 // Copies as much of `text` as fits into `destination` and ends it with a NUL.
 void copy_text(std::span<char> destination, std::string_view text);
 

@@ -1,7 +1,5 @@
 #include "platform/text_rows.h"
 
-#include <utility>
-
 namespace quarry {
 
 namespace {

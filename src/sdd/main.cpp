@@ -7,13 +7,15 @@
 #include "sdd/sdd.h"
 #include "state.h"
 
-#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
+#include <malloc.h>
 #include <new>
 #include <unistd.h>
+#include <utility>
 
 namespace quarry {
 
@@ -43,6 +45,12 @@ void restore_signals() {
     for (const int signal : {SIGPIPE, SIGTERM, SIGINT})
         sigaddset(&ending, signal);
     sigprocmask(SIG_UNBLOCK, &ending, nullptr);
+}
+
+// A blockette's lists are released when it is listed, and the next one's are as large. Memory that went back
+// to the system in between would have to be cleared page by page again.
+void keep_released_memory() {
+    mallopt(M_TRIM_THRESHOLD, 1 << 20);
 }
 
 [[noreturn]] void usage() {
@@ -103,8 +111,11 @@ int run(int argc, char** argv) {
 } // namespace quarry
 
 int main(int argc, char** argv) {
+    // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
+    std::set_terminate([] { quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
     quarry::occupy_standard_descriptors();
     quarry::restore_signals();
+    quarry::keep_released_memory();
     try {
         return quarry::run(argc, argv);
     } catch (const std::bad_alloc&) {

@@ -7,6 +7,7 @@
 #include "state.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -18,6 +19,31 @@ namespace {
 
 // Fetched from the parameter file at the first use that finds one, then kept.
 std::optional<Map<std::string>> data_type_aliases;
+
+// What names mean, as found before or after the aliases were there.
+struct NamedType {
+    std::string name;
+    int type = format_unknown; // of the empty name without aliases
+    bool with_aliases = false;
+};
+
+// The two looked up last: the records of a volume mostly have one name declared by its control headers and
+// one told by their own blockettes 1000.
+std::array<NamedType, 2> last_named;
+std::size_t next_forgotten = 0;
+
+const NamedType* remembered(std::string_view name) {
+    for (const NamedType& named : last_named)
+        if (named.name == name && named.with_aliases == data_type_aliases.has_value())
+            return &named;
+    return nullptr;
+}
+
+int row_named(std::string_view name) {
+    const auto row = std::find_if(seed_format_map.begin(), seed_format_map.end(),
+                                  [name](const SeedFormat& format) { return format.seed == name; });
+    return row == seed_format_map.end() ? format_unknown : static_cast<int>(row - seed_format_map.begin());
+}
 
 // How many bytes lie between the beginning of the data and the record's end; none if the data begin outside
 // the record, or if the record has no data.
@@ -61,12 +87,13 @@ void spread_components(float* samples, std::int32_t components, std::int32_t fou
 int sd_data_type(std::string_view name) {
     if (!data_type_aliases)
         data_type_aliases = param_get_map(Parameters, "data_type_aliases");
+    if (const NamedType* named = remembered(name); named != nullptr)
+        return named->type;
     const std::string* alias = data_type_aliases ? data_type_aliases->get(name) : nullptr;
-    const std::string_view candidate = alias != nullptr ? std::string_view(*alias) : name;
-    for (int i = 0; i < seed_format_count; ++i)
-        if (seed_format_map[static_cast<std::size_t>(i)].seed == candidate)
-            return i;
-    return format_unknown;
+    const int type = row_named(alias != nullptr ? *alias : name);
+    last_named[next_forgotten] = {std::string(name), type, data_type_aliases.has_value()};
+    next_forgotten ^= 1;
+    return type;
 }
 
 std::int32_t decode_data(blk_dh_t* dh, char** output, const char** csstype) {

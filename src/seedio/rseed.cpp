@@ -48,14 +48,15 @@ void report_failed_read(SeedInput* input) {
 }
 
 void parse_sequence_number(SeedInput* input, std::string_view field) {
-    const std::string_view text = up_to_nul(field);
-    const ParsedInteger parsed = parse_integer(text);
+    const ParsedInteger parsed = parse_integer(field);
     input->seq_num = static_cast<int>(parsed.value);
     if (input->announce != nullptr)
         input->announce(input->seq_num);
-    if (parsed.length == 0 || !is_blank(text.substr(parsed.length)))
-        log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
-                     text.data());
+    if (parsed.length == field.size() || (parsed.length > 0 && is_blank(field.substr(parsed.length))))
+        return;
+    const std::string_view text = up_to_nul(field);
+    log_complain(0, "Bad logical block header sequence number = '%.*s'", static_cast<int>(text.size()),
+                 text.data());
 }
 
 // Bytes left in the current logical record; negative when a read went beyond a record made shorter.
@@ -83,6 +84,16 @@ void read_piece(SeedInput* input) {
 // The end, for every later call too.
 void end_input(SeedInput* input) {
     input->start = input->cur = input->pbytes;
+}
+
+// Reads up to the current logical record where the rest of the one before, only padding, is still to come.
+void pass_over_missing(SeedInput* input) {
+    while (input->start > input->pbytes && input->eof == 0) {
+        input->start -= input->pbytes;
+        input->cur = input->start;
+        input->pbytes = 0;
+        read_piece(input);
+    }
 }
 
 // Copies from the buffer, which then holds that many bytes from the cursor on, unless the input ends before.
@@ -127,6 +138,7 @@ void freeSeedInput(SeedInput* input) {
 
 int moredata(SeedInput* input) {
     char* buffer = input->buffer.data();
+    pass_over_missing(input);
     if (input->start > 0) {
         const int tail = std::max(input->pbytes - input->start, 0);
         std::copy_n(buffer + input->pbytes - tail, tail, buffer);
