@@ -1,5 +1,6 @@
 #include "platform/message_log.h"
 
+#include "platform/end_process.h"
 #include "platform/standard_output.h"
 #include "platform/terminal_text.h"
 
@@ -133,7 +134,7 @@ void log_die(int with_errno, const char* format, ...) {
     report(error_text, format, arguments);
     va_end(arguments);
     flush_output(stdout);
-    std::exit(EXIT_FAILURE);
+    end_process(EXIT_FAILURE);
 }
 
 void log_die_without_memory(const char* text) {
@@ -143,7 +144,7 @@ void log_die_without_memory(const char* text) {
     log_flush(1);
     write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
     flush_output(stdout);
-    std::exit(EXIT_FAILURE);
+    end_process(EXIT_FAILURE);
 }
 
 void log_flush(int clear) {
