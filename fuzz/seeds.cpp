@@ -111,7 +111,7 @@ std::string lzma_finished(lzma_stream stream, std::string_view content) {
     stream.avail_in = content.size();
     stream.next_out = reinterpret_cast<std::uint8_t*>(out.data());
     stream.avail_out = out.size();
-    static_cast<void>(lzma_code(&stream, LZMA_FINISH));
+    static_cast<void>(lzma_code(&stream, LZMA_FINISH) == LZMA_STREAM_END);
     out.resize(stream.total_out);
     lzma_end(&stream);
     return out;
@@ -119,7 +119,7 @@ std::string lzma_finished(lzma_stream stream, std::string_view content) {
 
 std::string xz(std::string_view content) {
     lzma_stream stream = LZMA_STREAM_INIT;
-    static_cast<void>(lzma_easy_encoder(&stream, 1, LZMA_CHECK_CRC32));
+    static_cast<void>(lzma_easy_encoder(&stream, 1, LZMA_CHECK_CRC32) != LZMA_OK);
     return lzma_finished(stream, content);
 }
 
@@ -130,7 +130,7 @@ std::string lzip(std::string_view content) {
     const std::array filters{lzma_filter{LZMA_FILTER_LZMA1, &options},
                              lzma_filter{LZMA_VLI_UNKNOWN, nullptr}};
     lzma_stream stream = LZMA_STREAM_INIT;
-    static_cast<void>(lzma_raw_encoder(&stream, filters.data()));
+    static_cast<void>(lzma_raw_encoder(&stream, filters.data()) != LZMA_OK);
     const std::string data = lzma_finished(stream, content);
     constexpr std::uint32_t header_and_trailer = 6 + 20;
     const std::uint32_t checksum =

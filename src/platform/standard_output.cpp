@@ -106,6 +106,8 @@ LineBuffer& line_for(std::FILE* stream) {
 }
 
 void write_text(std::FILE* stream, std::string_view text) {
+    if (text.empty())
+        return;
     if (gathering && stream == stdout)
         gather(text);
     else
