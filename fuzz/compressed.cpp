@@ -53,7 +53,8 @@ std::size_t lost_at_most(const Delivered& delivered) {
 }
 
 void read(std::string_view input) {
-    const std::size_t small = input.empty() ? 1 : 1 + static_cast<unsigned char>(input.back()) % 64;
+    const std::size_t small =
+        input.empty() ? 1 : 1 + static_cast<unsigned char>(input.back()) % std::size_t{64};
     const Delivered large_pieces = drain(input, 65536);
     const Delivered small_pieces =
         drain(input, large_pieces.bytes.size() < enough / 256 ? small : 4096 + small);
