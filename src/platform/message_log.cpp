@@ -56,8 +56,10 @@ __attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const c
     va_end(again);
     std::replace(marked.begin(), marked.end(), '\n', mark == '\0' ? '\n' : mark);
     std::replace(marked.begin(), marked.end(), '\t', ' ');
-    const char* const format_with_marks = marked.c_str();
-    const std::string text = formatted(format_with_marks, arguments);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // it takes what `format` takes
+    const std::string text = formatted(marked.c_str(), arguments);
+#pragma GCC diagnostic pop
     std::string shown;
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find(mark));
