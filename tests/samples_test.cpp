@@ -141,11 +141,11 @@ TEST(Samples, UsnsnIsReadMostSignificantByteFirst) {
 TEST(Samples, AnyBytesInAnyEncoding) {
     std::uint32_t noise = 1;
     for (int encoding = -1; encoding < 40; ++encoding)
-        for (const std::size_t size : {0, 1, 3, 5, 12, 63, 64, 448, 4096}) {
+        for (const std::size_t size : {0U, 1U, 3U, 5U, 12U, 63U, 64U, 448U, 4096U}) {
             std::string bytes(size, '\0');
             for (char& byte : bytes)
                 byte = static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
-            for (const std::size_t count : {0, 1, 100, 65535}) {
+            for (const std::size_t count : {0U, 1U, 100U, 65535U}) {
                 const auto samples = decode(bytes, encoding, Order::big, count);
                 ASSERT_EQ(samples.has_value(), is_known_encoding(encoding));
                 if (samples) {
