@@ -445,7 +445,7 @@ TEST(DamagedVolumes, ACutCostsOnlyWhatItCuts) {
         ASSERT_TRUE(std::equal(whole.data.begin(), whole.data.begin() + complete, seen.data.begin())) << size;
         ASSERT_LE(std::ssize(seen.data), complete + 1) << size;
         ASSERT_TRUE(std::ranges::all_of(seen.damage,
-                                        [size](const Damage& damage) {
+                                        [](const Damage& damage) {
                                             return damage.kind == DamageKind::input_ends ||
                                                    damage.kind == DamageKind::blockette_cut ||
                                                    (damage.kind == DamageKind::no_blockette &&

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
+#include <malloc.h>
 #include <new>
 #include <unistd.h>
 #include <utility>
@@ -44,6 +45,12 @@ void restore_signals() {
     for (const int signal : {SIGPIPE, SIGTERM, SIGINT})
         sigaddset(&ending, signal);
     sigprocmask(SIG_UNBLOCK, &ending, nullptr);
+}
+
+// A blockette's lists are released when it is listed, and the next one's are as large. Memory that went back
+// to the system in between would have to be cleared page by page again.
+void keep_released_memory() {
+    mallopt(M_TRIM_THRESHOLD, 1 << 20);
 }
 
 [[noreturn]] void usage() {
@@ -108,6 +115,7 @@ int main(int argc, char** argv) {
     std::set_terminate([] { quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
     quarry::occupy_standard_descriptors();
     quarry::restore_signals();
+    quarry::keep_released_memory();
     try {
         return quarry::run(argc, argv);
     } catch (const std::bad_alloc&) {
