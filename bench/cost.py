@@ -65,6 +65,9 @@ def inputs(bench, quick):
     for shape in EMPTY_SHAPES:
         path = bench.volume(shape, "hostile", shape=shape, bytes=5_000 if quick else 70_000, bad=0)
         yield Hostile(f"{shape}, listing", [], path, 0)
+    count = 500 if quick else 10_000
+    formats = bench.volume("formats", "formats", count=count)
+    yield Hostile(f"{count} data formats without their keys, -s", ["-s"], formats, 0)
     yield from epoch_inputs(bench, 2_000 if quick else 160_000)
     yield database_input(bench, 10_000 if quick else 1_000_000)
 

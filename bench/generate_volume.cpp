@@ -8,6 +8,7 @@
 //   epochs     `count` epochs of one channel, whose `order` is ascending, descending, random, or, for epochs
 //              that lie within each other, narrowing or widening; then
 //              `records` data records spread over the time of the epochs
+//   formats    `count` data formats with codes of their own that declare many keys and have none
 //   hostile    `bytes` of the blockette named `shape` in the table of hostile blockettes, which see; its
 //              numbers convert, or one of them does not if `bad` is 1
 #include "volume_builder.h"
@@ -320,6 +321,15 @@ void write_epochs(const Arguments& arguments) {
         data.add(station_code(1), "BHZ", i * all / records);
 }
 
+void write_formats(const Arguments& arguments) {
+    constexpr std::size_t size = 4096;
+    VolumeBuilder volume(size);
+    volume.control('V', volume_header(size));
+    for (int code = 0; code < number(arguments, "count"); ++code)
+        volume.control('A', blockette(30, "~" + digits(code, 4) + "001" + "99"));
+    put(volume.bytes());
+}
+
 // Blockettes that cost much more to list than to store: most declare many elements, and end.
 struct Hostile {
     const char* shape;
@@ -365,7 +375,8 @@ struct Kind {
     void (*write)(const Arguments& arguments);
 };
 constexpr std::array kinds{Kind{"data", write_data}, Kind{"control", write_control},
-                           Kind{"epochs", write_epochs}, Kind{"hostile", write_hostile}};
+                           Kind{"epochs", write_epochs}, Kind{"formats", write_formats},
+                           Kind{"hostile", write_hostile}};
 
 } // namespace
 } // namespace quarry

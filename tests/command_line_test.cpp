@@ -41,6 +41,20 @@ const std::string little_memory =
     "for step in $(seq 32); do (ulimit -v $kib; $quarry demo >out 2>err; "
     "echo status $?, $(grep -c '^quarry: Out of memory in .*of' err) message); kib=$((kib + 16)); done | sort | uniq -c | sed 's/ *[0-9]* //'";
 
+// A volume in parts, the first of which ends within padding and the last but one within a record. Each is
+// written when the line of the one before has arrived.
+const std::string slow_header = padded("000001A " + blockette(33, "001text~"), 512);
+const std::string slow_records =
+    VolumeBuilder().data({.encoding = 3}).data({.second = 31, .encoding = 3}).data({.second = 32}).bytes();
+const std::map<std::string, std::string> slow_volume = {
+    {"1", slow_header.substr(0, 100)},
+    {"2", slow_header.substr(100) + slow_records.substr(0, 4096)},
+    {"3", slow_records.substr(4096, 4096 + 4000)},
+    {"4", slow_records.substr(4096 + 4096 + 4000)}};
+const std::string from_a_slow_pipe =
+    "mkfifo in out; timeout 100 $quarry <in >out & exec 3>in 4<out; for part in 1 2 3 4; do "
+    "cat $part >&3; timeout 20 sed -u '/^B033/q; /^DATA/q' <&4; echo part $part; done; exec 3>&-; cat <&4";
+
 const bool command_line = make_recorded_tests(
     "CommandLine",
     {
@@ -60,6 +74,7 @@ const bool command_line = make_recorded_tests(
         {"OddNames",
          "for name in -- '%s%n' 'two\nlines' \"$(printf '%0300d' 0)\"; do $quarry ./\"$name\"; done"},
         {"Fifo", "mkfifo pipe; cat demo >pipe & $quarry -s pipe | head -1", demo},
+        {"SlowPipe", from_a_slow_pipe, slow_volume},
         {"Terminal", "script -qec '$quarry volume' /dev/null </dev/null | tr -d '\\r'", volume_of_controls},
         {"NoTerminal", "$quarry volume", volume_of_controls},
         {"NoParameterFile", "rm quarry.pf; $quarry demo", demo},

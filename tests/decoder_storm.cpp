@@ -1,31 +1,27 @@
 // Damaged data areas through every decoder: decoder_storm ROUNDS [SEED]
 //
 // Every round decodes one data area, noise or a record that was sound before it was cut and damaged, with
-// a count of samples that may be anything the decoder has to bear. Input and output lie in buffers of their
-// exact size, so that a sanitizer sees any access beyond; the program itself checks what the decoders promise
-// of the cursor. The rounds are the same for the same seed.
+// a count of samples that may be anything the decoder has to bear, and checks what the decoders promise. The
+// rounds are the same for the same seed.
 
 #include "decode/decode_steim.h"
 #include "decode/decode_steim2.h"
 #include "decode/decode_usnsn.h"
 #include "decode/formats.h"
+#include "decoder_promises.h"
 #include "platform/text.h"
 #include "sample_encoders.h"
-#include "seedio/decode.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 namespace {
-
-using quarry::seismic_data_ptr;
 
 class Random {
 public:
@@ -95,42 +91,22 @@ std::int32_t any_count(Random* random) {
     }
 }
 
-// The same bytes in a buffer that ends with them.
-std::unique_ptr<char[]> exactly(const std::string& area) {
-    std::unique_ptr<char[]> buffer(new char[area.size()]);
-    std::copy(area.begin(), area.end(), buffer.get());
-    return buffer;
-}
-
-bool promise(bool kept, const char* what) {
-    if (!kept)
-        std::printf("%s broke its promise\n", what);
-    return kept;
-}
-
-// A decoder that keeps to its bytes by itself: any count of samples.
+// Any count of samples.
 bool decode_bounded(Random* random) {
     const std::string area = data_area(random);
-    const auto nbytes = static_cast<std::int32_t>(area.size());
     const bool usnsn = random->one_in(3);
     std::int32_t nsamples = any_count(random);
-    std::int32_t room = std::max(nsamples, usnsn ? 1 : 0);
+    std::int32_t room = INT32_MAX;
     if (usnsn && random->one_in(200)) {
         nsamples = INT_MAX;
         room = 1 << 16; // more than its count of samples can tell
     }
-    const std::unique_ptr<char[]> data = exactly(area);
-    const std::unique_ptr<float[]> samples(new float[static_cast<std::size_t>(room)]);
-    seismic_data_ptr = samples.get();
     const quarry::Decoder steim = random->one_in(2) ? quarry::decode_steim : quarry::decode_steim2;
-    const quarry::Decoder decoder = usnsn ? quarry::decode_usnsn : steim;
-    const std::int32_t status = decoder(data.get(), nsamples, nbytes, random->below(2));
-    const std::ptrdiff_t stored = seismic_data_ptr - samples.get();
-    return usnsn ? promise(status == 0 && stored >= 0 && stored <= room, "decode_usnsn")
-                 : promise(status <= 0 && stored == room, "Steim");
+    return quarry::keeps_to_its_bytes(usnsn ? quarry::decode_usnsn : steim, area, nsamples, random->below(2),
+                                      room);
 }
 
-// A decoder that trusts its count: none that the bytes do not hold.
+// A count that the bytes hold.
 bool decode_trusting(Random* random) {
     const quarry::SeedFormat& format =
         quarry::seed_format_map[static_cast<std::size_t>(random->below(quarry::seed_format_count))];
@@ -143,24 +119,15 @@ bool decode_trusting(Random* random) {
         nsamples = nbytes / format.raw_size;
     if (random->one_in(100))
         nsamples = -nsamples;
-    const std::unique_ptr<char[]> data = exactly(area);
-    const std::unique_ptr<char[]> output(
-        new char[static_cast<std::size_t>(std::max(nsamples * format.size, 0))]);
-    seismic_data_ptr = reinterpret_cast<float*>(output.get());
-    const std::int32_t status = format.convert(data.get(), nsamples, nbytes, random->below(2));
-    const std::ptrdiff_t moved = reinterpret_cast<char*>(seismic_data_ptr) - output.get();
-    const std::ptrdiff_t expected = format.size == 1 ? 0 : 4 * std::max(nsamples, 0);
-    return promise(status == (format.size == 1 ? 1 : 0) && moved == expected, format.seed);
+    return quarry::keeps_to_its_count(format, area, nsamples, random->below(2));
 }
 
 bool decode_header(Random* random) {
     const std::string area = data_area(random);
-    const std::unique_ptr<char[]> data = exactly(area);
     quarry::blk_dh_t dh{};
     quarry::copy_text(dh.stn_id, "STORM");
     quarry::copy_text(dh.format, "noise");
     dh.type = random->below(quarry::seed_format_count + 3) - 1;
-    dh.data = data.get();
     dh.byteswap = -random->below(2);
     dh.nsamps = random->one_in(100) ? random->below(65536) - 32768 : random->below(300);
     dh.beg_data = random->below(300);
@@ -169,12 +136,7 @@ bool decode_header(Random* random) {
         dh.beg_data = random->one_in(2) ? -1 - random->below(32768) : 32767;
         dh.length = random->below(4096);
     }
-    char* output = nullptr;
-    const char* csstype = nullptr;
-    const std::int32_t status = quarry::decode_data(&dh, &output, &csstype);
-    const bool kept = output != nullptr && csstype != nullptr && status >= -1 && status <= 1;
-    std::free(output);
-    return promise(kept, "decode_data");
+    return quarry::decodes_header(dh, area);
 }
 
 // Complaints come by the million. Only the stream is turned away: sanitizers report to the descriptor.

@@ -18,6 +18,21 @@ std::array<std::string, 3> codes_of(const std::string& name) {
     return {name.substr(0, first), name.substr(first + 1, second - first - 1), name.substr(second + 1)};
 }
 
+// A dictionary keeps what the volume says, not what it only declares.
+TEST(EpochLists, FormatsWithTheirKeys) {
+    List<blk_030_t> list;
+    blk_030_t format{30, 50, "Name", 12, 50, 99, std::vector(99, std::vector<char>(decode_key_capacity))};
+    copy_text(format.decode_key[0], "F1 P4");
+    copy_text(format.decode_key[2], "W4");
+    update_fmt_list(&list, format);
+    const blk_030_t& entry = *list.get(12);
+    EXPECT_STREQ(entry.name, "Name");
+    EXPECT_EQ((std::array{entry.type, entry.length, entry.format_id, entry.data_type, entry.num_keys}),
+              (std::array{30, 50, 12, 50, 99}));
+    EXPECT_EQ(entry.decode_key,
+              (std::vector<std::vector<char>>{{'F', '1', ' ', 'P', '4', 0}, {0}, {'W', '4', 0}}));
+}
+
 TEST(EpochLists, RecordLengths) {
     SortedSet<rec_len_t> list = new_rec_list();
     const auto add = [&](const char* name, double start, double end, int length) {

@@ -3,6 +3,7 @@
 #include "support.h"
 
 #include "blockette/blockette.h"
+#include "listing/element_lines.h"
 #include "listing/pbrief.h"
 #include "state.h"
 
@@ -21,6 +22,8 @@ const std::string zero = exponent(0);
 const std::string value = exponent(1.5) + exponent(-2.5);
 const std::string error = exponent(0.001) + zero;
 const std::string none = zero + zero;
+const std::string minus_zero = padded("-0", 12);
+const std::string zeros_of_053 = "\t  n     Zeros (r, i)                   Errors(r, i) \n";
 const std::string invalid = zero + padded(" nan", 12);
 const std::string channel_head = "00BHZ0000";
 const std::string channel_tail =
@@ -189,6 +192,76 @@ TEST(ListingLines, CountsBeyondCapacity) {
     check(
         73, 250, "0250", "A    00BHZ~00000102", "", "", "B073 4761 Segment #", 5,
         " of   250 Sta:     A Loc: 00 Chan: BHZ Start:                     seq#     1 subseq#     2 <Time Span Data Start Index>\n");
+}
+
+// Lists that end in their text before their count: the other elements are listed, too.
+struct ShortList {
+    const char* name;
+    int type;
+    std::string fields;
+    std::string before; // lines up to that of element `first`
+    int first;
+    int end;
+    std::string line_begin;
+    int width; // of the element's number
+    std::string line_end;
+};
+
+// clang-format off
+const bool short_lists = make_tests("ShortLists", std::vector<ShortList>{
+    {"B011", 11, "999A    000001     000002",
+     "B011  32 999 Stations  <Volume Station Header Index >\n\t  0     A      1\n\t  1            2\n",
+     2, 999, "\t", 3, "            0\n"},
+    {"B012", 12, "9999~~000000~2000~000000",
+     "B012  31 #spans 9999 <Volume Time Span Index>\n"
+     "\t    0 Start:                     End:                     seq#     0\n"
+     "\t    1 Start:                     End:                2000 seq#     0\n",
+     2, 999, "\t", 5, " Start:                     End:                     seq#     0\n"},
+    {"B030", 30, "N~000100199~F1~",
+     "B030  22 N                                                  id#   1 type#  1    99 keys <Data Format Dictionary >\n"
+     "\t 0                      \n\t 1                   F1 \n",
+     2, 99, "\t", 2, "                      \n"},
+    {"B053", 53, "A01001002" + none + "000999" + none + error + zero + minus_zero + none,
+     "B053 142 Type:A Stage# 1 Input Units:  1 Output Units:  2 Norm:0.0000e+00 @  0.00Hz  999 Poles   0 Zeros  <Response (Poles and Zeros)>\n"
+     "\t  n     Poles (r, i)                   Errors(r, i) \n"
+     "\t  0 (+0.00000E+00 +0.00000e+00)   ( 1.00000e-03  0.00000e+00) \n"
+     "\t  1 (+0.00000E+00 -0.00000e+00)\n",
+     2, 999, "\t", 3, " (+0.00000E+00 +0.00000e+00)\n"},
+    {"B054", 54, "D010010029999" + zero + zero + zero + exponent(0.001) + minus_zero,
+     "B054 80 Type:D stage# 1 Input:  1 Output:  2  9999 Numerators,    0 Denominators  <Response (Coefficients) >\n"
+     "\t    0 +0.00000E+00\n\t    1 +0.00000E+00  +1.00000e-03\n\t    2 -0.00000E+00\n",
+     3, 9999, "\t", 5, " +0.00000E+00\n"},
+    {"B061", 61, "01F~A0010029999  " + zero + "  " + exponent(1),
+     "B061 50 stage# 1 'F' Symmetry: A Input:  1 Output:  2  9999 Coefficients: <FIR Response>\n"
+     "\t    0 +0.00000E+00\n\t    1 +1.00000E+00\n",
+     2, 9999, "\t", 5, " +0.00000E+00\n"},
+    {"B073", 73, "0250          ~00000000          ~00000002",
+     "B073  49 Segment #    0 of   250 Sta:       Loc:    Chan:     Start:                     seq#     0 subseq#     0 <Time Span Data Start Index>\n"
+     "B073  49 Segment #    1 of   250 Sta:       Loc:    Chan:     Start:                     seq#     0 subseq#     2 <Time Span Data Start Index>\n",
+     2, 250, "B073  49 Segment #", 5, " of   250 Sta:       Loc:    Chan:     Start:                     seq#     0 subseq#     0 <Time Span Data Start Index>\n"},
+}, [](const ShortList& c) {
+    std::string listing = c.before;
+    for (int i = c.first; i < c.end; ++i)
+        listing += c.line_begin + fixed(i, c.width, 0) + c.line_end;
+    EXPECT_EQ(listed(c.type, blockette(c.type, c.fields)), listing + (c.type == 53 ? zeros_of_053 : ""));
+});
+// clang-format on
+
+TEST(ListingLines, BytesBeforeZeros) {
+    std::string bytes(2000, '\0');
+    EXPECT_EQ(filled_bytes(bytes), 0);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = 1;
+        EXPECT_EQ(filled_bytes(bytes), i + 1);
+        bytes[i] = 0;
+    }
+}
+
+TEST(ListingLines, MoreElementsThanABlocketteDeclares) {
+    blk_061_t blk{};
+    blk.coef.resize(10001);
+    const std::string text = written([&](std::FILE* stream) { pbrief_061(stream, &blk); });
+    EXPECT_TRUE(text.ends_with("\t 9999 +0.00000E+00\n\t10000 +0.00000E+00\n"));
 }
 
 } // namespace

@@ -180,6 +180,12 @@ std::string lists_with_a_bad_element() {
            record(blockette(61, "01n~A001001   2" + padded(" bad", 14) + padded("  1.0", 14)));
 }
 
+// Long lists that are not there, of a blockette that fails and of one that does not.
+std::string long_lists() {
+    return record(blockette(54, "Dx10010029999   0")) + record(blockette(61, "01n~A0010029999")) +
+           record(next);
+}
+
 // One blockette of every type that has a name, as short as allowed, and one a byte shorter.
 std::string all_types() {
     VolumeBuilder volume(512);
@@ -221,6 +227,7 @@ const bool blockette_reader = make_recorded_tests(
         listing("FieldsThatDoNotConvert", record(blockette(33, "a12name~") + next), "2>&1"),
         listing("NulsInText", record(blockette(33, std::string("001na\0me~", 9)) + next)),
         listing("ListsWithABadElement", lists_with_a_bad_element(), "2>&1"),
+        listing("LongLists", long_lists(), "", "2>&1 | sed 's/^\t *[0-9]* /\t/' | uniq -c"),
         listing("UnknownTypes", unknown_types()),
         listing("AllTypes", all_types(), "-s 2>&1"),
         listing("AsManySegmentsAsFit", segments("0250"), "-s"),
@@ -343,6 +350,7 @@ const bool volume_loop = make_recorded_tests(
         listing("SummaryOfOneComment", record(comment(1, std::string(60, 'a')))),
         listing("StationsTwelveToALine", stations_011(13), "-s"),
         listing("NoStations", stations_011(0), "-s"),
+        listing("StationsThatAreNotThere", record(blockette(11, "014     000001S01  000001")), "-s"),
         // Dictionaries outlive their file, formats and totals do not; an empty file ends the run.
         {"TapeFiles", "$quarry -S", {}, {dictionaries, channels + data({}), dictionaries, "", dictionaries}},
         {"OneTapeFile", "$quarry -f 0", {}, {dictionaries, channels}},

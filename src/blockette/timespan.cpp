@@ -120,7 +120,7 @@ void parse_073(blk_073_t* blk, std::string_view buff) {
         Bad_blkflag = 1;
         return;
     }
-    for (int i = 0; i < blk->num_segs; ++i) {
+    for (int i = 0; i < blk->num_segs && !buff.empty(); ++i) {
         scan_str(&buff, 5, blk->stn_id[i]);
         scan_str(&buff, 2, blk->loc_id[i]);
         scan_str(&buff, 3, blk->chan_id[i]);

@@ -52,7 +52,7 @@ void parse_011(blk_011_t* blk, std::string_view buff) {
     blk->num_stn = scan_int(&buff, 3);
     allocate_zeroed(blk->stn_id, blk->num_stn, QUARRY_SITE("blockette"), blk->num_stn * 6, "blk->stn_id");
     allocate_zeroed(blk->seq_num, blk->num_stn, QUARRY_SITE("blockette"), blk->num_stn, "blk->seq_num");
-    for (std::size_t i = 0; i < blk->stn_id.size(); ++i) {
+    for (std::size_t i = 0; i < blk->stn_id.size() && !buff.empty(); ++i) {
         scan_str(&buff, 5, blk->stn_id[i]);
         blk->seq_num[i] = scan_int(&buff, 6);
     }
@@ -74,7 +74,7 @@ void parse_012(blk_012_t* blk, std::string_view buff) {
     blk->type = scan_int(&buff, 3);
     blk->length = scan_int(&buff, 4);
     blk->num_span = scan_int(&buff, 4);
-    for (int i = 0; i < std::min(blk->num_span, max_spans); ++i) {
+    for (int i = 0; i < std::min(blk->num_span, max_spans) && !buff.empty(); ++i) {
         scan_var_str(&buff, blk->beg_span[i]);
         scan_var_str(&buff, blk->end_span[i]);
         blk->seq_num[i] = scan_int(&buff, 6);

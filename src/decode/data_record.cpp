@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <string_view>
 
 namespace quarry {
 
@@ -85,7 +84,7 @@ int record_bytes(int power) {
 }
 
 bool is_ok_quality(char code) {
-    return std::string_view("DRQM").find(code) != std::string_view::npos;
+    return code == 'D' || code == 'R' || code == 'Q' || code == 'M';
 }
 
 int parse_data_record_header(Steim* state) {

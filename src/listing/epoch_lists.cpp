@@ -6,9 +6,15 @@
 #include "platform/text.h"
 #include "state.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace quarry {
 
@@ -82,6 +88,30 @@ SortedSet<order_t> new_order_list() {
     return {};
 }
 
+namespace {
+
+std::string_view key_text(const std::vector<char>& key) {
+    return up_to_nul({key.data(), key.size()});
+}
+
+// A copy whose keys take the room of their texts, without those behind the last text: a few bytes of a volume
+// can declare many keys that are not there.
+blk_030_t dictionary_entry(const blk_030_t& b030) {
+    blk_030_t entry{b030.type, b030.length, {}, b030.format_id, b030.data_type, b030.num_keys, {}};
+    copy_text(entry.name, member_text(b030.name));
+    std::size_t count = b030.decode_key.size();
+    while (count > 0 && key_text(b030.decode_key[count - 1]).empty())
+        --count;
+    for (const std::vector<char>& key : std::span(b030.decode_key).first(count)) {
+        const std::string_view text = key_text(key);
+        entry.decode_key.emplace_back(text.size() + 1);
+        copy_text(entry.decode_key.back(), text);
+    }
+    return entry;
+}
+
+} // namespace
+
 void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030) {
     if (const blk_030_t* old = fmt_list->get(b030.format_id); old != nullptr) {
         if (std::strcmp(old->name, b030.name) != 0)
@@ -90,7 +120,7 @@ void update_fmt_list(List<blk_030_t>* fmt_list, const blk_030_t& b030) {
         else
             log_complain(0, "Data format id code #%d used twice for %s", b030.format_id, old->name);
     }
-    fmt_list->set(b030.format_id, b030);
+    fmt_list->set(b030.format_id, dictionary_entry(b030));
 }
 
 void update_rec_list(SortedSet<rec_len_t>* rec_list, const char* stn, const List<blk_030_t>& fmt_list,
@@ -125,7 +155,7 @@ int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
     if (found == nullptr)
         return 0;
     dh->length = found->len;
-    copy_text(dh->format, member_text(found->format));
+    std::copy(std::begin(found->format), std::end(found->format), dh->format);
     return 1;
 }
 

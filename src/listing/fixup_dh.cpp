@@ -24,36 +24,33 @@ double sample_rate(int factor, int multiplier) {
     return multiplier > 0 ? -m / f : 1 / (f * m);
 }
 
-// One number of the start time text, with the character that follows it.
-struct TimePart {
-    int value;
-    int width;
-    char after;
-};
-
-// Writes the number with zeros in front; false if it is negative or too wide.
-bool write_time_part(char* text, const TimePart& part) {
-    int rest = part.value;
-    for (int i = part.width; i > 0; rest /= 10)
-        text[--i] = static_cast<char>('0' + rest % 10);
-    text[part.width] = part.after;
-    return part.value >= 0 && rest == 0;
+// Whether the start time has the fields that nearly every record has: not negative, no wider than the format
+// asks for.
+bool has_usual_start_time(const blk_dh_t& header) {
+    const auto fits = [](int value, unsigned limit) { return static_cast<unsigned>(value) < limit; };
+    return fits(header.year, 10000) && fits(header.doy, 1000) && fits(header.hour, 100) &&
+           fits(header.minutes, 100) && fits(header.sec_int, 100) && fits(header.sec_frac, 10000);
 }
 
-// The start time of nearly every record, quicker than by its format; false for numbers that are wider.
-bool write_usual_start_time(blk_dh_t* header) {
+// Writes `width` digits and the character that follows them. Returns what is behind.
+template <int width>
+char* write_part(char* text, int value, char after) {
+    auto rest = static_cast<unsigned>(value);
+    for (int i = width; i > 0; rest /= 10)
+        text[--i] = static_cast<char>('0' + rest % 10);
+    text[width] = after;
+    return text + width + 1;
+}
+
+// What the format below gives for a usual start time, in a fraction of the time.
+void write_usual_start_time(blk_dh_t* header) {
     char* text = header->start_time;
-    for (const TimePart& part : {TimePart{header->year, 4, ','},
-                                 {header->doy, 3, ','},
-                                 {header->hour, 2, ':'},
-                                 {header->minutes, 2, ':'},
-                                 {header->sec_int, 2, '.'},
-                                 {header->sec_frac, 4, '\0'}}) {
-        if (!write_time_part(text, part))
-            return false;
-        text += part.width + 1;
-    }
-    return true;
+    text = write_part<4>(text, header->year, ',');
+    text = write_part<3>(text, header->doy, ',');
+    text = write_part<2>(text, header->hour, ':');
+    text = write_part<2>(text, header->minutes, ':');
+    text = write_part<2>(text, header->sec_int, '.');
+    write_part<4>(text, header->sec_frac, '\0');
 }
 
 // Kept for the whole run; made when first needed, because it allocates.
@@ -78,7 +75,9 @@ void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
     } else {
         header->samp_rate = sample_rate(header->rate_f, header->rate_m);
     }
-    if (!write_usual_start_time(header))
+    if (has_usual_start_time(*header))
+        write_usual_start_time(header);
+    else
         print_text<"%04i,%03i,%02i:%02i:%02i.%04i">(header->start_time, header->year, header->doy,
                                                     header->hour, header->minutes, header->sec_int,
                                                     header->sec_frac);

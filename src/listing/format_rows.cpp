@@ -21,6 +21,7 @@ constexpr std::uint32_t no_row = UINT32_MAX;
 constexpr std::uint32_t not_cut = UINT32_MAX;
 constexpr std::int64_t most_rows = INT32_MAX; // of which there may be twice as many steps
 constexpr double for_ever = std::numeric_limits<double>::infinity();
+constexpr int answer_bits = 12; // of the number of answers that are remembered
 
 double epoch_of(std::string_view time) {
     double epoch;
@@ -74,14 +75,28 @@ std::string_view FormatRows::find(StorePointer database, std::string_view sta, s
                                   double epoch) {
     if (count_ == 0)
         read_table(database);
+    if (count_ == 0)
+        return "";
     const std::optional<Code> code = code_of(sta, chan);
     if (code == last_.code && last_.start <= epoch && (epoch <= last_.end || last_.end < 0))
         return last_.format;
-    const std::int64_t found = code && epoch == epoch ? first_row(*code, epoch) : no_row;
-    const std::int64_t looked_at = found != no_row ? found : count_ - 1;
+    if (code && answer_of(*code)->holds(*code, epoch)) {
+        last_ = answer_of(*code)->row;
+        return last_.format;
+    }
+    const Step step = code && epoch == epoch ? step_at(*code, epoch) : Step{0.0, 0.0, no_row};
+    const std::int64_t looked_at = step.row != no_row ? step.row : count_ - 1;
     if (looked_at != last_.number)
         last_ = read_row(looked_at);
-    return found != no_row ? last_.format : "";
+    if (step.row == no_row)
+        return "";
+    *answer_of(*code) = {step.start, step.end, last_};
+    return last_.format;
+}
+
+// Where the last answer to the channel is, or that to another one.
+FormatRows::Answer* FormatRows::answer_of(Code code) {
+    return &answers_[code * 0x9E3779B97F4A7C15 >> (64 - answer_bits)]; // the upper bits depend on all others
 }
 
 // Texts that no row holds have no code.
@@ -104,6 +119,7 @@ void FormatRows::read_table(StorePointer database) {
         return;
     read_row(0); // reports the columns that are missing
     group_by_channel();
+    answers_.resize(std::size_t{1} << answer_bits);
 }
 
 void FormatRows::group_by_channel() {
@@ -144,18 +160,22 @@ FormatRows::Row FormatRows::read_row(std::int64_t number) const {
     return row;
 }
 
-// The first row of the table that describes such a record, or no_row.
-std::int64_t FormatRows::first_row(Code code, double epoch) {
+// The step with the first row of the table that describes such a record.
+FormatRows::Step FormatRows::step_at(Code code, double epoch) {
     const auto channel =
         std::lower_bound(channels_.begin(), channels_.end(), code,
                          [](const Channel& element, Code sought) { return element.code < sought; });
     if (channel == channels_.end() || channel->code != code)
-        return no_row;
+        return {0.0, 0.0, no_row};
     if (channel->first_step == not_cut)
         cut_into_steps(&*channel);
     const auto first = step_starts_.begin() + channel->first_step;
-    const auto after = std::upper_bound(first, first + channel->steps, epoch);
-    return after == first ? no_row : step_rows_[static_cast<std::size_t>(after - step_starts_.begin()) - 1];
+    const auto last = first + channel->steps;
+    const auto after = std::upper_bound(first, last, epoch);
+    if (after == first)
+        return {0.0, 0.0, no_row};
+    return {after[-1], after != last ? *after : for_ever,
+            step_rows_[static_cast<std::size_t>(after - step_starts_.begin()) - 1]};
 }
 
 void FormatRows::cut_into_steps(Channel* channel) {

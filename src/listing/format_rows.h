@@ -17,7 +17,8 @@ namespace quarry {
 // the record's start; an end before 1970 counts as open. What describes a record is looked for in the row
 // looked at last, which after a search without success is the table's last, then from the table's first row
 // on. No search takes longer than the logarithm of the number of rows: the times of a channel, when it is
-// first asked for, are cut into steps, each with the first row that holds it.
+// first asked for, are cut into steps, each with the first row that holds it. Records of a few thousand
+// channels in turn do not search: the answer to each is remembered.
 class FormatRows {
 public:
     // The format of the row that describes such a record, empty if none does. Valid until the next call.
@@ -43,17 +44,36 @@ private:
         std::uint32_t steps;
     };
 
+    // Times of a channel, the end outside, and the first row that holds them.
+    struct Step {
+        double start;
+        double end;
+        std::uint32_t row; // no_row if there is none
+    };
+
+    struct Answer {
+        double start = 0.0;
+        double end = 0.0;
+        Row row;
+
+        bool holds(Code code, double epoch) const {
+            return row.code == code && start <= epoch && epoch < end;
+        }
+    };
+
     static std::optional<Code> code_of(std::string_view sta, std::string_view chan);
     void read_table(StorePointer database);
     void group_by_channel();
     Row read_row(std::int64_t number) const;
-    std::int64_t first_row(Code code, double epoch);
+    Answer* answer_of(Code code);
+    Step step_at(Code code, double epoch);
     void cut_into_steps(Channel* channel);
     void add_step(double start, std::uint32_t row);
 
     StorePointer table_ = store_invalid();
     std::int64_t count_ = 0;
     Row last_;
+    std::vector<Answer> answers_;         // the last one to each channel, unless another took its place
     std::deque<Channel> channels_;        // ordered by code
     std::vector<std::uint32_t> rows_;     // row numbers, channel by channel, in table order
     std::deque<double> step_starts_;      // epoch seconds, channel by channel, ascending

@@ -1,4 +1,5 @@
 #include "blockette/sdblknam.h"
+#include "listing/element_lines.h"
 #include "listing/pbrief.h"
 
 namespace quarry {
@@ -9,24 +10,28 @@ namespace {
 // a blank.
 void print_complex_list(LineBuffer& out, const std::vector<Complex_t>& values,
                         const std::vector<Complex_t>& errors, const char* end_with_error) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::size_t filled = filled_elements(values.size(), values, errors);
+    for (std::size_t i = 0; i < filled; ++i) {
         print_line<"\t%3d (%+12.5E %+12.5e)">(out, static_cast<int>(i), values[i].real, values[i].imag);
         if (errors[i].real == 0.0 && errors[i].imag == 0.0)
             out.append("\n");
         else
             print_line<"   (%12.5e %12.5e)%s">(out, errors[i].real, errors[i].imag, end_with_error);
     }
+    print_numbered<"\t%3d (%+12.5E %+12.5e)\n", 1000>(out, filled, values.size(), 0.0, 0.0);
 }
 
 // As above for coefficients, whose errors stand after `gap`.
 void print_real_list(LineBuffer& out, const std::vector<double>& values, const std::vector<double>& errors,
                      const char* gap) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::size_t filled = filled_elements(values.size(), values, errors);
+    for (std::size_t i = 0; i < filled; ++i) {
         print_line<"\t%5i %+12.5E">(out, static_cast<int>(i), values[i]);
         if (errors[i] != 0.0)
             print_line<"%s%+12.5e">(out, gap, errors[i]);
         out.append("\n");
     }
+    print_numbered<"\t%5i %+12.5E\n", 10000>(out, filled, values.size(), 0.0);
 }
 
 } // namespace
@@ -73,8 +78,10 @@ void list_061(LineBuffer& out, const blk_061_t* blk) {
     print_line<"B%03i %d stage#%2i '%s' Symmetry: %c Input:%3i Output:%3i  %4d Coefficients: <%s>\n">(
         out, blk->type, blk->length, blk->stage_num, blk->response_name, blk->symmetry, blk->input_units,
         blk->output_units, blk->num_coef, sdblknam(blk->type));
-    for (std::size_t i = 0; i < blk->coef.size(); ++i)
+    const std::size_t filled = filled_elements(blk->coef.size(), blk->coef);
+    for (std::size_t i = 0; i < filled; ++i)
         print_line<"\t%5i %+12.5E\n">(out, static_cast<int>(i), blk->coef[i]);
+    print_numbered<"\t%5i %+12.5E\n", 10000>(out, filled, blk->coef.size(), 0.0);
 }
 
 } // namespace quarry

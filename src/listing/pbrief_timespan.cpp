@@ -1,4 +1,5 @@
 #include "blockette/sdblknam.h"
+#include "listing/element_lines.h"
 #include "listing/pbrief.h"
 
 #include <algorithm>
@@ -27,12 +28,34 @@ void list_072(LineBuffer& out, const blk_072_t* blk) {
         blk->period, blk->snr, blk->phase, blk->source, blk->network_code, sdblknam(blk->type));
 }
 
+namespace {
+
+// What the line of a segment says behind its number.
+void print_segment(LineBuffer& out, const blk_073_t* blk, std::size_t i) {
+    print_line<" of %5i Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i <%s>\n">(
+        out, blk->num_segs, blk->stn_id[i], blk->loc_id[i], blk->chan_id[i], blk->series_start_time[i],
+        blk->seq_num[i], blk->sub_seq_num[i], sdblknam(blk->type));
+}
+
+} // namespace
+
 void list_073(LineBuffer& out, const blk_073_t* blk) {
-    for (int i = 0; i < std::min(blk->num_segs, max_segments); ++i)
-        print_line<
-            "B%03i %3i Segment #%5i of %5i Sta: %5s Loc: %2s Chan: %3s Start:%20s seq# %5i subseq# %5i <%s>\n">(
-            out, blk->type, blk->length, i, blk->num_segs, blk->stn_id[i], blk->loc_id[i], blk->chan_id[i],
-            blk->series_start_time[i], blk->seq_num[i], blk->sub_seq_num[i], sdblknam(blk->type));
+    const auto segments = static_cast<std::size_t>(std::clamp(blk->num_segs, 0, max_segments));
+    const std::size_t filled = filled_elements(segments, blk->stn_id, blk->loc_id, blk->chan_id,
+                                               blk->series_start_time, blk->seq_num, blk->sub_seq_num);
+    LineBuffer head;
+    print_line<"B%03i %3i Segment #">(head, blk->type, blk->length);
+    LineBuffer segment;
+    segment.set_for_terminal(out.is_for_terminal());
+    for (std::size_t i = 0; i < segments; ++i) {
+        if (i <= filled) { // the others are as this one
+            segment.clear();
+            print_segment(segment, blk, i);
+        }
+        out.append(head.text());
+        print_line<"%5i">(out, static_cast<int>(i));
+        out.append(segment.text());
+    }
 }
 
 void list_074(LineBuffer& out, const blk_074_t* blk) {

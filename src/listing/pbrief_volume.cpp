@@ -1,4 +1,5 @@
 #include "blockette/sdblknam.h"
+#include "listing/element_lines.h"
 #include "listing/pbrief.h"
 #include "state.h"
 
@@ -15,24 +16,33 @@ void list_010(LineBuffer& out, const blk_010_t* blk) {
 void list_011(LineBuffer& out, const blk_011_t* blk) {
     print_line<"B%03i %3i %i Stations  <%s>\n">(out, blk->type, blk->length, blk->num_stn,
                                                 sdblknam(blk->type));
-    for (std::size_t i = 0; i < blk->stn_id.size(); ++i)
+    const std::size_t filled = filled_elements(blk->stn_id.size(), blk->stn_id, blk->seq_num);
+    for (std::size_t i = 0; i < filled; ++i)
         print_line<"\t%3i %5s %6d\n">(out, static_cast<int>(i), blk->stn_id[i].data(), blk->seq_num[i]);
+    print_numbered<"\t%3i %5s %6d\n", 1000>(out, filled, blk->stn_id.size(), "", 0);
 }
 
 void list_012(LineBuffer& out, const blk_012_t* blk) {
     print_line<"B%03i %3i #spans %4i <%s>\n">(out, blk->type, blk->length, blk->num_span,
                                               sdblknam(blk->type));
-    for (int i = 0; i < std::min(blk->num_span, max_spans); ++i)
-        print_line<"\t%5i Start:%20s End:%20s seq#%6i\n">(out, i, blk->beg_span[i], blk->end_span[i],
-                                                          blk->seq_num[i]);
+    const auto spans = static_cast<std::size_t>(std::clamp(blk->num_span, 0, max_spans));
+    const std::size_t filled = filled_elements(spans, blk->beg_span, blk->end_span, blk->seq_num);
+    for (std::size_t i = 0; i < filled; ++i)
+        print_line<"\t%5i Start:%20s End:%20s seq#%6i\n">(out, static_cast<int>(i), blk->beg_span[i],
+                                                          blk->end_span[i], blk->seq_num[i]);
+    print_numbered<"\t%5i Start:%20s End:%20s seq#%6i\n", max_spans>(out, filled, spans, "", "", 0);
 }
 
 void list_030(LineBuffer& out, const blk_030_t* blk) {
     print_line<"B%03i %3i %-50s id#%4i type#%3i %5i keys <%s>\n">(out, blk->type, blk->length, blk->name,
                                                                   blk->format_id, blk->data_type,
                                                                   blk->num_keys, sdblknam(blk->type));
-    for (std::size_t i = 0; i < blk->decode_key.size(); ++i)
+    std::size_t filled = blk->decode_key.size();
+    while (filled > 0 && blk->decode_key[filled - 1].front() == '\0')
+        --filled;
+    for (std::size_t i = 0; i < filled; ++i)
         print_line<"\t%2i %20s \n">(out, static_cast<int>(i), blk->decode_key[i].data());
+    print_numbered<"\t%2i %20s \n", 100>(out, filled, blk->decode_key.size(), "");
 }
 
 void list_031(LineBuffer& out, const blk_031_t* blk) {
@@ -66,8 +76,14 @@ void list_summary_010(LineBuffer& out, const blk_010_t* blk) {
 void list_summary_011(LineBuffer& out, const blk_011_t* blk) {
     constexpr std::size_t stations_a_line = 12;
     out.append("Stations:");
-    for (std::size_t i = 0; i < blk->stn_id.size(); ++i)
-        print_line<"%s%5s ">(out, i % stations_a_line == 0 ? "\n\t" : "", blk->stn_id[i].data());
+    const std::size_t filled = filled_elements(blk->stn_id.size(), blk->stn_id);
+    for (std::size_t i = 0; i < blk->stn_id.size(); ++i) {
+        out.append(i % stations_a_line == 0 ? "\n\t" : "");
+        if (i < filled)
+            print_line<"%5s ">(out, blk->stn_id[i].data());
+        else
+            out.append("      ");
+    }
     out.append("\n");
 }
 

@@ -98,11 +98,13 @@ public:
         return BZ2_bzDecompressInit(&stream_, 0, 0) == BZ_OK ? Step::going : Step::no_memory;
     }
 
+    // Of a block with damaged runs the library does not tell what it has written. So each call writes little.
     Step step(Flow& flow) override {
+        constexpr std::size_t little = 4096;
         stream_.next_in = input_bytes<char>(flow.in);
         stream_.avail_in = piece_size(flow.in.size());
         stream_.next_out = flow.out.data();
-        stream_.avail_out = piece_size(flow.out.size());
+        stream_.avail_out = piece_size(std::min(flow.out.size(), little));
         const unsigned int in = stream_.avail_in;
         const unsigned int out = stream_.avail_out;
         const int result = BZ2_bzDecompress(&stream_);
@@ -179,21 +181,23 @@ public:
         ZSTD_DCtx_reset(context_, ZSTD_reset_session_only);
         ZSTD_DCtx_setParameter(context_, ZSTD_d_windowLogMax, largest_window_power);
         wanted_ = 1;
+        holds_output_ = false;
         return Step::going;
     }
 
     // A call that fails tells nothing of what it wrote before. So each gets at most the rest of one block,
-    // never the header behind it.
+    // never the header behind it, and nothing at all while there may be more to write.
     Step step(Flow& flow) override {
         constexpr std::size_t block_header = 3;
         const std::size_t piece = wanted_ > block_header ? wanted_ - block_header : wanted_;
-        ZSTD_inBuffer in{flow.in.data(), std::min(flow.in.size(), piece), 0};
+        ZSTD_inBuffer in{flow.in.data(), holds_output_ ? 0 : std::min(flow.in.size(), piece), 0};
         ZSTD_outBuffer out{flow.out.data(), flow.out.size(), 0};
         const std::size_t result = ZSTD_decompressStream(context_, &out, &in);
         advance(flow, in.pos, out.pos);
         if (ZSTD_isError(result) != 0)
             return fault(ZSTD_getErrorCode(result));
         wanted_ = result;
+        holds_output_ = out.pos == out.size;
         return result == 0 ? Step::member_end : Step::going;
     }
 
@@ -213,6 +217,7 @@ private:
 
     ZSTD_DCtx* context_ = nullptr;
     std::size_t wanted_ = 1; // bytes of input that the next call hopes for
+    bool holds_output_ = false;
 };
 
 // --- compress --------------------------------------------------------------------------------------------

@@ -10,12 +10,16 @@
 
 namespace quarry {
 
+// Not a part of make_room, which is in every line.
+void LineBuffer::grow(std::size_t count) {
+    storage_.resize(std::max(2 * storage_.size(), size_ + count + 1024));
+}
+
 namespace {
 
-// Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
-// of its body, which the caller fills.
-std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char sign, std::size_t length,
-                           bool zeros = false) {
+// As open_field, for all fields.
+std::span<char> open_any_field(LineBuffer& out, const Conversion& conversion, char sign, std::size_t length,
+                               bool zeros) {
     const std::size_t signs = sign != 0 ? 1 : 0;
     const std::size_t width = std::max<std::size_t>(conversion.width, signs + length);
     const std::size_t padding = width - signs - length;
@@ -29,6 +33,16 @@ std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char s
     if (sign != 0)
         field[sign_first ? 0 : padding] = sign;
     return field.subspan(conversion.left ? signs : signs + padding, length);
+}
+
+// Writes the padding and the sign (0 for none) of one field and returns the room for the `length` characters
+// of its body, which the caller fills.
+inline std::span<char> open_field(LineBuffer& out, const Conversion& conversion, char sign,
+                                  std::size_t length, bool zeros = false) {
+    if (conversion.left || zeros || sign != 0)
+        return open_any_field(out, conversion, sign, length, zeros);
+    const std::size_t width = std::max<std::size_t>(conversion.width, length);
+    return out.extend(width, width - length).subspan(width - length); // nearly every field
 }
 
 char sign_of(const Conversion& conversion, bool negative) {
@@ -215,6 +229,11 @@ bool append_fixed(LineBuffer& out, const Conversion& conversion, double value) {
 
 // Only where the shorter notation is the one without exponent; no zeros at the end of the decimals.
 bool append_general(LineBuffer& out, const Conversion& conversion, double value) {
+    const double limit = static_cast<double>(powers_of_ten[conversion.precision]);
+    if (value >= 0 && value < limit && value == std::trunc(value) && !std::signbit(value)) { // most rates
+        append_digits(out, conversion, value, static_cast<std::uint64_t>(value), 0);
+        return true;
+    }
     const auto number = scientific(std::fabs(value), conversion.precision - 1);
     if (!number || number->exponent < -4 || number->exponent >= conversion.precision)
         return false;
@@ -228,10 +247,20 @@ bool append_general(LineBuffer& out, const Conversion& conversion, double value)
 
 } // namespace
 
+void LineBuffer::append_lasting(std::string_view text) {
+    constexpr std::size_t worth_a_write = 16384;
+    if (write_ == nullptr || text.size() < worth_a_write)
+        return append(text);
+    write_(stream_, this->text());
+    write_(stream_, text);
+    clear();
+}
+
 LineBuffer& scratch_line() {
     static thread_local LineBuffer line;
     line.clear();
     line.set_for_terminal(false);
+    line.set_stream(nullptr, nullptr);
     return line;
 }
 

@@ -20,6 +20,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -38,22 +40,55 @@ public:
     void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
     bool is_for_terminal() const { return for_terminal_; }
 
-    void append(std::string_view text) { std::copy(text.begin(), text.end(), extend(text.size()).begin()); }
+    // For a stream: a long text of append_lasting is written at once, with what is before it, and is then no
+    // part of text().
+    using Write = void (*)(std::FILE* stream, std::string_view text);
+    void set_stream(Write write, std::FILE* stream) {
+        write_ = write;
+        stream_ = stream;
+    }
+
+    void append(std::string_view text) {
+        if (!text.empty())
+            std::memcpy(extend(text.size()).data(), text.data(), text.size());
+    }
+
+    // The same for a text that stays as it is until the process ends.
+    void append_lasting(std::string_view text);
 
     // Room for `count` more characters, which the caller fills before anything else is appended.
     std::span<char> extend(std::size_t count) {
-        if (count > storage_.size() - size_)
-            grow(count);
+        make_room(count);
         size_ += count;
         return {storage_.data() + size_ - count, count};
     }
 
+    // The same, with blanks in at least the first `blanks` of them. (Few blanks are written as many at once,
+    // beyond the room if it is small.)
+    std::span<char> extend(std::size_t count, std::size_t blanks) {
+        make_room(count + quick_blanks);
+        char* room = storage_.data() + size_;
+        std::memset(room, ' ', quick_blanks);
+        if (blanks > quick_blanks)
+            std::memset(room, ' ', blanks);
+        size_ += count;
+        return {room, count};
+    }
+
 private:
-    void grow(std::size_t count) { storage_.resize(std::max(2 * storage_.size(), size_ + count + 1024)); }
+    static constexpr std::size_t quick_blanks = 16;
+
+    void make_room(std::size_t count) {
+        if (count > storage_.size() - size_) [[unlikely]]
+            grow(count);
+    }
+    void grow(std::size_t count);
 
     std::vector<char> storage_;
     std::size_t size_ = 0;
     bool for_terminal_ = false;
+    Write write_ = nullptr;
+    std::FILE* stream_ = nullptr;
 };
 
 // One conversion, with the place in the format of the plain text before it.

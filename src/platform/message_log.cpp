@@ -1,5 +1,6 @@
 #include "platform/message_log.h"
 
+#include "platform/end_process.h"
 #include "platform/standard_output.h"
 #include "platform/terminal_text.h"
 
@@ -55,8 +56,10 @@ __attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const c
     va_end(again);
     std::replace(marked.begin(), marked.end(), '\n', mark == '\0' ? '\n' : mark);
     std::replace(marked.begin(), marked.end(), '\t', ' ');
-    const char* const format_with_marks = marked.c_str();
-    const std::string text = formatted(format_with_marks, arguments);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // it takes what `format` takes
+    const std::string text = formatted(marked.c_str(), arguments);
+#pragma GCC diagnostic pop
     std::string shown;
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find(mark));
@@ -133,7 +136,7 @@ void log_die(int with_errno, const char* format, ...) {
     report(error_text, format, arguments);
     va_end(arguments);
     flush_output(stdout);
-    std::exit(EXIT_FAILURE);
+    end_process(EXIT_FAILURE);
 }
 
 void log_die_without_memory(const char* text) {
@@ -143,7 +146,7 @@ void log_die_without_memory(const char* text) {
     log_flush(1);
     write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
     flush_output(stdout);
-    std::exit(EXIT_FAILURE);
+    end_process(EXIT_FAILURE);
 }
 
 void log_flush(int clear) {

@@ -87,16 +87,8 @@ std::map<std::string, ParameterValue> table_values(const toml::table& table) {
 
 } // namespace
 
-int param_read(const char* name, ParameterFile* parameters) {
+int param_parse(std::string_view content, const std::string& path, ParameterFile* parameters) {
     *parameters = {};
-    const std::string path = find_parameter_file(std::string(name) + ".pf");
-    if (path.empty())
-        return -1;
-    std::string content;
-    if (const char* reason = read_whole(path, &content); reason != nullptr) {
-        log_note("Can't read %s: %s\n", path.c_str(), reason);
-        return -1;
-    }
     if (const std::optional<TomlFault> fault = find_toml_fault(content)) {
         note_fault(path, fault->line, fault->column, fault->reason);
         return -1;
@@ -114,6 +106,19 @@ int param_read(const char* name, ParameterFile* parameters) {
         else
             parameters->others[std::string(key.str())] = node.source().begin.line;
     return 0;
+}
+
+int param_read(const char* name, ParameterFile* parameters) {
+    *parameters = {};
+    const std::string path = find_parameter_file(std::string(name) + ".pf");
+    if (path.empty())
+        return -1;
+    std::string content;
+    if (const char* reason = read_whole(path, &content); reason != nullptr) {
+        log_note("Can't read %s: %s\n", path.c_str(), reason);
+        return -1;
+    }
+    return param_parse(content, path, parameters);
 }
 
 std::optional<Map<std::string>> param_get_map(const ParameterFile& parameters, const char* key) {

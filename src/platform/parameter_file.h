@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quarry {
 
@@ -33,6 +34,10 @@ struct ParameterFile {
 // toml_depth_limit). Except for a missing file a note tells why; for what is wrong in the file, with its line
 // and column. An empty file is a valid one.
 int param_read(const char* name, ParameterFile* parameters);
+
+// Parses the content of a parameter file; `path` is for messages. Returns 0, or -1 with a note that tells
+// why, and where.
+int param_parse(std::string_view content, const std::string& path, ParameterFile* parameters);
 
 // The table of texts under the key, or none. An entry that is not a text is reported (file, line, key) and
 // left out; a key that is not a table is reported and gives an empty one.

@@ -101,10 +101,13 @@ bool is_terminal(std::FILE* stream) {
 LineBuffer& line_for(std::FILE* stream) {
     LineBuffer& line = scratch_line();
     line.set_for_terminal(is_terminal(stream));
+    line.set_stream(write_text, stream);
     return line;
 }
 
 void write_text(std::FILE* stream, std::string_view text) {
+    if (text.empty())
+        return;
     if (gathering && stream == stdout)
         gather(text);
     else

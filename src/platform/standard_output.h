@@ -17,7 +17,8 @@ void gather_output(void (*on_failure)());
 // True if the stream, standard output or standard error, is a terminal.
 bool is_terminal(std::FILE* stream);
 
-// An empty buffer for the lines of a stream: the scratch line, for a terminal where the stream is one.
+// An empty buffer for the lines of a stream: the scratch line, for a terminal where the stream is one. What
+// it holds in the end is written by write_text.
 LineBuffer& line_for(std::FILE* stream);
 
 // Writes the text to the stream, or gathers it. A failure shows at the next flush.

@@ -10,12 +10,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <malloc.h>
 #include <new>
 #include <unistd.h>
 
 namespace quarry {
 
 namespace {
+
+// A blockette's lists are released when it is listed, and the next one's are as large. Memory that went back
+// to the system in between would have to be cleared page by page again.
+void keep_released_memory() {
+    mallopt(M_TRIM_THRESHOLD, 1 << 20);
+}
 
 [[noreturn]] void usage() {
     std::fprintf(stderr, "\nUsage: %s [[-f n] [-sS] [-d database] [seed]\n", Program_Name.c_str());
@@ -75,6 +82,7 @@ int run(int argc, char** argv) {
 int listing_command(int argc, char** argv) {
     // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
     std::set_terminate([] { out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
+    keep_released_memory();
     try {
         return run(argc, argv);
     } catch (const std::bad_alloc&) {

@@ -4,6 +4,7 @@
 #include "blockette/timespan.h"
 #include "listing/count.h"
 #include "listing/pbrief.h"
+#include "platform/end_process.h"
 #include "platform/message_log.h"
 #include "platform/standard_output.h"
 #include "seedio/rseed.h"
@@ -40,18 +41,10 @@ void list_bad_blockette(const void* record, int type, std::string_view text) {
     if (type == 73 && has_too_many_segments(*static_cast<const blk_073_t*>(record))) {
         log_complain(0, "ERROR(parse_073) - num_segs is too large: %i\n",
                      static_cast<const blk_073_t*>(record)->num_segs);
-        std::exit(EXIT_FAILURE);
+        end_process(EXIT_FAILURE);
     }
     report_bad_blockette(record, type, text);
     pbrief_blk(stderr, record, type);
-}
-
-read_handle_t* open_volume(const char* input_name) {
-    read_handle_t* handle = seed_read(input_name);
-    handle->bad_blockette = list_bad_blockette;
-    handle->logical->announce = Verbose_Flag > 1 ? announce_logical_record : nullptr;
-    handle->logical->before_read = [] { flush_output(stdout); };
-    return handle;
 }
 
 void list_on_standard_output(const void* record, int type) {
@@ -86,7 +79,7 @@ void check_standard_output() {
         return;
     errno = output_error();
     if (errno == EPIPE)
-        std::exit(EXIT_FAILURE);
+        end_process(EXIT_FAILURE);
     log_die(1, "Can't write standard output\n");
 }
 
@@ -94,21 +87,28 @@ int rename_station(const char* /*net*/, const char* /*sta*/) {
     return 0;
 }
 
-int sdd(const char* input_name, int summary_only) {
-    // A listing ends before the message that follows a line that cannot be written.
-    gather_output(summary_only == 0 ? check_standard_output : nullptr);
-    Tapefile = 0;
-    Geoscope_channels = {};
-    read_handle_t* handle = open_volume(input_name);
-    if (File_Flag != 0 && File_No != 0)
-        position_tape(input_name);
+void list_volume(read_handle_t* handle, int summary_only) {
+    handle->bad_blockette = list_bad_blockette;
+    handle->logical->announce = Verbose_Flag > 1 ? announce_logical_record : nullptr;
+    handle->logical->before_read = [] { flush_output(stdout); };
     long delivered;
     do {
         delivered = list_tape_file(handle, summary_only);
         Tapefile += 1;
     } while (delivered != 0 && File_Flag == 0);
-    free_handle(handle);
     log_flush(1);
+}
+
+int sdd(const char* input_name, int summary_only) {
+    // A listing ends before the message that follows a line that cannot be written.
+    gather_output(summary_only == 0 ? check_standard_output : nullptr);
+    Tapefile = 0;
+    Geoscope_channels = {};
+    read_handle_t* handle = seed_read(input_name);
+    if (File_Flag != 0 && File_No != 0)
+        position_tape(input_name);
+    list_volume(handle, summary_only);
+    free_handle(handle);
     return 0;
 }
 

@@ -81,6 +81,11 @@ void read_piece(SeedInput* input) {
         report_failed_read(input);
 }
 
+// The end, for every later call too.
+void end_input(SeedInput* input) {
+    input->start = input->cur = input->pbytes;
+}
+
 // Reads up to the current logical record where the rest of the one before, only padding, is still to come.
 void pass_over_missing(SeedInput* input) {
     while (input->start > input->pbytes && input->eof == 0) {
@@ -95,8 +100,10 @@ void pass_over_missing(SeedInput* input) {
 bool copy_buffered(SeedInput* input, char* out, int count) {
     while (input->pbytes - input->cur < count && input->eof == 0)
         read_piece(input);
-    if (input->pbytes - input->cur < count)
+    if (input->pbytes - input->cur < count) {
+        end_input(input);
         return false;
+    }
     std::copy_n(input->buffer.data() + input->cur, count, out);
     input->cur += count;
     return true;
@@ -154,7 +161,7 @@ int advanceLogicalRecord(SeedInput* input) {
     if (input->eof == 0 && input->pbytes <= input->start + enough_bytes && moredata(input) != 0)
         return -1;
     if (input->pbytes - input->start < header_size) {
-        input->start = input->cur = input->pbytes; // the end, for every later call too
+        end_input(input);
         return -1;
     }
 

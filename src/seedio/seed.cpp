@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace quarry {
 
@@ -199,6 +200,27 @@ int read_control_blockette(read_handle_t* handle, void** record, int* type) {
     return 1;
 }
 
+// As read_blk. What it leaves behind the record is from the one before.
+int read_into_image(read_handle_t* handle, void** record, int* type) {
+    SeedInput* input = handle->logical;
+    for (;;) {
+        if (read_fixed_header(input, body(handle), type_and_length_size) == 0)
+            return 0;
+        if (is_ok_quality(input->type_code))
+            return read_data_record(handle, record, type);
+        if (!is_blank(body_text(handle, type_and_length_size)))
+            return read_control_blockette(handle, record, type);
+        // Padding up to the end of the logical record.
+        if (advanceLogicalRecord(input) != 0)
+            return 0;
+    }
+}
+
+// Nothing of an earlier record is left behind a shorter one.
+void clear_behind(read_handle_t* handle, int used_before) {
+    std::fill(body(handle) + std::min(handle->bufflength, used_before), body(handle) + used_before, '\0');
+}
+
 } // namespace
 
 read_handle_t* seed_read(const char* name) {
@@ -232,24 +254,13 @@ void fixup_dh(blk_dh_t* header, const read_handle_t* handle) {
 }
 
 int read_blk(read_handle_t* handle, void** record, int* type) {
-    SeedInput* input = handle->logical;
     *record = nullptr;
     *type = 0;
-    for (;;) {
-        std::copy(image_header.begin(), image_header.end(), handle->image.begin());
-        std::fill_n(body(handle), handle->bufflength, '\0');
-        handle->bufflength = largest_blockette; // in case this call ends before it knows better
-        if (read_fixed_header(input, body(handle), type_and_length_size) == 0)
-            return 0;
-        if (is_ok_quality(input->type_code))
-            return read_data_record(handle, record, type);
-        if (!is_blank(body_text(handle, type_and_length_size)))
-            return read_control_blockette(handle, record, type);
-        // Padding up to the end of the logical record.
-        handle->bufflength = type_and_length_size;
-        if (advanceLogicalRecord(input) != 0)
-            return 0;
-    }
+    std::copy(image_header.begin(), image_header.end(), handle->image.begin());
+    const int used_before = std::exchange(handle->bufflength, largest_blockette); // unless it becomes known
+    const int delivered = read_into_image(handle, record, type);
+    clear_behind(handle, used_before);
+    return delivered;
 }
 
 int parse_b1000(std::span<const char> raw, const char** name, int* format, int* order, const Steim** state) {
