@@ -13,6 +13,11 @@ namespace quarry {
 
 namespace {
 
+// Before main, the library of command lines makes its tables, for which memory may be missing.
+[[gnu::constructor(101)]] void report_exhausted_memory_from_the_start() {
+    report_exhausted_memory();
+}
+
 // If a standard descriptor is closed, the next file to be opened gets its number, and the listing could be
 // written into that file. So a descriptor on which reading or writing fails takes its place.
 void occupy_standard_descriptors() {

@@ -141,8 +141,10 @@ void log_die(int with_errno, const char* format, ...) {
 
 void log_die_without_memory(const char* text) {
     static std::array<char, 1024> line;
-    const int length = std::snprintf(line.data(), line.size(), "%s: %s: %s\n", program_base_name, text,
-                                     std::strerror(ENOMEM));
+    // Memory may be exhausted before the name is there.
+    const char* name = program_base_name != nullptr ? program_base_name : program_invocation_short_name;
+    const int length =
+        std::snprintf(line.data(), line.size(), "%s: %s: %s\n", name, text, std::strerror(ENOMEM));
     log_flush(1);
     write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
     flush_output(stdout);

@@ -79,9 +79,11 @@ int run(int argc, char** argv) {
 
 } // namespace
 
-int listing_command(int argc, char** argv) {
-    // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
+void report_exhausted_memory() {
     std::set_terminate([] { out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
+}
+
+int listing_command(int argc, char** argv) {
     keep_released_memory();
     try {
         return run(argc, argv);

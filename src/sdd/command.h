@@ -3,6 +3,10 @@
 
 namespace quarry {
 
+// Lets std::terminate report exhausted memory: where not even an exception can be thrown, the runtime library
+// calls it.
+void report_exhausted_memory();
+
 // Lists the volume that the arguments of the program name. Returns the exit status.
 int listing_command(int argc, char** argv);
 
