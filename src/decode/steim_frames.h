@@ -73,7 +73,7 @@ constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
 template <class Level, class Running, bool Swap>
 std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, std::int32_t first) {
     // The first word behind the constants: its first difference leads to the first sample.
-    const char* const anchor = frames > 0 ? data + 3 * word_size : nullptr;
+    const char* const anchor = frames > 0 ? data + std::ptrdiff_t{3} * word_size : nullptr;
     float* next = seismic_data_ptr;
     Running value = 0;
     for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
@@ -118,7 +118,7 @@ std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbyte
     std::int32_t first = 0;
     if (nbytes >= 3 * word_size) {
         first = static_cast<std::int32_t>(load_after_swap<std::uint32_t>(data + word_size, Swap));
-        load_after_swap<std::uint32_t>(data + 2 * word_size, Swap);
+        load_after_swap<std::uint32_t>(data + std::ptrdiff_t{2} * word_size, Swap);
     }
     const std::int64_t frames = std::max(nbytes / frame_size, 0);
     const std::int64_t missing = frames <= exact_frames
