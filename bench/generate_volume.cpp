@@ -141,7 +141,7 @@ class DataRecords {
 public:
     DataRecords(std::size_t size, int samples) {
         std::mt19937 random(3);
-        DataRecord record;
+        RecordFields record;
         record.size = static_cast<int>(size);
         record.samples = samples;
         record.rate_factor = sample_rate;

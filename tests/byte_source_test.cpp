@@ -70,15 +70,6 @@ std::string sample(std::size_t size) {
     return bytes;
 }
 
-std::string compressed(const std::string& command, std::string_view content) {
-    const TemporaryDirectory directory;
-    const std::string plain = directory.file("plain", content);
-    const std::string packed = directory.path() + "/packed";
-    EXPECT_EQ(std::system((command + " < " + plain + " > " + packed).c_str()), 0) << command;
-    std::ifstream in(packed, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 struct Tool {
     const char* command;
     const char* name;

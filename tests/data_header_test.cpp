@@ -47,7 +47,7 @@ TEST(DataHeader, ByteOrderByTheYear) {
 
 TEST(DataHeader, NumbersBeyondTheirRange) {
     for (const bool big_endian : {true, false}) {
-        DataRecord record{.hour = 200, .minute = 21, .fraction = 1234, .activity = 3, .io_flags = 0x81};
+        RecordFields record{.hour = 200, .minute = 21, .fraction = 1234, .activity = 3, .io_flags = 0x81};
         record.samples = 40000;
         record.rate_factor = -100;
         record.rate_multiplier = 256;
@@ -244,12 +244,12 @@ private:
 };
 
 // Records of several lengths, none of which divides the reader's buffer, through several buffers.
-TEST(DataRecord, VolumesLargerThanTheBuffer) {
+TEST(RecordFields, VolumesLargerThanTheBuffer) {
     std::vector<std::string> records;
     std::string bytes;
     std::uint32_t noise = 1;
     for (int i = 0; i < 150; ++i) {
-        DataRecord record;
+        RecordFields record;
         record.size = 256 << (i % 6);
         record.encoding = 3;
         while (record.data.size() + 64 < static_cast<std::size_t>(record.size))
@@ -276,7 +276,7 @@ TEST(DataRecord, VolumesLargerThanTheBuffer) {
     testing::internal::GetCapturedStderr();
 }
 
-TEST(DataRecord, BeginningOfItsData) {
+TEST(RecordFields, BeginningOfItsData) {
     for (const auto& [beginning, reached] : {std::pair{-1, false}, {0, true}, {512, true}, {513, false}}) {
         std::string bytes = VolumeBuilder().data({.size = 512, .encoding = 3}).bytes();
         bytes[44] = static_cast<char>(beginning >> 8);
@@ -290,7 +290,7 @@ TEST(DataRecord, BeginningOfItsData) {
 }
 
 // What the headers declared is forgotten when the handle is made ready anew.
-TEST(DataRecord, ReinitializedHandle) {
+TEST(RecordFields, ReinitializedHandle) {
     testing::internal::CaptureStderr();
     Volume volume(VolumeBuilder(512)
                       .control('A', blockette(30, "Any~000100000"))

@@ -63,7 +63,7 @@ std::map<std::string, std::string> files_of(const std::string& directory) {
 }
 
 std::string data(int doy, const char* station = "DEM1", int encoding = 3) {
-    DataRecord record;
+    RecordFields record;
     record.station = station;
     record.year = 2001;
     record.doy = doy;

@@ -1,5 +1,6 @@
 // Numbers in text, the calendar, and time texts.
 #include "blockette/scan.h"
+#include "fields/time_text.h"
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
 #include "platform/text.h"
@@ -160,6 +161,28 @@ TEST(TimeText, Epochs) {
     std::array<char, 23> text;
     epoch2seed(human_to_epoch(1999, 123, 4, 5, 6.789), text);
     EXPECT_STREQ(text.data(), "1999,123,04:05: 6.7890");
+}
+
+TEST(TimeText, Microseconds) {
+    const std::tuple<const char*, std::optional<std::int64_t>> times[] = {
+        {"1970,001,00:00:00.0000", 0},
+        {"2005,032,10:20:30.1234", 1107253230'123400},
+        {"2005,032,10:20:30.123456789 ", 1107253230'123456},
+        {"1969,365,23:59:59.5", -500000},
+        {"2005,032,10:20", 1107253200'000000},
+        {"2005, 32", 1107216000'000000},
+        {"2500,001", 16725225600'000000},
+        {"2016,366,23:59:60", 1483228800'000000},
+        {"", std::nullopt},
+        {"  ", std::nullopt},
+        {"2005,367", std::nullopt},
+        {"2005,000", std::nullopt},
+        {"2005,032,24:00:00", std::nullopt},
+        {"2005,032,10:20:30x", std::nullopt},
+        {"2005,032,10:20:30.1x", std::nullopt},
+        {"2005/032", std::nullopt}};
+    for (const auto& [text, expected] : times)
+        EXPECT_EQ(microseconds_of(text), expected) << text;
 }
 
 } // namespace

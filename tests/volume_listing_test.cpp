@@ -32,7 +32,7 @@ std::string format_030(int code, const std::string& name) {
     return blockette(30, name + "~" + digits(code, 4) + "00000");
 }
 
-std::string data(const DataRecord& record) {
+std::string data(const RecordFields& record) {
     return VolumeBuilder().data(record).bytes();
 }
 

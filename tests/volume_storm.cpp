@@ -4,6 +4,7 @@
 // which must end by itself within some seconds, with status 0 or 1. The rounds are the same for the same
 // seed; a volume that broke the lister is left in the current directory.
 
+#include "damaged_volumes.h"
 #include "sdd/sdd.h"
 #include "state.h"
 #include "volume_builder.h"
@@ -12,7 +13,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -30,42 +30,8 @@ extern "C" const char* __ubsan_default_options() {
 
 namespace {
 
-using Random = std::mt19937_64;
-
-std::size_t below(Random* random, std::size_t limit) {
-    return std::uniform_int_distribution<std::size_t>(0, limit > 0 ? limit - 1 : 0)(*random);
-}
-
-// What damage tends to be made of: the characters that mean something in a volume.
-char damaging_byte(Random* random) {
-    constexpr std::string_view characters = "0123456789~ -+.,:*DRQMVAST\0\xff\x01";
-    return below(random, 3) == 0 ? static_cast<char>(below(random, 256))
-                                 : characters[below(random, characters.size())];
-}
-
-std::string damaged(std::string volume, Random* random) {
-    switch (below(random, 6)) {
-    case 0: // cut
-        volume.resize(below(random, volume.size()));
-        break;
-    case 1: // bytes lost or doubled: all that follows is out of step
-        volume.erase(below(random, volume.size()), below(random, 600));
-        volume.insert(below(random, volume.size()),
-                      volume.substr(below(random, volume.size()), below(random, 600)));
-        break;
-    case 2: // noise
-        for (char& byte : volume)
-            byte = static_cast<char>(below(random, 256));
-        volume.replace(0, 8, "000001V ");
-        break;
-    default:
-        break;
-    }
-    const std::size_t changes = std::size_t{1} << below(random, 9);
-    for (std::size_t i = 0; i < changes && !volume.empty(); ++i)
-        volume[below(random, volume.size())] = damaging_byte(random);
-    return volume;
-}
+using quarry::below;
+using quarry::Random;
 
 int list(const std::string& name, Random* random) {
     constexpr unsigned seconds = 20;
@@ -99,7 +65,7 @@ int main(int argc, char** argv) {
     long broken = 0;
     for (long round = 0; round < rounds; ++round) {
         Random random(seed * 1000003 + static_cast<unsigned long>(round));
-        std::ofstream(name, std::ios::binary) << damaged(volume, &random);
+        std::ofstream(name, std::ios::binary) << quarry::damaged(volume, &random);
         if (const int status = list(name, &random); status != 0) {
             const std::string kept = "broken-" + std::to_string(seed) + "-" + std::to_string(round) + ".seed";
             std::filesystem::copy_file(name, kept, std::filesystem::copy_options::overwrite_existing);

@@ -2,6 +2,8 @@
 // both. The one place that knows where these fields stand.
 #pragma once
 
+#include "decode/fixed_header.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,26 +19,6 @@ inline constexpr std::size_t record_front_size = 136;
 
 // Size of what begins every logical record: sequence number (6 digits), type letter, continuation character.
 inline constexpr std::size_t logical_header_size = 8;
-
-// The binary fields of the fixed header (fields 8 to 21 in the SEED manual), as numbers of the host's order.
-struct FixedHeader {
-    std::uint16_t year;
-    std::uint16_t day_of_year;
-    std::uint8_t hour;
-    std::uint8_t minute;
-    std::uint8_t second;
-    std::uint16_t fraction; // 0.0001 s
-    std::uint16_t samples;
-    std::int16_t rate_factor;
-    std::int16_t rate_multiplier;
-    std::uint8_t activity_flags;
-    std::uint8_t io_flags;
-    std::uint8_t quality_flags;
-    std::uint8_t blockettes;      // that follow
-    std::int32_t time_correction; // 0.0001 s
-    std::uint16_t data_offset;    // of the first sample in the record
-    std::uint16_t blockette_offset;
-};
 
 // The fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
 FixedHeader decode_fixed_header(std::span<const char> record, bool swapped);

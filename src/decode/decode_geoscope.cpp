@@ -1,6 +1,7 @@
 #include "decode/decode_geoscope.h"
 
 #include "decode/plain_words.h"
+#include "decode/word_values.h"
 
 #include <array>
 
@@ -22,18 +23,11 @@ std::int32_t demultiplex(char* raw, std::int32_t nsamples, int unit_size, Value 
     return 0;
 }
 
-// One word, 4-bit gain:   15 14 13 12 | 11 ... 0       3-bit gain:   15 | 14 13 12 | 11 ... 0
-//                         gain        | mantissa              unused | gain     | mantissa
-//
-// sample = (mantissa - 2048) / 2^gain. Both are exact as floats.
 template <int GainBits>
 std::int32_t demultiplex_gain_ranged(char* raw, std::int32_t nsamples, int byteswap) {
     const bool swap = byteswap != 0;
     return demultiplex(raw, nsamples, 2, [swap](char* place) {
-        const auto word = load_after_swap<std::uint16_t>(place, swap);
-        const int gain = word >> 12 & ((1 << GainBits) - 1);
-        const int mantissa = (word & 0xFFF) - 2048;
-        return static_cast<float>(mantissa) * power_of_two(-gain);
+        return geoscope_value<GainBits>(load_after_swap<std::uint16_t>(place, swap));
     });
 }
 

@@ -89,14 +89,7 @@ public:
         unpack_fields(group.data(), bits, count, with_sign, fields);
     }
 
-    // A number of `bits` bits at ipt, which moves behind it.
-    std::int32_t take(std::int32_t bits, bool with_sign) const {
-        std::int32_t value = 0;
-        fields(ipt, bits, 1, with_sign, &value);
-        ipt += bits / 8;
-        return value;
-    }
-    std::int32_t take_byte() const { return take(8, false); }
+    bool holds(std::int64_t size) const { return size <= size_; }
 
 private:
     const char* bytes_;
@@ -104,28 +97,64 @@ private:
 };
 constexpr std::int64_t unbounded = std::numeric_limits<std::int64_t>::max();
 
+// The decompressor's position and counters, as decode_usnsn.h explains them.
+struct Decompressor {
+    std::int32_t prnt = 0;
+    std::int32_t ipt = 0;
+    std::int32_t nct = 0;
+    std::int32_t ifr = 0;
+    std::int32_t iovr = 0;
+    std::int32_t ldcmprs = 0;
+    std::int32_t npt = 0;
+    std::int32_t id0 = 0;
+    std::int64_t stored = 0; // values that the record holds: before its end and before an overflow
+
+    std::int32_t decompress(const Record& record, std::int32_t maxx, std::int32_t* n, std::int32_t* idat,
+                            std::int32_t* eod, std::int32_t* ovr);
+    void unpack_frame(const Record& record, std::int64_t room, std::int32_t* n, std::int32_t* idat,
+                      std::int32_t* fin, std::int32_t* ovr, std::int32_t* eod);
+
+private:
+    std::int32_t take(const Record& record, std::int32_t bits, bool with_sign);
+    std::int32_t take_byte(const Record& record) { return take(record, 8, false); }
+    void set_result_unless_negative(std::int32_t result);
+    void check_trailer(const Record& record, std::int32_t in_frame, std::int32_t last, std::int32_t* eod);
+    void check_block(const Record& record);
+    std::int32_t unpack_groups(const Record& record, std::int64_t room, std::array<std::int32_t, 2> keys,
+                               std::int32_t* idat, std::int32_t* fin, std::int32_t* ovr);
+};
+
+// A number of `bits` bits at ipt, which moves behind it.
+std::int32_t Decompressor::take(const Record& record, std::int32_t bits, bool with_sign) {
+    std::int32_t value = 0;
+    record.fields(ipt, bits, 1, with_sign, &value);
+    ipt += bits / 8;
+    return value;
+}
+
 // Keeps a mismatch unless a worse one is known.
-void set_result_unless_negative(std::int32_t result) {
+void Decompressor::set_result_unless_negative(std::int32_t result) {
     if (ldcmprs >= 0)
         ldcmprs = result;
 }
 
-// Behind the last frame's count of bytes: whether the record has a trailer and fits it. `stored` are the
+// Behind the last frame's count of bytes: whether the record has a trailer and fits it. `in_frame` are the
 // differences of the last frame, `last` is the last sample.
-void check_trailer(const Record& record, std::int32_t stored, std::int32_t last, std::int32_t* eod) {
+void Decompressor::check_trailer(const Record& record, std::int32_t in_frame, std::int32_t last,
+                                 std::int32_t* eod) {
     if (ipt >= trailer)
         return;
-    const std::int32_t lpt = record.take_byte();
+    const std::int32_t lpt = take_byte(record);
     if (lpt == 0)
         return;
     *eod = 1;
-    if (stored != lpt) {
+    if (in_frame != lpt) {
         if (prnt != 0)
-            std::printf("########## kpt mismatch ########## kpt=%d lpt=%d ipt=%d\n", stored, lpt, ipt);
+            std::printf("########## kpt mismatch ########## kpt=%d lpt=%d ipt=%d\n", in_frame, lpt, ipt);
         set_result_unless_negative(dcmprs_count_mismatch);
     }
     ipt = trailer;
-    const std::int32_t ian = record.take(32, true);
+    const std::int32_t ian = take(record, 32, true);
     if (last != ian) {
         if (prnt != 0)
             std::printf("########## ian mismatch ########## ian=%d idat[n]=%d\n", ian, last);
@@ -133,9 +162,9 @@ void check_trailer(const Record& record, std::int32_t stored, std::int32_t last,
     }
 }
 
-void check_block(const Record& record) {
+void Decompressor::check_block(const Record& record) {
     nct = ipt - nct;
-    const std::int32_t ict = record.take_byte();
+    const std::int32_t ict = take_byte(record);
     if (ict != nct) {
         if (prnt != 0)
             std::printf("########## nct mismatch ########## ict=%d nct=%d ipt=%d\n", ict, nct, ipt);
@@ -146,20 +175,21 @@ void check_block(const Record& record) {
 }
 
 // The frame's differences to `idat`, at most `room`; returns their number.
-std::int32_t unpack_groups(const Record& record, std::int64_t room, std::array<std::int32_t, 2> keys,
-                           std::int32_t* idat, std::int32_t* fin, std::int32_t* ovr) {
-    std::int32_t stored = 0;
+std::int32_t Decompressor::unpack_groups(const Record& record, std::int64_t room,
+                                         std::array<std::int32_t, 2> keys, std::int32_t* idat,
+                                         std::int32_t* fin, std::int32_t* ovr) {
+    std::int32_t taken = 0;
     for (const std::size_t i : {0U, 1U}) {
-        if (stored >= room) {
+        if (taken >= room) {
             *ovr = 1;
             break;
         }
         const Group& group = groups[static_cast<std::size_t>(keys[i])];
         const auto count =
-            static_cast<std::int32_t>(std::min<std::int64_t>(room - stored, std::min(group.count, npt)));
-        record.fields(ipt, group.bits, count, true, idat + stored);
+            static_cast<std::int32_t>(std::min<std::int64_t>(room - taken, std::min(group.count, npt)));
+        record.fields(ipt, group.bits, count, true, idat + taken);
         ipt += group.bytes;
-        stored += count;
+        taken += count;
         npt -= count;
         if (npt < 1) {
             *fin = 1;
@@ -168,14 +198,14 @@ std::int32_t unpack_groups(const Record& record, std::int64_t room, std::array<s
             break;
         }
     }
-    return stored;
+    return taken;
 }
 
-void unpack_frame(const Record& record, std::int64_t room, std::int32_t* n, std::int32_t* idat,
-                  std::int32_t* fin, std::int32_t* ovr, std::int32_t* eod) {
+void Decompressor::unpack_frame(const Record& record, std::int64_t room, std::int32_t* n, std::int32_t* idat,
+                                std::int32_t* fin, std::int32_t* ovr, std::int32_t* eod) {
     *fin = *ovr = *eod = 0;
     *n = -1;
-    const std::int32_t both = record.take_byte();
+    const std::int32_t both = take_byte(record);
     const std::array<std::int32_t, 2> keys{both >> 4, both & 0xF};
     if (id0 > largest_start || keys[0] > last_key || keys[1] > last_key) {
         if (prnt != 0)
@@ -185,23 +215,25 @@ void unpack_frame(const Record& record, std::int64_t room, std::int32_t* n, std:
         iovr = 1;
         return;
     }
-    const std::int32_t stored = unpack_groups(record, room, keys, idat, fin, ovr);
-    *n = stored - 1;
-    for (std::int32_t i = 0; i < stored; ++i)
+    const std::int32_t taken = unpack_groups(record, room, keys, idat, fin, ovr);
+    *n = taken - 1;
+    if (record.holds(ipt - 1))
+        stored += taken;
+    for (std::int32_t i = 0; i < taken; ++i)
         idat[i] = id0 = wrapping_sum(idat[i], id0);
     id0 = idat[*n];
     if (*ovr != 0 || (ifr % frames_of_block != 0 && *fin == 0))
         return;
     check_block(record);
     if (*fin != 0)
-        check_trailer(record, stored, idat[*n], eod);
+        check_trailer(record, taken, idat[*n], eod);
 }
 
-std::int32_t decompress(const Record& record, std::int32_t maxx, std::int32_t* n, std::int32_t* idat,
-                        std::int32_t* eod, std::int32_t* ovr) {
+std::int32_t Decompressor::decompress(const Record& record, std::int32_t maxx, std::int32_t* n,
+                                      std::int32_t* idat, std::int32_t* eod, std::int32_t* ovr) {
     ipt = 1;
-    const std::int32_t ia0 = record.take(32, true);
-    npt = record.take(16, false);
+    const std::int32_t ia0 = take(record, 32, true);
+    npt = take(record, 16, false);
     nct = first_frame - 1;
     ifr = 0;
     id0 = ia0;
@@ -216,6 +248,7 @@ std::int32_t decompress(const Record& record, std::int32_t maxx, std::int32_t* n
         ldcmprs = dcmprs_first_mismatch;
     }
     const std::int64_t expected_last = std::int64_t{*n} + npt;
+    stored = *n + 1;
     std::int32_t fin = 0;
     do {
         ++ifr;
@@ -236,6 +269,20 @@ std::int32_t decompress(const Record& record, std::int32_t maxx, std::int32_t* n
     return ldcmprs;
 }
 
+// Runs on the variables of decode_usnsn.h.
+template <class Run>
+void run_on_variables(Run run) {
+    Decompressor state{prnt, ipt, nct, ifr, iovr, ldcmprs, npt, id0};
+    run(&state);
+    ipt = state.ipt;
+    nct = state.nct;
+    ifr = state.ifr;
+    iovr = state.iovr;
+    ldcmprs = state.ldcmprs;
+    npt = state.npt;
+    id0 = state.id0;
+}
+
 } // namespace
 
 std::int32_t decode_usnsn(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
@@ -248,20 +295,37 @@ std::int32_t decode_usnsn(char* data, std::int32_t nsamples, std::int32_t nbytes
     std::int32_t n = -1;
     std::int32_t eod = 0;
     std::int32_t ovr = 0;
-    decompress(Record(data, size), std::max(nsamples, 0), &n, idat.data(), &eod, &ovr);
+    run_on_variables([&](Decompressor* state) {
+        state->decompress(Record(data, size), std::max(nsamples, 0), &n, idat.data(), &eod, &ovr);
+    });
     for (std::int32_t i = 0; i <= n; ++i)
         *seismic_data_ptr++ = static_cast<float>(idat[static_cast<std::size_t>(i)]);
     return 0;
 }
 
+UsnsnRecord decompress_usnsn(std::span<const char> record, std::span<std::int32_t> samples) {
+    Decompressor state;
+    std::int32_t n = -1;
+    std::int32_t eod = 0;
+    std::int32_t ovr = 0;
+    const std::int32_t result =
+        state.decompress(Record(record.data(), std::ssize(record)), static_cast<std::int32_t>(samples.size()),
+                         &n, samples.data(), &eod, &ovr);
+    return {result, state.stored, eod != 0};
+}
+
 std::int32_t dcmprs(std::int32_t maxx, std::int32_t* n, std::int32_t* idat, std::int32_t* eod,
                     std::int32_t* ovr, const char* icmp) {
-    return decompress(Record(icmp, unbounded), maxx, n, idat, eod, ovr);
+    run_on_variables(
+        [&](Decompressor* state) { state->decompress(Record(icmp, unbounded), maxx, n, idat, eod, ovr); });
+    return ldcmprs;
 }
 
 void unpacknsn(std::int32_t maxx, std::int32_t* n, std::int32_t* idat, std::int32_t* fin, std::int32_t* ovr,
                std::int32_t* eod, const char* icmp) {
-    unpack_frame(Record(icmp, unbounded), maxx, n, idat, fin, ovr, eod);
+    run_on_variables([&](Decompressor* state) {
+        state->unpack_frame(Record(icmp, unbounded), maxx, n, idat, fin, ovr, eod);
+    });
 }
 
 std::int32_t gnible(const char* ib, std::int32_t* ia, std::int32_t* ns, std::int32_t nb, std::int32_t n,

@@ -1,9 +1,11 @@
 // USNSN compression: differences in groups of 4, 8 or 12, each group with a width of its own.
 //
-// One thread: the decompressor keeps its position and counters in the variables below.
+// decompress_usnsn is re-entrant. The other functions keep the decompressor's position and counters in the
+// variables below: one thread.
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace quarry {
 
@@ -12,6 +14,17 @@ namespace quarry {
 // finds, at most `nsamples`. For 0 or less it stores one, so the cursor must have room for it. Returns 0 also
 // where dcmprs reports an error.
 std::int32_t decode_usnsn(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
+
+// What a record of USNSN holds.
+struct UsnsnRecord {
+    std::int32_t result = 0;  // as dcmprs returns it
+    std::int64_t samples = 0; // in it: those after its end or after an overflow do not count
+    bool has_trailer = false;
+};
+
+// Decompresses the record, most significant byte first, to `samples`, at least one and as many as it and they
+// hold; bytes beyond it count as zero. Prints nothing.
+UsnsnRecord decompress_usnsn(std::span<const char> record, std::span<std::int32_t> samples);
 
 // Results of dcmprs, and which earlier results each replaces.
 inline constexpr std::int32_t dcmprs_good = 1;

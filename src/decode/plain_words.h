@@ -5,15 +5,9 @@
 #include "decode/swap_in_place.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 
 namespace quarry {
-
-// 2 to the power of `exponent`, -126 to 127.
-constexpr float power_of_two(int exponent) {
-    return std::bit_cast<float>(static_cast<std::uint32_t>(exponent + 127) << 23);
-}
 
 // Writes value (word) for each of `nsamples` words through the cursor. Value gives the four bytes that are
 // stored. Trusts `nsamples`; returns 0.

@@ -6,15 +6,18 @@
 // In the first frame word 1 is the forward integration constant (the first sample) and word 2 the reverse one
 // (the last sample). A sound record gives them code 0; the walk does not rely on that. Bytes behind the last
 // whole frame are ignored.
+//
+// The bytes are those of the caller: where they are not constant, the words are swapped in place as the level
+// says. There is no state.
 #pragma once
 
-#include "decode/sample_cursor.h"
 #include "decode/swap_in_place.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <type_traits>
 
 namespace quarry::steim {
 
@@ -46,10 +49,12 @@ constexpr Packing packing(int count, int width) {
 }
 inline constexpr Packing no_differences{};
 
-// A word and its packing. `fields` has the first difference on top.
+// A word and its packing. `fields` has the first difference on top, `swapped` is what a decoder that swaps in
+// place leaves of the word.
 struct Word {
     std::uint32_t fields;
     const Packing* packing;
+    std::uint32_t swapped;
 };
 
 // True if the record is big-endian.
@@ -65,22 +70,30 @@ constexpr std::uint32_t first_half_on_top(std::uint32_t word) {
     return host_is_little_endian ? std::rotl(word, 16) : word;
 }
 
-// Decodes whole frames through the cursor; returns the samples wanted less the differences found.
+// Where the decoded samples end, and how many of those wanted are missing: 0 or less if none is.
+template <class Sample>
+struct Decoded {
+    Sample* end;
+    std::int64_t missing;
+};
+
+// Decodes whole frames to `next`, which has room for the samples wanted.
 //
-// The running value is of type Running: see decode_frames. Level::take<Swap> (place, code) gives the word at
-// `place`, swapped there as far as the level swaps it, and Level::largest_count is the largest count of its
-// packings.
-template <class Level, class Running, bool Swap>
-std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, std::int32_t first) {
+// The running value is of type Running: see decode_frames. Level::take<Swap> (raw, code) gives the word that
+// is read as `raw` in the host's order, and Level::largest_count is the largest count of its packings.
+template <class Level, class Running, bool Swap, class Byte, class Sample>
+Decoded<Sample> walk_frames(Byte* data, std::int64_t frames, std::int64_t wanted, std::int32_t first,
+                            Sample* next) {
     // The first word behind the constants: its first difference leads to the first sample.
     const char* const anchor = frames > 0 ? data + std::ptrdiff_t{3} * word_size : nullptr;
-    float* next = seismic_data_ptr;
     Running value = 0;
     for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
         std::uint32_t codes = load_after_swap<std::uint32_t>(data, Swap);
-        for (char* place = data + word_size; place != data + frame_size; place += word_size) {
+        for (Byte* place = data + word_size; place != data + frame_size; place += word_size) {
             codes <<= 2;
-            const Word word = Level::template take<Swap>(place, codes >> 30);
+            const Word word = Level::template take<Swap>(load<std::uint32_t>(place), codes >> 30);
+            if constexpr (Swap && !std::is_const_v<Byte>)
+                store(place, word.swapped);
             const Packing& packing = *word.packing;
             if (place == anchor && packing.count > 0) [[unlikely]]
                 value = static_cast<Running>(first) - packing.field<Running>(word.fields, 0);
@@ -88,32 +101,30 @@ std::int64_t walk_frames(char* data, std::int64_t frames, std::int64_t wanted, s
                 // What is stored beyond the count is overwritten by the next word.
                 for (int k = 0; k < Level::largest_count; ++k) {
                     value += packing.field<Running>(word.fields, k);
-                    next[k] = static_cast<float>(value);
+                    next[k] = static_cast<Sample>(value);
                 }
                 next += packing.count;
             } else {
                 for (int k = 0; k < packing.count; ++k) {
                     value += packing.field<Running>(word.fields, k);
                     if (k < wanted)
-                        *next++ = static_cast<float>(value);
+                        *next++ = static_cast<Sample>(value);
                 }
             }
             wanted -= packing.count;
         }
     }
-    seismic_data_ptr = next;
-    return wanted;
+    return {next, wanted};
 }
 
-// Decodes a data area through the cursor and puts zeros for the samples that it lacks; returns their number,
-// 0 or less if it lacks none.
+// Decodes a data area to `samples`, which has room for `nsamples`.
 //
-// The series is defined by sums of doubles. As long as every sum stays below 2^53 they are exact, and so are
-// sums of integers, which are faster: a word adds at most 2^31 to the magnitude (its fields of fewer bits
-// add less), a frame 15 * 2^31, and the start, the first sample less a difference, is at most 2^32. Sums of
-// 2^18 frames, 16 megabytes, thus keep below 15 * 2^49 + 2^32 < 2^53.
-template <class Level, bool Swap>
-std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbytes) {
+// A series of floats is defined by sums of doubles. As long as every sum stays below 2^53 they are exact, and
+// so are sums of integers, which are faster: a word adds at most 2^31 to the magnitude (its fields of fewer
+// bits add less), a frame 15 * 2^31, and the start, the first sample less a difference, is at most 2^32. Sums
+// of 2^18 frames, 16 megabytes, thus keep below 15 * 2^49 + 2^32 < 2^53. A series of integers wraps.
+template <class Level, bool Swap, class Byte, class Sample>
+Decoded<Sample> decode_frames(Byte* data, std::int32_t nsamples, std::int32_t nbytes, Sample* samples) {
     constexpr std::int64_t exact_frames = std::int64_t{1} << 18;
     std::int32_t first = 0;
     if (nbytes >= 3 * word_size) {
@@ -121,18 +132,16 @@ std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbyte
         load_after_swap<std::uint32_t>(data + std::ptrdiff_t{2} * word_size, Swap);
     }
     const std::int64_t frames = std::max(nbytes / frame_size, 0);
-    const std::int64_t missing = frames <= exact_frames
-                                     ? walk_frames<Level, std::int64_t, Swap>(data, frames, nsamples, first)
-                                     : walk_frames<Level, double, Swap>(data, frames, nsamples, first);
-    if (missing > 0)
-        seismic_data_ptr = std::fill_n(seismic_data_ptr, missing, 0.0F);
-    return missing;
+    if (std::is_integral_v<Sample> || frames <= exact_frames)
+        return walk_frames<Level, std::int64_t, Swap>(data, frames, nsamples, first, samples);
+    return walk_frames<Level, double, Swap>(data, frames, nsamples, first, samples);
 }
 
-template <class Level>
-std::int64_t decode_frames(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
-    return byteswap != 0 ? decode_frames<Level, true>(data, nsamples, nbytes)
-                         : decode_frames<Level, false>(data, nsamples, nbytes);
+template <class Level, class Byte, class Sample>
+Decoded<Sample> decode_frames(Byte* data, std::int32_t nsamples, std::int32_t nbytes, bool swap,
+                              Sample* samples) {
+    return swap ? decode_frames<Level, true>(data, nsamples, nbytes, samples)
+                : decode_frames<Level, false>(data, nsamples, nbytes, samples);
 }
 
 } // namespace quarry::steim

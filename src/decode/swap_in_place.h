@@ -1,16 +1,18 @@
-// Words of a record in the host's order, swapped in place: unaligned, so reached through their bytes.
+// Words of a record in the host's order: unaligned, so reached through their bytes.
 #pragma once
 
 #include "platform/bytes.h"
 
 namespace quarry {
 
-// The word at `place`. Where `swap` is set, its bytes are first reversed there, and stay so.
-template <class Word>
-Word load_after_swap(char* place, bool swap) {
+// The word at `place` in the host's order, its bytes reversed where `swap` is set. If the bytes are not
+// constant, they are reversed there, too, and stay so.
+template <class Word, class Byte>
+Word load_after_swap(Byte* place, bool swap) {
     const auto word = load_swapped<Word>(place, swap);
-    if (swap)
-        store(place, word);
+    if constexpr (!std::is_const_v<Byte>)
+        if (swap)
+            store(place, word);
     return word;
 }
 

@@ -25,10 +25,13 @@ std::int64_t days_to_year(std::int64_t year) {
 
 } // namespace
 
-double human_to_epoch(int year, int doy, int hour, int minutes, double sec) {
+std::int64_t seconds_since_1970(int year, int doy, int hour, int minutes, int sec) {
     const std::int64_t days = days_to_year(year) + doy - 1;
-    const std::int64_t whole = days * seconds_a_day + std::int64_t{hour} * 3600 + std::int64_t{minutes} * 60;
-    return static_cast<double>(whole) + sec;
+    return days * seconds_a_day + std::int64_t{hour} * 3600 + std::int64_t{minutes} * 60 + sec;
+}
+
+double human_to_epoch(int year, int doy, int hour, int minutes, double sec) {
+    return static_cast<double>(seconds_since_1970(year, doy, hour, minutes, 0)) + sec;
 }
 
 HumanTime epoch_to_human(double epoch) {

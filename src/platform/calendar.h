@@ -4,6 +4,8 @@
 // count arithmetically from 1 January of the year; there is no loop over years and no time zone.
 #pragma once
 
+#include <cstdint>
+
 namespace quarry {
 
 // A moment by its fields; `doy` counts from 1.
@@ -15,7 +17,8 @@ struct HumanTime {
     double sec;
 };
 
-// Seconds since 1970-01-01 00:00:00.
+// Seconds since 1970-01-01 00:00:00. The first form is exact.
+std::int64_t seconds_since_1970(int year, int doy, int hour, int minutes, int sec);
 double human_to_epoch(int year, int doy, int hour, int minutes, double sec);
 
 // The fields of an epoch, each in its usual range. An epoch whose year does not fit into an int

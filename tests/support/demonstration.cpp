@@ -141,7 +141,7 @@ void add_data(VolumeBuilder* volume) {
     constexpr int in_long_record = 1000;
     constexpr int in_short_record = 100;
     for (int i = 0; i < 2; ++i) {
-        DataRecord record;
+        RecordFields record;
         record.minute = 20 + (30 + 50 * i) / 60;
         record.second = (30 + 50 * i) % 60;
         record.samples = in_long_record;
@@ -150,7 +150,7 @@ void add_data(VolumeBuilder* volume) {
         volume->data(record);
     }
     for (int i = 0; i < 2; ++i) { // no blockette 1000: the channel's own headers tell format and length
-        DataRecord record;
+        RecordFields record;
         record.channel = "BH";
         record.second = 30 + 5 * i;
         record.samples = in_short_record;
@@ -159,7 +159,7 @@ void add_data(VolumeBuilder* volume) {
         volume->data(record);
     }
     for (int i = 0; i < 3; ++i) {
-        DataRecord record;
+        RecordFields record;
         record.station = "DEM2";
         record.location = "00";
         record.channel = "LHZ";

@@ -129,4 +129,12 @@ bool make_recorded_tests(const char* suite, std::vector<Run> runs) {
                       [suite](const Run& one) { expect_recorded(suite, one.name, run(one)); });
 }
 
+std::string compressed(const std::string& command, std::string_view content) {
+    const TemporaryDirectory directory;
+    const std::string plain = directory.file("plain", content);
+    const std::string packed = directory.path() + "/packed";
+    EXPECT_EQ(std::system((command + " < " + plain + " > " + packed).c_str()), 0) << command;
+    return content_of(packed);
+}
+
 } // namespace quarry

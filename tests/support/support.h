@@ -41,6 +41,9 @@ private:
 
 std::string content_of(const std::string& path);
 
+// The content as the command ("gzip -c") writes it, which reads it on standard input.
+std::string compressed(const std::string& command, std::string_view content);
+
 struct RunResult {
     std::string out;
     std::string err;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int data_offset = 64;
 
-std::string data_record(const DataRecord& record, int sequence) {
+std::string data_record(const RecordFields& record, int sequence) {
     const bool has_1000 = record.encoding >= 0;
     const Order order = record.big_endian ? Order::big : Order::little;
     std::string out = digits(sequence, 6) + record.quality_indicator + ' ';
@@ -129,7 +129,7 @@ VolumeBuilder& VolumeBuilder::raw(std::string_view bytes) {
     return *this;
 }
 
-VolumeBuilder& VolumeBuilder::data(const DataRecord& record, int sequence) {
+VolumeBuilder& VolumeBuilder::data(const RecordFields& record, int sequence) {
     end_record();
     if (sequence == 0)
         sequence = ++sequence_;

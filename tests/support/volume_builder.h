@@ -26,7 +26,7 @@ std::string blockette(int type, std::string_view fields);
 enum class Order { big, little };
 std::string number(std::uint32_t value, int width, Order order);
 
-struct DataRecord {
+struct RecordFields {
     const char* station = "DEM1";
     const char* location = "";
     const char* channel = "BHZ";
@@ -66,7 +66,7 @@ public:
     VolumeBuilder& raw(std::string_view bytes);
 
     // Appends a data record of its own logical record. A sequence number of 0 goes on counting.
-    VolumeBuilder& data(const DataRecord& record, int sequence = 0);
+    VolumeBuilder& data(const RecordFields& record, int sequence = 0);
 
     // Fills the logical record being written with blanks, or begins and fills a blank one.
     VolumeBuilder& blank_record(char letter);

@@ -1,4 +1,4 @@
-// quarry: lists SEED volumes. Options, parameter file and database are read here; the work is sdd's.
+#include "sdd/command.h"
 
 #include "platform/memory.h"
 #include "platform/message_log.h"
@@ -7,45 +7,16 @@
 #include "sdd/sdd.h"
 #include "state.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fcntl.h>
 #include <malloc.h>
 #include <new>
 #include <unistd.h>
-#include <utility>
 
 namespace quarry {
 
 namespace {
-
-// If a standard descriptor is closed, the next file to be opened gets its number, and the listing could be
-// written into that file. So a descriptor on which reading or writing fails takes its place.
-void occupy_standard_descriptors() {
-    for (const auto& [descriptor, mode] :
-         {std::pair{STDIN_FILENO, O_WRONLY}, std::pair{STDOUT_FILENO, O_RDONLY},
-          std::pair{STDERR_FILENO, O_WRONLY}})
-        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", mode) < 0)
-            std::_Exit(EXIT_FAILURE);
-}
-
-// The program that started this one may have changed them. SIGPIPE ends the program when its reader goes
-// away, SIGTERM and SIGINT end it on request, SIGCHLD lets it wait for a child, SIGXFSZ is ignored so that a
-// listing beyond a size limit is a failed write. A SIGINT that is ignored stays so: shells start background
-// jobs that way.
-void restore_signals() {
-    std::signal(SIGPIPE, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGCHLD, SIG_DFL);
-    std::signal(SIGXFSZ, SIG_IGN);
-    sigset_t ending;
-    sigemptyset(&ending);
-    for (const int signal : {SIGPIPE, SIGTERM, SIGINT})
-        sigaddset(&ending, signal);
-    sigprocmask(SIG_UNBLOCK, &ending, nullptr);
-}
 
 // A blockette's lists are released when it is listed, and the next one's are as large. Memory that went back
 // to the system in between would have to be cleared page by page again.
@@ -108,17 +79,15 @@ int run(int argc, char** argv) {
 
 } // namespace
 
-} // namespace quarry
-
-int main(int argc, char** argv) {
+int listing_command(int argc, char** argv) {
     // Where the memory does not even suffice to throw std::bad_alloc, the runtime library terminates.
-    std::set_terminate([] { quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
-    quarry::occupy_standard_descriptors();
-    quarry::restore_signals();
-    quarry::keep_released_memory();
+    std::set_terminate([] { out_of_memory(QUARRY_SITE("main"), 1, "working storage"); });
+    keep_released_memory();
     try {
-        return quarry::run(argc, argv);
+        return run(argc, argv);
     } catch (const std::bad_alloc&) {
-        quarry::out_of_memory(QUARRY_SITE("main"), 1, "working storage");
+        out_of_memory(QUARRY_SITE("main"), 1, "working storage");
     }
 }
+
+} // namespace quarry

@@ -1,0 +1,37 @@
+#include "commands/command.h"
+#include "commands/command_line.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <exception>
+
+namespace quarry {
+
+extern const Command json_command;
+
+namespace {
+
+const std::array commands{&json_command};
+
+} // namespace
+
+const Command* find_command(std::string_view name) {
+    const auto* const row = std::find_if(commands.begin(), commands.end(), [name](const Command* command) {
+        return std::string_view(command->name) == name;
+    });
+    return row != commands.end() ? *row : nullptr;
+}
+
+int run_command(const Command& command, int argc, char** argv) {
+    try {
+        CommandLine line;
+        const std::optional<ExitStatus> ended = read_command_line(command, argc, argv, &line);
+        return ended ? *ended : command.run(line);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quarry %s: %s\n", command.name, error.what());
+        return failed;
+    }
+}
+
+} // namespace quarry

@@ -1,0 +1,88 @@
+#include "commands/each_volume.h"
+
+#include "commands/progress.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <unistd.h>
+
+namespace quarry {
+
+namespace {
+
+VolumeReader reader_of(const std::string& name) {
+    return name == "-" ? VolumeReader::of_descriptor(STDIN_FILENO, "standard input")
+                       : VolumeReader::of_path(name);
+}
+
+class VolumeLoop {
+public:
+    VolumeLoop(const CommandLine& line, const VolumeWork& work)
+        : line_(line), work_(work), output_(STDOUT_FILENO, [this] { progress_.hide(); }),
+          progress_(line.volumes) {}
+
+    ExitStatus run() {
+        const std::size_t threads =
+            std::min<std::size_t>(static_cast<std::size_t>(line_.jobs), line_.volumes.size());
+        std::vector<std::jthread> others;
+        for (std::size_t i = 1; i < threads; ++i)
+            others.emplace_back([this] { work_off(); });
+        work_off();
+        others.clear();
+        if (const int error = output_.error(); error != 0)
+            raise(failed, std::string("standard output: ") + std::generic_category().message(error));
+        return static_cast<ExitStatus>(status_.load());
+    }
+
+private:
+    // Takes one volume after the other until none is left.
+    void work_off() {
+        for (std::size_t i = next_++; i < line_.volumes.size(); i = next_++) {
+            OrderedOutput::Part out = output_.part(i);
+            try {
+                treat(line_.volumes[i], out);
+            } catch (const std::exception& error) {
+                raise(failed, line_.volumes[i] + ": " + error.what());
+            }
+            progress_.finish(i);
+        }
+    }
+
+    void treat(const std::string& name, OrderedOutput::Part& out) {
+        VolumeReader reader = reader_of(name);
+        const bool is_sound = work_(reader, out);
+        if (reader.error().kind == ByteError::Kind::system)
+            raise(failed, name + ": " + describe(reader.error()));
+        else if (!reader.totals().holds_seed())
+            raise(failed, name + ": holds no SEED");
+        else if (!is_sound)
+            raise(some_damaged, "");
+    }
+
+    void raise(ExitStatus status, const std::string& trouble) {
+        const std::lock_guard lock(mutex_);
+        status_ = std::max<int>(status_, status);
+        if (trouble.empty())
+            return;
+        progress_.hide();
+        report_trouble(line_.command, trouble);
+    }
+
+    const CommandLine& line_;
+    const VolumeWork& work_;
+    OrderedOutput output_;
+    Progress progress_;
+    std::mutex mutex_ = {};
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<int> status_ = all_sound;
+};
+
+} // namespace
+
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work) {
+    const ExitStatus status = VolumeLoop(line, work).run();
+    return line.list_failed ? failed : status;
+}
+
+} // namespace quarry

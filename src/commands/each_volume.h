@@ -1,0 +1,20 @@
+// The loop over the volumes of a command: in threads, output in the order of the arguments.
+#pragma once
+
+#include "commands/command_line.h"
+#include "report/ordered_output.h"
+#include "volume/volume.h"
+
+#include <functional>
+
+namespace quarry {
+
+// What a command does with a volume: reads it to its end and writes what it has to say. Returns true if the
+// volume is sound. It may be called in several threads at once.
+using VolumeWork = std::function<bool(VolumeReader& reader, OrderedOutput::Part& out)>;
+
+// Does it for each volume. Reports what cannot be read or holds no SEED, and goes on. Returns the command's
+// exit status.
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work);
+
+} // namespace quarry

@@ -1,0 +1,48 @@
+// What of a volume a command looks at: channels by their codes, and a span of time.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarry {
+
+// A list of codes or globs ("IU,G?"); an empty one takes every code.
+class Codes {
+public:
+    Codes() = default;
+    // Separated by commas; "--" stands for a blank code.
+    explicit Codes(std::string_view list);
+
+    bool takes(std::string_view code) const;
+
+private:
+    std::vector<std::string> globs_;
+};
+
+struct Selection {
+    Codes networks = {};
+    Codes stations = {};
+    Codes locations = {};
+    Codes channels = {};
+    std::int64_t from = std::numeric_limits<std::int64_t>::min(); // microseconds since 1970
+    std::int64_t to = std::numeric_limits<std::int64_t>::max();   // the first that is not taken
+
+    bool takes_station(std::string_view network, std::string_view station) const {
+        return networks.takes(network) && stations.takes(station);
+    }
+    bool takes_channel(std::string_view location, std::string_view channel) const {
+        return locations.takes(location) && channels.takes(channel);
+    }
+    // True if what goes from the first to the last microsecond lies in the span or reaches into it.
+    bool takes_span(std::int64_t first, std::int64_t last) const { return last >= from && first < to; }
+};
+
+// Microseconds since 1970 of a time as a user writes it: ISO 8601 (2010-02-27T06:50:00.5Z), as SEED writes it
+// (2010,058,06:50:00.5), or either shortened from the right; none for another text.
+std::optional<std::int64_t> time_argument(std::string_view text);
+
+} // namespace quarry

@@ -1,0 +1,77 @@
+// What data a volume holds of each channel: totals of its data records, taken one by one in the order of the
+// input. Memory grows with channels and their epochs, not with records.
+//
+//     quarry::DataFound found;
+//     found.add(record);
+//     for (const quarry::ChannelData& channel : found.channels())
+//         std::cout << channel.station << ' ' << channel.channel << ' ' << channel.data[0].records << '\n';
+#pragma once
+
+#include "volume/volume.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace quarry {
+
+// The records that begin in one epoch.
+struct EpochData {
+    std::int64_t epoch_start; // microseconds since 1970, before the end; both extreme for records outside all
+    std::int64_t epoch_end;
+
+    std::int64_t records = 0;
+    std::int64_t samples = 0;
+    std::int64_t first = 0; // microseconds since 1970: the earliest first sample, the latest last one
+    std::int64_t last = 0;
+    // Records that begin more than half a sample after the one before would have gone on, and before that.
+    // Records without a rate or without samples are left out of this.
+    std::int64_t gaps = 0;
+    std::int64_t overlaps = 0;
+    double rate = 0;                       // of the first record with one
+    std::vector<int> encodings = {};       // in the order met; -1 for records without a blockette 1000
+    std::vector<std::size_t> lengths = {}; // of records, bytes
+
+    std::int64_t next = 0; // where the record before would go on; of no meaning without records
+    bool goes_on = false;
+};
+
+struct ChannelData {
+    std::string network, station, location, channel;
+    // The records outside all epochs first, then an epoch each, in the order of expect.
+    std::vector<EpochData> data;
+};
+
+class DataFound {
+public:
+    // Keeps records of the channel that begin in the epoch apart. Where epochs overlap the last one counts.
+    void expect(std::string_view network, std::string_view station, std::string_view location,
+                std::string_view channel, std::int64_t start, std::int64_t end);
+
+    void add(const DataRecord& record);
+
+    // In order of first mention.
+    const std::vector<ChannelData>& channels() const { return channels_; }
+
+private:
+    using Codes = std::array<char, 12>; // as they stand in a record's header
+    struct Hash {
+        std::size_t operator()(const Codes& codes) const {
+            return std::hash<std::string_view>()({codes.data(), codes.size()});
+        }
+    };
+    std::size_t index_of(const Codes& codes, std::string_view network, std::string_view station,
+                         std::string_view location, std::string_view channel);
+
+    std::vector<ChannelData> channels_;
+    std::unordered_map<Codes, std::size_t, Hash> index_; // into them; blanks and NULs are told apart
+    Codes last_codes_ = {};
+    std::size_t last_ = 0;
+};
+
+} // namespace quarry

@@ -1,0 +1,28 @@
+#include "inventory/field_values.h"
+
+#include "fields/time_text.h"
+
+namespace quarry {
+
+std::string text_value(std::span<const Field> fields, std::string_view name) {
+    return std::string(text_field(fields, name).value_or(""));
+}
+
+std::string written_value(std::span<const Field> fields, std::string_view name) {
+    const Field* field = find_field(fields, name);
+    const std::string_view raw = field != nullptr ? field->raw : "";
+    const std::size_t begin = std::min(raw.find_first_not_of(' '), raw.size());
+    return std::string(raw.substr(begin, raw.find_last_not_of(' ') + 1 - begin));
+}
+
+Moment moment_value(std::span<const Field> fields, std::string_view name) {
+    std::string text = text_value(fields, name);
+    const Integer microseconds = microseconds_of(text);
+    return {std::move(text), microseconds};
+}
+
+Real real_of(const Field& field) {
+    return real_field(std::span(&field, 1), field.spec->name);
+}
+
+} // namespace quarry

@@ -1,0 +1,63 @@
+#include "inventory/inventory.h"
+
+#include <array>
+
+namespace quarry {
+
+namespace {
+
+constexpr std::array<std::string_view, 7> kind_texts{
+    "is defined twice",
+    "is not defined",
+    "is not used",
+    "overlaps another epoch of the station",
+    "overlaps another epoch of the channel",
+    "follows no station",
+    "follows no channel",
+};
+static_assert(kind_texts.size() == static_cast<std::size_t>(FindingKind::no_channel) + 1);
+
+std::string three_digits(int type) {
+    return (type < 10 ? "00" : type < 100 ? "0" : "") + std::to_string(type);
+}
+
+std::string in_words(const Place& place) {
+    return "blockette " + three_digits(place.blockette) + " at byte " + std::to_string(place.offset);
+}
+
+} // namespace
+
+std::string_view describe(FindingKind kind) {
+    return kind_texts[static_cast<std::size_t>(kind)];
+}
+
+std::string describe(const Finding& finding) {
+    std::string text = in_words(finding.place) + ": ";
+    if (finding.dictionary != 0)
+        text += "key " + std::to_string(finding.key) + " of " + three_digits(finding.dictionary) + " ";
+    text += describe(finding.kind);
+    if (!finding.field.empty())
+        text += " (" + std::string(finding.field) + ")";
+    if (finding.is_changed)
+        text += " with another content";
+    return finding.other.blockette != 0 ? text + ", see " + in_words(finding.other) : text;
+}
+
+std::string_view abbreviation(const Inventory& inventory, Integer key, const Place& use) {
+    const auto* found = find_definition(inventory.dictionary.abbreviations, key, use.offset);
+    return found != nullptr ? std::string_view(found->text) : "";
+}
+
+std::string_view unit_name(const Inventory& inventory, Integer key, const Place& use) {
+    const auto* found = find_definition(inventory.dictionary.units, key, use.offset);
+    return found != nullptr ? std::string_view(found->name) : "";
+}
+
+const Stage* find_stage(const ChannelEpoch& epoch, std::int64_t number) {
+    for (const Stage& stage : epoch.stages)
+        if (stage.number == number)
+            return &stage;
+    return nullptr;
+}
+
+} // namespace quarry

@@ -1,0 +1,142 @@
+#include "inventory/keys.h"
+
+#include <array>
+#include <functional>
+
+namespace quarry {
+
+namespace {
+
+constexpr int responses = 41; // stands for 041 to 048, whose keys are of one kind
+
+// A field that holds a key of a dictionary.
+struct KeyField {
+    int type;
+    std::string_view name;
+    int dictionary;
+    bool defines = false;
+};
+
+constexpr auto key_fields = std::to_array<KeyField>({
+    {30, "data_format_identifier_code", 30, true},
+    {31, "comment_code_key", 31, true},
+    {31, "units_of_comment_level", 34},
+    {32, "source_lookup_code", 32, true},
+    {33, "abbreviation_lookup_code", 33, true},
+    {34, "unit_lookup_code", 34, true},
+    {35, "beam_lookup_code", 35, true},
+    {41, "response_lookup_key", responses, true},
+    {41, "signal_in_units", 34},
+    {41, "signal_out_units", 34},
+    {42, "response_lookup_key", responses, true},
+    {42, "signal_input_units", 34},
+    {42, "signal_output_units", 34},
+    {43, "response_lookup_key", responses, true},
+    {43, "stage_signal_input_units", 34},
+    {43, "stage_signal_output_units", 34},
+    {44, "response_lookup_key", responses, true},
+    {44, "signal_input_units", 34},
+    {44, "signal_output_units", 34},
+    {45, "response_lookup_key", responses, true},
+    {45, "signal_input_units", 34},
+    {45, "signal_output_units", 34},
+    {46, "response_lookup_key", responses, true},
+    {46, "signal_input_units", 34},
+    {46, "signal_output_units", 34},
+    {47, "response_lookup_key", responses, true},
+    {48, "response_lookup_key", responses, true},
+    {50, "network_identifier_code", 33},
+    {51, "comment_code_key", 31},
+    {52, "instrument_identifier", 33},
+    {52, "units_of_signal_response", 34},
+    {52, "units_of_calibration_input", 34},
+    {52, "data_format_identifier_code", 30},
+    {53, "stage_signal_input_units", 34},
+    {53, "stage_signal_output_units", 34},
+    {54, "signal_input_units", 34},
+    {54, "signal_output_units", 34},
+    {55, "stage_input_units", 34},
+    {55, "stage_output_units", 34},
+    {56, "signal_input_units", 34},
+    {56, "signal_output_units", 34},
+    {59, "comment_code_key", 31},
+    {60, "response_lookup_key", responses},
+    {61, "signal_in_units", 34},
+    {61, "signal_out_units", 34},
+    {62, "stage_signal_in_units", 34},
+    {62, "stage_signal_out_units", 34},
+    {71, "hypocenter_source_identifier", 32},
+    {71, "magnitude_source", 32},
+    {72, "source", 32},
+});
+
+} // namespace
+
+void KeyBook::add(const Place& place, const Fields& fields, bool continues) {
+    for (const KeyField& row : key_fields) {
+        if (row.type != fields.type)
+            continue;
+        if (row.defines)
+            add_definition(place, fields, row.name, row.dictionary, continues);
+        else
+            for (const Field& field : fields.fields)
+                if (field.spec->name == row.name)
+                    add_use(place, field, row.dictionary);
+    }
+}
+
+void KeyBook::add_definition(const Place& place, const Fields& fields, std::string_view name, int dictionary,
+                             bool continues) {
+    constexpr std::size_t head = 7; // type and length
+    constexpr std::size_t factor = 31;
+    const auto key = integer_field(fields.fields, name);
+    if (!key)
+        return;
+    auto& definitions = entries_[{dictionary, *key}].definitions;
+    const std::size_t content = std::hash<std::string_view>()(fields.text.substr(head));
+    if (continues && !definitions.empty())
+        definitions.back().content = definitions.back().content * factor + content;
+    else
+        definitions.push_back({place, content});
+}
+
+// A key of 0 stands for nothing in many volumes.
+void KeyBook::add_use(const Place& place, const Field& field, int dictionary) {
+    const auto* key = std::get_if<std::int64_t>(&field.value);
+    if (key == nullptr || *key == 0)
+        return;
+    Entry& entry = entries_[{dictionary, *key}];
+    if (entry.first_use.empty())
+        entry.first_use.push_back({place, field.spec->name});
+}
+
+void KeyBook::report(const Key& key, const Entry& entry, std::vector<Finding>* findings) {
+    // Sources and beams are used outside the headers of stations, too.
+    const bool uses_are_known = key.first != 32 && key.first != 35;
+    const auto& definitions = entry.definitions;
+    if (definitions.empty())
+        findings->push_back({FindingKind::key_not_defined,
+                             entry.first_use[0].place,
+                             {},
+                             entry.first_use[0].field,
+                             key.first,
+                             key.second});
+    else if (entry.first_use.empty() && uses_are_known)
+        findings->push_back({FindingKind::key_not_used, definitions[0].place, {}, {}, key.first, key.second});
+    for (std::size_t i = 1; i < definitions.size(); ++i)
+        findings->push_back({FindingKind::key_defined_twice,
+                             definitions[i].place,
+                             definitions[0].place,
+                             {},
+                             key.first,
+                             key.second,
+                             definitions[i].content != definitions[0].content});
+}
+
+void KeyBook::end_volume(std::vector<Finding>* findings) {
+    for (const auto& [key, entry] : entries_)
+        report(key, entry, findings);
+    entries_.clear();
+}
+
+} // namespace quarry

@@ -1,0 +1,71 @@
+#include "inventory/overlaps.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace quarry {
+
+namespace {
+
+Integer subchannel(const StationEpoch&) {
+    return std::nullopt;
+}
+Integer subchannel(const ChannelEpoch& epoch) {
+    return epoch.subchannel;
+}
+
+template <class Epoch>
+std::int64_t end_of(const Epoch& epoch) {
+    return epoch.end.microseconds.value_or(std::numeric_limits<std::int64_t>::max());
+}
+
+template <class Epoch>
+std::int64_t start_of(const Epoch& epoch) {
+    return epoch.start.microseconds.value_or(std::numeric_limits<std::int64_t>::min());
+}
+
+// The number of the volume that the place is in.
+std::ptrdiff_t volume_of(const Inventory& inventory, const Place& place) {
+    return std::upper_bound(
+               inventory.volumes.begin(), inventory.volumes.end(), place.offset,
+               [](std::int64_t offset, const VolumeHeader& volume) { return offset < volume.place.offset; }) -
+           inventory.volumes.begin();
+}
+
+template <class Epoch>
+void add_overlaps_of(const std::vector<Epoch>& epochs, FindingKind kind, Inventory* inventory) {
+    std::vector<const Epoch*> latest; // of those so far, by volume and subchannel: the one that ends last
+    for (const Epoch& epoch : epochs) {
+        const auto is_alike = [&](const Epoch* other) {
+            return subchannel(*other) == subchannel(epoch) &&
+                   volume_of(*inventory, other->place) == volume_of(*inventory, epoch.place);
+        };
+        const auto before = std::find_if(latest.begin(), latest.end(), is_alike);
+        if (before == latest.end()) {
+            latest.push_back(&epoch);
+            continue;
+        }
+        if (start_of(epoch) < end_of(**before)) {
+            const bool is_later = epoch.place.offset > (*before)->place.offset;
+            inventory->findings.push_back({kind,
+                                           is_later ? epoch.place : (*before)->place,
+                                           is_later ? (*before)->place : epoch.place,
+                                           {}});
+        }
+        if (end_of(epoch) > end_of(**before))
+            *before = &epoch;
+    }
+}
+
+} // namespace
+
+void add_overlaps(Inventory* inventory) {
+    for (const Network& network : inventory->networks)
+        for (const Station& station : network.stations) {
+            add_overlaps_of(station.epochs, FindingKind::station_epochs_overlap, inventory);
+            for (const Channel& channel : station.channels)
+                add_overlaps_of(channel.epochs, FindingKind::channel_epochs_overlap, inventory);
+        }
+}
+
+} // namespace quarry

@@ -1,0 +1,12 @@
+// Epochs of one station or channel that overlap.
+#pragma once
+
+#include "inventory/inventory.h"
+
+namespace quarry {
+
+// Adds a finding for each epoch that begins before an earlier one of the same volume ends. Epochs are sorted.
+// A start that is missing is the beginning of time, an end its end; channels are apart by subchannel.
+void add_overlaps(Inventory* inventory);
+
+} // namespace quarry

@@ -1,0 +1,20 @@
+// Responses out of their blockettes: 053 to 058, 061 and 062, and their twins of the dictionary, 041 to 048.
+#pragma once
+
+#include "inventory/inventory.h"
+
+namespace quarry {
+
+// True for the types above.
+bool is_response(int type);
+bool is_dictionary_response(int type);
+
+Response read_response(const Place& place, const Fields& fields);
+
+// True for a response that holds lists, which writers split if they are too long for one blockette.
+bool may_continue(const Response& response);
+
+// Joins the lists of the response in a further blockette to those of the first.
+void join(const Response& further, Response* first);
+
+} // namespace quarry

@@ -1,0 +1,25 @@
+// What can go wrong with an input of bytes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quarry {
+
+// Why an input could not be opened or read, or what is wrong with its compressed data.
+struct ByteError {
+    enum class Kind {
+        none,
+        system,  // open or read failed, or the memory is exhausted (ENOMEM): `number` tells it
+        damaged, // the compressed data are cut or damaged; what could be decompressed was delivered
+        trailing // all was decompressed, and something else follows it, which is ignored
+    };
+    Kind kind = Kind::none;
+    int number = 0;               // errno
+    std::string_view reason = {}; // of damaged and trailing, without an end of line; never released
+};
+
+// The error in words, as a message ends with them.
+std::string describe(const ByteError& error);
+
+} // namespace quarry

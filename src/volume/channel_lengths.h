@@ -1,0 +1,36 @@
+// The lengths of data records that the headers of a volume declare, by channel and time.
+#pragma once
+
+#include "fields/fields.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarry {
+
+class ChannelLengths {
+public:
+    // Takes a station (blockette 050), which the channels after it belong to, or a channel (052).
+    void add(const Fields& blockette);
+
+    // Two to the power of it is the length of the record with these codes, as they stand in its header (12
+    // bytes: station, location, channel, network), at a time in microseconds since 1970. The last definition
+    // counts.
+    std::optional<int> power_at(std::string_view codes, std::int64_t time) const;
+
+private:
+    struct Epoch {
+        std::int64_t start;
+        std::int64_t end;
+        int power;
+    };
+    std::string station_;
+    std::string network_;
+    std::map<std::string, std::vector<Epoch>> epochs_; // by codes
+};
+
+} // namespace quarry

@@ -1,0 +1,60 @@
+// What stands at a place of a volume: the beginnings of logical records and of control blockettes.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace quarry::framing {
+
+// Sizes in bytes.
+inline constexpr std::size_t header_size = 8;          // of a logical record
+inline constexpr std::size_t head_size = 7;            // type and length of a control blockette
+inline constexpr std::size_t look = 64;                // what is looked at of a beginning
+inline constexpr int smallest_power = 7;               // of a record's length
+inline constexpr int largest_power = 20;               // of a data record's length
+inline constexpr int largest_control_power = 16;       // of the length of other logical records
+inline constexpr std::size_t usual_record_size = 4096; // where nothing tells it
+
+// A size to add to an offset.
+constexpr std::int64_t signed_size(std::size_t size) {
+    return static_cast<std::int64_t>(size);
+}
+
+// True if all is blanks and zeros; how many of them are in front.
+bool is_blank(std::string_view bytes);
+std::size_t blanks_in_front(std::string_view bytes);
+
+// The number that the text is, with blanks on its left or right; -1 for any other text.
+int number_of(std::string_view text);
+
+// Type and length of a control blockette.
+struct Head {
+    int type;
+    std::size_t length;
+};
+
+// The head in the first 7 bytes: two numbers, the length at least those 7 bytes. Whether its type is known
+// and the length enough for it.
+std::optional<Head> blockette_head(std::string_view bytes);
+bool is_sound(const Head& head);
+bool begins_sound_blockette(std::string_view bytes);
+
+// The byte order in which the time of the 48 bytes of a fixed header (with their sequence number) makes
+// sense; none if there is no such order or the bytes are fewer.
+std::optional<std::endian> header_order(std::string_view front);
+
+// How sure it is that a logical record begins with the bytes, of which `look` are given unless the input
+// ends before. `plausible` is enough where one should begin.
+// A number followed by blanks begins a control record, too: one that holds nothing.
+enum class Kind { none, blank, data, control };
+Kind plausible_beginning(std::string_view front);
+Kind sound_beginning(std::string_view front);
+
+// Where a sound beginning may be in the bytes from `from` on: the first place that a quick look does not rule
+// out, or npos.
+std::size_t find_candidate(std::string_view bytes, std::size_t from);
+
+} // namespace quarry::framing
