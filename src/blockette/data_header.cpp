@@ -27,7 +27,7 @@ void short2int(int* dest, const char* src, int swap) {
 }
 
 void char2int(int* dest, const char* src) {
-    *dest = load<signed char>(src);
+    *dest = load<signed char>(src); // NOLINT(bugprone-signed-char-misuse,cert-str34-c): its sign counts
 }
 
 namespace {

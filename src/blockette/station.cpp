@@ -210,7 +210,8 @@ void fix_channel(blk_052_t* blk) {
     if (blk->subchan_id > 0) {
         // One character even for numbers above 9.
         name += static_cast<char>('0' + blk->subchan_id);
-        const std::string key = std::string(member_text(blk->station)) + ":" + name.c_str(); // cut at a NUL
+        const std::string key = std::string(member_text(blk->station)) + ":" +
+                                name.c_str(); // NOLINT(readability-redundant-string-cstr): cut at a NUL
         if (const char letter = orientation_letter(blk->dip, blk->azimuth); letter != '\0')
             name.back() = letter;
         else

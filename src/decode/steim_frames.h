@@ -85,7 +85,7 @@ template <class Level, class Running, bool Swap, class Byte, class Sample>
 Decoded<Sample> walk_frames(Byte* data, std::int64_t frames, std::int64_t wanted, std::int32_t first,
                             Sample* next) {
     // The first word behind the constants: its first difference leads to the first sample.
-    const char* const anchor = frames > 0 ? data + 3 * word_size : nullptr;
+    const char* const anchor = frames > 0 ? data + std::ptrdiff_t{3} * word_size : nullptr;
     Running value = 0;
     for (const char* const end = data + frames * frame_size; data != end; data += frame_size) {
         std::uint32_t codes = load_after_swap<std::uint32_t>(data, Swap);
@@ -129,7 +129,7 @@ Decoded<Sample> decode_frames(Byte* data, std::int32_t nsamples, std::int32_t nb
     std::int32_t first = 0;
     if (nbytes >= 3 * word_size) {
         first = static_cast<std::int32_t>(load_after_swap<std::uint32_t>(data + word_size, Swap));
-        load_after_swap<std::uint32_t>(data + 2 * word_size, Swap);
+        load_after_swap<std::uint32_t>(data + std::ptrdiff_t{2} * word_size, Swap);
     }
     const std::int64_t frames = std::max(nbytes / frame_size, 0);
     if (std::is_integral_v<Sample> || frames <= exact_frames)

@@ -174,6 +174,7 @@ FormatRows::Step FormatRows::step_at(Code code, double epoch) {
     const auto after = std::upper_bound(first, last, epoch);
     if (after == first)
         return {0.0, 0.0, no_row};
+    // NOLINTNEXTLINE(*-narrowing-conversions): takes the constant for another type
     return {after[-1], after != last ? *after : for_ever,
             step_rows_[static_cast<std::size_t>(after - step_starts_.begin()) - 1]};
 }

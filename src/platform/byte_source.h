@@ -34,6 +34,8 @@ public:
     // A source of no bytes.
     ByteSource();
     ByteSource(ByteSource&& other) noexcept;
+    ByteSource(const ByteSource&) = delete;
+    ByteSource& operator=(const ByteSource&) = delete;
     ByteSource& operator=(ByteSource&& other) noexcept;
     ~ByteSource();
 
@@ -67,6 +69,8 @@ private:
         Descriptor() = default;
         Descriptor(int descriptor, bool is_owned) : number(descriptor), owned(is_owned) {}
         Descriptor(Descriptor&& other) noexcept;
+        Descriptor(const Descriptor&) = delete;
+        Descriptor& operator=(const Descriptor&) = delete;
         Descriptor& operator=(Descriptor&& other) noexcept;
         ~Descriptor();
 

@@ -46,7 +46,8 @@ std::vector<std::string> search_path() {
 
 std::string find_parameter_file(const std::string& file_name) {
     for (const std::string& directory : search_path()) {
-        std::string path = directory == "." ? file_name : directory + "/" + file_name;
+        std::string path =
+            directory == "." ? file_name : std::string(directory).append("/").append(file_name);
         if (access(path.c_str(), F_OK) == 0 || errno == ELOOP)
             return path;
     }

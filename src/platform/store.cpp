@@ -161,7 +161,9 @@ std::string_view column_text(sqlite3_stmt* statement, int column) {
 
 std::vector<std::string> column_names(sqlite3_stmt* statement) {
     std::vector<std::string> names;
-    for (int i = 0; i < sqlite3_column_count(statement); ++i)
+    const int count = sqlite3_column_count(statement);
+    names.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
         names.emplace_back(sqlite3_column_name(statement, i));
     return names;
 }
@@ -206,10 +208,8 @@ std::optional<std::size_t> column_index(Table& table, const char* name) {
     for (std::size_t i = 0; i < table.columns.size(); ++i)
         if (sqlite3_stricmp(table.columns[i].c_str(), name) == 0)
             return i;
-    if (table.missing.find(name) == table.missing.end()) {
-        table.missing.insert(name);
+    if (table.missing.insert(name).second)
         log_complain(0, "Table '%s' has no column '%s'\n", table.name.c_str(), name);
-    }
     return std::nullopt;
 }
 

@@ -42,7 +42,7 @@ int store_open(const char* name, const char* mode, StorePointer* opened);
 
 // A pointer to the named table (record 0). A missing or unreadable table is reported once, by name, and
 // counts as one without rows. The name goes into a query as it is.
-StorePointer store_lookup(StorePointer database, const char* table);
+StorePointer store_lookup(StorePointer pointer, const char* name);
 
 // The number of rows of the table; 0 for a pointer that points at none.
 std::int64_t store_query(StorePointer pointer, StoreQuery query);

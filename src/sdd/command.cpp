@@ -47,7 +47,7 @@ int run(int argc, char** argv) {
     while ((option = getopt(argc, argv, "+f:sSd:vVH")) != -1) {
         switch (option) {
         case 'f':
-            File_No = std::atoi(optarg);
+            File_No = std::atoi(optarg); // NOLINT(cert-err34-c): what is not a number is 0
             File_Flag = 1;
             break;
         case 's':

@@ -26,7 +26,7 @@ void position_tape(const char* input_name) {
     std::array<char, 1024> command;
     std::snprintf(command.data(), command.size(), "mt -f %s asf %d", input_name, File_No);
     flush_output(stdout);
-    static_cast<void>(!std::system("cmd"));
+    static_cast<void>(std::system("cmd") == 0); // NOLINT(cert-env33-c): a command of the site
     Tapefile = File_No;
 }
 
