@@ -12,7 +12,7 @@ extern const Command json_command;
 
 namespace {
 
-const std::array commands{&json_command};
+constexpr std::array commands{&json_command};
 
 } // namespace
 

@@ -77,6 +77,18 @@ struct Decoded {
     std::int64_t missing;
 };
 
+// Stores the samples of a word as far as they are wanted, and returns what is behind the last one.
+template <class Running, class Fields, class Sample>
+Sample* store_wanted(const Packing& packing, Fields fields, std::int64_t wanted, Running* value,
+                     Sample* next) {
+    for (int k = 0; k < packing.count; ++k) {
+        *value += packing.field<Running>(fields, k);
+        if (k < wanted)
+            *next++ = static_cast<Sample>(*value);
+    }
+    return next;
+}
+
 // Decodes whole frames to `next`, which has room for the samples wanted.
 //
 // The running value is of type Running: see decode_frames. Level::take<Swap> (raw, code) gives the word that
@@ -105,11 +117,7 @@ Decoded<Sample> walk_frames(Byte* data, std::int64_t frames, std::int64_t wanted
                 }
                 next += packing.count;
             } else {
-                for (int k = 0; k < packing.count; ++k) {
-                    value += packing.field<Running>(word.fields, k);
-                    if (k < wanted)
-                        *next++ = static_cast<Sample>(value);
-                }
+                next = store_wanted(packing, word.fields, wanted, &value, next);
             }
             wanted -= packing.count;
         }

@@ -34,7 +34,7 @@ IsoTime::IsoTime(std::int64_t time) {
 
     constexpr std::string_view form = "0000-00-00T00:00:00.000000Z";
     std::copy(form.begin(), form.end(), text_.begin());
-    write_digits(int{date.year()}, &text_[0], 4);
+    write_digits(int{date.year()}, text_.data(), 4);
     write_digits(unsigned{date.month()}, &text_[5], 2);
     write_digits(unsigned{date.day()}, &text_[8], 2);
     write_digits(seconds_of_day / 3600, &text_[11], 2);

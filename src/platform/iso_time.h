@@ -7,11 +7,11 @@
 
 namespace quarry {
 
-// Microseconds since 1970 as "2010-02-27T06:50:00.069539Z", with a fraction only if there is one. Years are
-// those from 0 to 9999; a time outside them is shown as the nearest one in them.
+// A time in microseconds since 1970 as "2010-02-27T06:50:00.069539Z", with a fraction only if there is one.
+// Years are those from 0 to 9999; a time outside them is shown as the nearest one in them.
 class IsoTime {
 public:
-    explicit IsoTime(std::int64_t microseconds);
+    explicit IsoTime(std::int64_t time);
     std::string_view text() const { return {text_.data(), size_}; }
 
 private:

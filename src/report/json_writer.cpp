@@ -13,7 +13,7 @@ namespace {
 // What the library's writer writes to.
 struct TextStream {
     using Ch = char;
-    void Put(char character) { text->push_back(character); }
+    void Put(char character) const { text->push_back(character); }
     void Flush() {}
     std::string* text;
 };
@@ -70,12 +70,11 @@ void append_escaped(char character, std::string* out) {
 
 // A whole character of UTF-8. Those of two bytes below U+00A0 are controls.
 void append_character(std::string_view character, std::string* out) {
-    if (character.size() == 1 && is_plain(character[0]))
-        *out += character;
-    else if (character.size() == 1)
-        append_escaped(character[0], out);
-    else if (character[0] == '\xC2' && static_cast<unsigned char>(character[1]) < 0xA0)
-        append_escaped(character[1], out);
+    const bool is_short = character.size() == 1;
+    const bool is_control =
+        !is_short && character[0] == '\xC2' && static_cast<unsigned char>(character[1]) < 0xA0;
+    if (is_control || (is_short && !is_plain(character[0])))
+        append_escaped(character.back(), out);
     else
         *out += character;
 }
@@ -92,7 +91,7 @@ public:
         *stream.text += '"';
         return stream.text;
     }
-    void end_text() { *stream.text += '"'; }
+    void end_text() const { *stream.text += '"'; }
     void number(std::string_view digits) {
         Prefix(rapidjson::kNumberType);
         *stream.text += digits;

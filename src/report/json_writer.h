@@ -24,6 +24,8 @@ public:
     // Appends to the text, which outlives the writer.
     explicit JsonWriter(std::string* out);
     ~JsonWriter();
+    JsonWriter(const JsonWriter&) = delete;
+    JsonWriter& operator=(const JsonWriter&) = delete;
 
     void begin_object();
     void end_object();

@@ -47,7 +47,7 @@ void OrderedOutput::end(std::size_t number, std::string* text) {
     settle(number, text);
     std::unique_lock lock(mutex_);
     ended_[number] = true;
-    while (ended_.count(turn_) > 0) {
+    while (ended_.contains(turn_)) {
         const auto kept = backlog_.extract(turn_);
         if (!kept.empty()) {
             backlog_size_ -= kept.mapped().size();

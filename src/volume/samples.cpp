@@ -85,8 +85,9 @@ Samples decode_steim(const Area& area) {
     Samples result = with_missing(std::move(samples), area.count);
     const auto& values = std::get<std::vector<std::int32_t>>(result.values);
     if (result.missing == 0 && !values.empty())
-        result.last_agrees = values.back() == load_swapped<std::int32_t>(
-                                                  area.payload.data() + 2 * steim::word_size, area.swapped);
+        result.last_agrees =
+            values.back() == load_swapped<std::int32_t>(
+                                 area.payload.data() + std::ptrdiff_t{2} * steim::word_size, area.swapped);
     return result;
 }
 

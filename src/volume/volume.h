@@ -221,6 +221,8 @@ public:
     static VolumeReader of_memory(std::span<const char> bytes, std::string name,
                                   Framing framing = Framing::hidden);
 
+    VolumeReader(const VolumeReader&) = delete;
+    VolumeReader& operator=(const VolumeReader&) = delete;
     VolumeReader(VolumeReader&&) noexcept;
     VolumeReader& operator=(VolumeReader&&) noexcept;
     ~VolumeReader();
