@@ -572,20 +572,23 @@ TEST(DecodeData, UnknownFormatIsCopied) {
     EXPECT_EQ(static_cast<void*>(seismic_data_ptr), bytes.data());
 }
 
-// The only test that looks names up: the aliases are fetched once and kept.
+// README lists the formats in the order of their numbers: name, and code in blockette 1000.
+TEST(Identification, FormatsOfTheReadme) {
+    const std::string readme = content_of(QUARRY_README);
+    std::string rows;
+    for (int type = 1; type < seed_format_count; ++type) {
+        const SeedFormat& format = seed_format_map[static_cast<std::size_t>(type)];
+        EXPECT_EQ(sd_data_type(format.seed), type);
+        const std::string code = format.encoding < 0 ? "" : std::to_string(format.encoding) + " ";
+        rows += std::string("| ") + format.seed + " | " + code + "|\n";
+    }
+    const std::size_t begin = readme.find("| --- |", readme.find("| format | code in blockette 1000 |"));
+    const std::size_t first = readme.find('\n', begin) + 1;
+    EXPECT_EQ(readme.substr(first, readme.find("\n\n", first) + 1 - first), rows);
+}
+
+// The last test that looks names up: the aliases are fetched once and kept.
 TEST(Identification, NamesAndAliases) {
-    // clang-format off
-    const char* const names[] = {
-        "32-Bit Integer Format", "SUN IEEE integer", "ASRO Gain-Ranged Format", "SRO Gain-Ranged Format",
-        "CDSN Gain-Ranged Format", "DWWSSN SUN IEEE short integer", "DWWSSN Integer Format",
-        "Steim Integer Compression Format", "Steim2 Integer Compression Format", "IEEE single precision real",
-        "SUN IEEE single precision real", "DWWSSN demultiplexed short (16 bit) 68000 integer",
-        "Geoscope gain-range on 3 bits", "Geoscope-3 byte (switched gain)", "Geoscope gain range on 4 bits",
-        "ASCII RefTek Log Files, State of Health", "USNSN Integer Compression",
-    };
-    // clang-format on
-    for (int type = 1; type < seed_format_count; ++type)
-        EXPECT_EQ(sd_data_type(names[type - 1]), type);
     const std::pair<int, int> types_by_code[] = {{1, 6},  {3, 1},   {4, 10}, {10, 8},
                                                  {11, 9}, {15, 17}, {16, 5}};
     for (const auto& [encoding, type] : types_by_code)
