@@ -15,8 +15,8 @@ struct VolumePart {
 
 bool is_data(const VolumePart& part);
 
-// What can be told of the volume, however damaged: what is no blockette is a part as it is. `record_size`
-// becomes that of the control headers.
+// The parts of a volume, which may be damaged: bytes that are not a blockette are a part as they stand.
+// `record_size` becomes the length of the logical records of the control headers.
 std::vector<VolumePart> take_apart(std::string_view volume, int* record_size);
 
 // The parts in logical records of the given size; data records keep their own.

@@ -269,10 +269,14 @@ private:
             return;
         samples_ += record.header.samples;
         ++records_;
+        problems_.clear();
         if (shows(data_kind))
             write_record(record);
-        if (shows(damage_kind) || shows(summary_kind))
-            take_problems(record);
+        else
+            for (const DataBlocketteExtent& blockette : record.blockettes)
+                decode(record, blockette);
+        for (const Damage& damage : problems_)
+            take(damage);
     }
 
     void write_record(const DataRecord& record) {
@@ -337,7 +341,7 @@ private:
         json_.key("blockettes");
         json_.begin_array();
         for (const DataBlocketteExtent& blockette : record.blockettes) {
-            decode_blockette(blockette.type, text_of(record, blockette), record.header_order, &fields_);
+            decode(record, blockette);
             json_.begin_object();
             json_.field("offset", static_cast<std::int64_t>(blockette.offset));
             write_blockette(blockette.type, blockette.length);
@@ -346,12 +350,11 @@ private:
         json_.end_array();
     }
 
-    void take_problems(const DataRecord& record) {
-        for (const DataBlocketteExtent& blockette : record.blockettes) {
-            decode_blockette(blockette.type, text_of(record, blockette), record.header_order, &fields_);
-            for (const FieldProblem& problem : fields_.problems)
-                take(damage_of(reader_.name(), record, blockette, problem));
-        }
+    // To fields_, and what is wrong with it behind problems_.
+    void decode(const DataRecord& record, const DataBlocketteExtent& blockette) {
+        decode_blockette(blockette.type, text_of(record, blockette), record.header_order, &fields_);
+        for (const FieldProblem& problem : fields_.problems)
+            problems_.push_back(damage_of(reader_.name(), record, blockette, problem));
     }
 
     void write_samples(const DataRecord& record) {
@@ -405,6 +408,7 @@ private:
     OrderedOutput::Part& out_;
     JsonWriter json_;
     Fields fields_ = {};
+    std::vector<Damage> problems_ = {}; // of the data record
     std::string source_ = {};
     bool station_taken_ = true;
     bool channel_taken_ = true;

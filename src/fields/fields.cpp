@@ -14,14 +14,6 @@ bool is_padding(char character) {
     return is_white(character) || character == '\0';
 }
 
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && is_padding(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && is_padding(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
 bool is_character_number(FieldKind kind) {
     return kind == FieldKind::integer || kind == FieldKind::real;
 }
@@ -67,7 +59,7 @@ FieldValue value_of(const FieldSpec& spec, std::string_view raw, bool swapped) {
         return is_whole ? binary_number(spec.kind, raw, swapped) : FieldValue();
     if (spec.kind == FieldKind::bytes)
         return raw;
-    const std::string_view text = trimmed(raw);
+    const std::string_view text = trimmed(raw, is_padding);
     if (!is_character_number(spec.kind))
         return text;
     if (text.empty())

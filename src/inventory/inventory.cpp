@@ -1,5 +1,7 @@
 #include "inventory/inventory.h"
 
+#include "platform/text.h"
+
 #include <array>
 
 namespace quarry {
@@ -16,10 +18,6 @@ constexpr std::array<std::string_view, 7> kind_texts{
     "follows no channel",
 };
 static_assert(kind_texts.size() == static_cast<std::size_t>(FindingKind::no_channel) + 1);
-
-std::string three_digits(int type) {
-    return (type < 10 ? "00" : type < 100 ? "0" : "") + std::to_string(type);
-}
 
 std::string in_words(const Place& place) {
     return "blockette " + three_digits(place.blockette) + " at byte " + std::to_string(place.offset);

@@ -20,6 +20,11 @@ bool is_blank(std::string_view text) {
     return std::all_of(text.begin(), text.end(), is_white);
 }
 
+std::string three_digits(int type) {
+    const std::string digits = std::to_string(type);
+    return std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;
+}
+
 namespace {
 
 bool has_at(std::string_view text, std::size_t at, char wanted) {

@@ -18,6 +18,19 @@ inline bool is_white(char character) {
 // True if the text is empty or only white space. The text ends at its first NUL.
 bool is_blank(std::string_view text);
 
+// The text without the characters on both sides that are padding.
+template <class IsPadding>
+std::string_view trimmed(std::string_view text, IsPadding is_padding) {
+    while (!text.empty() && is_padding(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && is_padding(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+// A blockette's type as it is written: with zeros in front.
+std::string three_digits(int type);
+
 // The text up to its first NUL.
 std::string_view up_to_nul(std::string_view text);
 

@@ -2,6 +2,7 @@
 #include "decode/data_record.h"
 #include "platform/bytes.h"
 #include "platform/calendar.h"
+#include "platform/text.h"
 #include "volume/reading.h"
 
 #include <algorithm>
@@ -52,20 +53,15 @@ std::int64_t corrected_time(const DataRecord& record) {
            (is_applied ? 0 : std::int64_t{record.header.time_correction} * 100);
 }
 
-std::string_view trimmed(std::string_view code) {
-    const auto is_blank = [](char byte) { return byte == ' ' || byte == '\0'; };
-    while (!code.empty() && is_blank(code.front()))
-        code.remove_prefix(1);
-    while (!code.empty() && is_blank(code.back()))
-        code.remove_suffix(1);
-    return code;
+std::string_view trimmed_code(std::string_view code) {
+    return trimmed(code, [](char byte) { return byte == ' ' || byte == '\0'; });
 }
 
 void take_codes(std::string_view bytes, DataRecord* record) {
-    record->station = trimmed(bytes.substr(8, 5));
-    record->location = trimmed(bytes.substr(13, 2));
-    record->channel = trimmed(bytes.substr(15, 3));
-    record->network = trimmed(bytes.substr(18, 2));
+    record->station = trimmed_code(bytes.substr(8, 5));
+    record->location = trimmed_code(bytes.substr(13, 2));
+    record->channel = trimmed_code(bytes.substr(15, 3));
+    record->network = trimmed_code(bytes.substr(18, 2));
 }
 
 // What the first of its type says wins.

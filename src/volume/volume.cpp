@@ -1,5 +1,6 @@
 #include "volume/volume.h"
 
+#include "platform/text.h"
 #include "volume/reading.h"
 
 #include <array>
@@ -27,11 +28,6 @@ constexpr std::array<std::string_view, 12> kind_texts{
     "the field does not hold what it should",
 };
 static_assert(kind_texts.size() == static_cast<std::size_t>(DamageKind::field) + 1);
-
-std::string three_digits(int type) {
-    const std::string digits = std::to_string(type);
-    return std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;
-}
 
 std::string what_is_wrong(const Damage& damage) {
     if (damage.kind == DamageKind::field)
