@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <utility>
-#include <vector>
 
 namespace quarry {
 
@@ -15,7 +15,7 @@ inline constexpr TreeIndex no_node = UINT32_MAX; // also the root of an empty tr
 
 // What a node has besides its caller's data:
 //
-//   key                    what the tree is sorted by, with == and <
+//   key ()                 what the tree is sorted by, with == and <
 //   children               the left and the right one
 //   height                 of the subtree below and including the node
 //   sum_up (left, right)   recomputes what the node says of its subtree, from its children (null if missing)
@@ -38,8 +38,8 @@ public:
     // The node with the key, or no_node.
     template <class Key>
     TreeIndex find(TreeIndex root, const Key& key) const {
-        while (root != no_node && !(nodes_[root].key == key))
-            root = nodes_[root].children[nodes_[root].key < key ? right : left];
+        while (root != no_node && !(nodes_[root].key() == key))
+            root = nodes_[root].children[nodes_[root].key() < key ? right : left];
         return root;
     }
 
@@ -47,9 +47,9 @@ public:
     // stays in its place, and what the nodes above say of it becomes true again. Returns the tree's new root.
     TreeIndex settle(TreeIndex root, TreeIndex node) {
         if (root == no_node)
-            return node;
+            root = node;
         if (root != node) {
-            const Side side = nodes_[root].key < nodes_[node].key ? right : left;
+            const Side side = nodes_[root].key() < nodes_[node].key() ? right : left;
             nodes_[root].children[side] = settle(nodes_[root].children[side], node);
         }
         return balanced(root);
@@ -91,7 +91,7 @@ private:
         return child;
     }
 
-    std::vector<Node> nodes_;
+    std::deque<Node> nodes_; // grows without a second copy
 };
 
 } // namespace quarry

@@ -50,9 +50,9 @@ public:
         TreeIndex& root = groups_[find_or_add_group(group_of(element))].spans;
         TreeIndex span = spans_.find(root, element.start);
         if (span != no_node)
-            replace(span, std::move(element));
+            spans_[span].element = std::move(element);
         else if (holder(root, element.start) == no_node)
-            span = append(std::move(element));
+            span = spans_.append({.element = std::move(element)});
         else
             return;
         root = spans_.settle(root, span);
@@ -63,7 +63,7 @@ public:
     const T* find(const Group& group, const Time& time) const {
         const TreeIndex found = find_group(group);
         const TreeIndex span = found == no_node ? no_node : holder(groups_[found].spans, time);
-        return span == no_node ? nullptr : &elements_[spans_[span].element];
+        return span == no_node ? nullptr : &spans_[span].element;
     }
 
     std::size_t size() const { return spans_.size(); }
@@ -72,29 +72,35 @@ public:
         buckets_.clear();
         groups_.clear();
         spans_.clear();
-        elements_.clear();
     }
 
 private:
     struct GroupNode {
-        Group key;
+        Group group;
         TreeIndex spans = no_node; // root of the tree of its spans
         std::array<TreeIndex, 2> children = {no_node, no_node};
         int height = 1;
 
+        const Group& key() const { return group; }
         void sum_up(const GroupNode*, const GroupNode*) {}
     };
 
     struct SpanNode {
-        Time key;          // the start
-        Time end;          // always a number
-        Time reach;        // the latest end in the subtree
-        TreeIndex element; // what it is the span of: stored elsewhere, for the trees to take little cache
+        Time reach = {}; // the latest end in the subtree
         std::array<TreeIndex, 2> children = {no_node, no_node};
         int height = 1;
+        T element;
+
+        const Time& key() const { return element.start; }
+
+        // An end that is not a number lies before every time.
+        Time end() const {
+            return element.end == element.end ? element.end
+                                              : Time{-std::numeric_limits<double>::infinity()};
+        }
 
         void sum_up(const SpanNode* left, const SpanNode* right) {
-            reach = end;
+            reach = end();
             for (const SpanNode* child : {left, right})
                 if (child != nullptr && reach < child->reach)
                     reach = child->reach;
@@ -120,7 +126,7 @@ private:
     }
 
     void put_into_bucket(TreeIndex group) {
-        TreeIndex& root = buckets_[bucket_of(groups_[group].key)];
+        TreeIndex& root = buckets_[bucket_of(groups_[group].group)];
         root = groups_.settle(root, group);
     }
 
@@ -134,27 +140,10 @@ private:
         }
     }
 
-    // An end that is not a number lies before every time.
-    static Time end_of(const T& element) {
-        return element.end == element.end ? element.end : Time{-std::numeric_limits<double>::infinity()};
-    }
-
-    void replace(TreeIndex span, T element) {
-        spans_[span].end = spans_[span].reach = end_of(element);
-        elements_[spans_[span].element] = std::move(element);
-    }
-
-    TreeIndex append(T element) {
-        const Time end = end_of(element);
-        elements_.push_back(std::move(element));
-        const auto index = static_cast<TreeIndex>(elements_.size() - 1);
-        return spans_.append({elements_[index].start, end, end, index});
-    }
-
     // The span that the rules find for the time.
     TreeIndex holder(TreeIndex root, const Time& time) const {
         const TreeIndex first = first_beyond(root, time);
-        return first != no_node && !(time < spans_[first].key) ? first : spans_.find(root, time);
+        return first != no_node && !(time < spans_[first].key()) ? first : spans_.find(root, time);
     }
 
     // The earliest span that ends after the time, whenever it starts. (So written that no end counts as
@@ -166,7 +155,7 @@ private:
             const auto& [left, right] = spans_[i].children;
             if (left != no_node && !(spans_[left].reach <= time))
                 i = left;
-            else if (!(spans_[i].end <= time))
+            else if (!(spans_[i].end() <= time))
                 return i;
             else
                 i = right; // what reaches beyond the time is neither here nor on the left
@@ -176,7 +165,6 @@ private:
     std::vector<TreeIndex> buckets_; // a tree of groups each; a power of two of them, or none yet
     BalancedTrees<GroupNode> groups_;
     BalancedTrees<SpanNode> spans_; // one tree for each group
-    std::vector<T> elements_;
 };
 
 } // namespace quarry
