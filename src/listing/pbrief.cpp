@@ -47,11 +47,11 @@ void summary_011(std::FILE* stream, const blk_011_t* blk) {
 
 void list_dh(LineBuffer& out, const blk_dh_t* blk) {
     print_line<
-        "DATA Net: %2s Sta: %5s Loc: %2s Chan: %4s Start:%20s #samples: %5i sample rate factor: %5i multiplier: %5i Sample_rate: %10.5g Activity: %0x I/O: %0x Quality: %0x #blks after: %5i time correction: %5i first data byte: %5i first blockette: %5i <%s>\n">(
+        "DATA Net: %2s Sta: %5s Loc: %2s Chan: %4s Start:%20s #samples: %5i sample rate factor: %5i multiplier: %5i Sample_rate: %10.5g Activity: %0x I/O: %0x Quality: %0x #blks after: %5i time correction: %5i first data byte: %5i first blockette: %5i <data blockette>\n">(
         out, blk->network_code, blk->stn_id, blk->loc_id, blk->chan_id, blk->start_time, blk->nsamps,
         blk->rate_f, blk->rate_m, blk->samp_rate, static_cast<unsigned>(blk->activity),
         static_cast<unsigned>(blk->io_flags), static_cast<unsigned>(blk->quality), blk->blks_fol,
-        blk->time_cor, blk->beg_data, blk->beg_blks, "data blockette");
+        blk->time_cor, blk->beg_data, blk->beg_blks);
 }
 
 } // namespace quarry

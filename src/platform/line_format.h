@@ -15,10 +15,12 @@
 // Any other conversion, "%%" among them, and arguments of another type or number do not compile.
 #pragma once
 
+#include "platform/digits.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -55,6 +57,13 @@ public:
 
     // The same for a text that stays as it is until the process ends.
     void append_lasting(std::string_view text);
+
+    // The place of the next character, with room for `count` of them. The caller says where they end.
+    char* room(std::size_t count) {
+        make_room(count);
+        return storage_.data() + size_;
+    }
+    void end_at(const char* end) { size_ = static_cast<std::size_t>(end - storage_.data()); }
 
     // Room for `count` more characters, which the caller fills before anything else is appended.
     std::span<char> extend(std::size_t count) {
@@ -234,6 +243,89 @@ struct FormatText {
     char characters[size]{};
 };
 
+// Whether LineEnd has a quick way to convert a T, and the most characters that this writes.
+template <typename T>
+constexpr bool is_quick(const Conversion& conversion) {
+    constexpr bool integer = std::is_integral_v<T> && !std::is_same_v<T, char>;
+    return (integer || is_one_of(conversions_of<T>(), 's')) && (integer || sizeof(T) <= 24) &&
+           (integer || std::is_array_v<T>)&&!conversion.left && !conversion.plus;
+}
+template <typename T>
+constexpr std::size_t most_characters(const Conversion& conversion) {
+    constexpr std::size_t longest_integer = 20;
+    return is_quick<T>(conversion) ? conversion.width + std::max(longest_integer, sizeof(T)) : 0;
+}
+
+// The end of a line that is being put together. It writes into room that was made for the whole line, but for
+// values without a quick way, and so looks at the room once.
+class LineEnd {
+public:
+    LineEnd(LineBuffer* line, std::size_t room)
+        : line_(*line), room_(room), for_terminal_(line->is_for_terminal()), at_(line->room(room)) {}
+    LineEnd(const LineEnd&) = delete;
+    LineEnd& operator=(const LineEnd&) = delete;
+    ~LineEnd() { line_.end_at(at_); }
+
+    void append_plain(std::string_view text) {
+        std::memcpy(at_, text.data(), text.size());
+        at_ += text.size();
+    }
+
+    template <Conversion conversion, typename T>
+    void append(const T& argument) {
+        if constexpr (!is_quick<T>(conversion))
+            append_by_function(conversion, argument);
+        else if constexpr (std::is_array_v<T>)
+            append_text<conversion>(argument);
+        else if (std::is_signed_v<T> && argument < 0) [[unlikely]]
+            append_by_function(conversion, argument);
+        else
+            append_integer<conversion>(static_cast<std::uint64_t>(argument));
+    }
+
+private:
+    // Room for a body of that length, behind the padding.
+    template <Conversion conversion>
+    char* open_field(std::size_t length) {
+        std::memset(at_, conversion.zeros ? '0' : ' ', conversion.width);
+        at_ += std::max<std::size_t>(conversion.width, length);
+        return at_ - length;
+    }
+
+    template <Conversion conversion>
+    void append_integer(std::uint64_t value) {
+        if constexpr (conversion.type == 'x') {
+            const auto length = static_cast<std::size_t>(16 - std::countl_zero(value | 1) / 4);
+            char* body = open_field<conversion>(length);
+            for (std::size_t i = length; i > 0; value >>= 4)
+                body[--i] = "0123456789abcdef"[value & 15];
+        } else {
+            const std::size_t length = digit_count(value);
+            write_digits({open_field<conversion>(length), length}, value);
+        }
+    }
+
+    template <Conversion conversion, std::size_t size>
+    void append_text(const char (&text)[size]) {
+        if (for_terminal_) [[unlikely]]
+            return append_by_function(conversion, text);
+        const std::size_t length = member_text(text).size();
+        std::memcpy(open_field<conversion>(length), text, size); // what is behind it is written over
+    }
+
+    template <typename T>
+    void append_by_function(const Conversion& conversion, const T& argument) {
+        line_.end_at(at_);
+        append_value(line_, conversion, line_value(argument));
+        at_ = line_.room(room_);
+    }
+
+    LineBuffer& line_;
+    const std::size_t room_;
+    const bool for_terminal_;
+    char* at_;
+};
+
 // Appends one line, or any other text, to `out`.
 template <FormatText format, typename... Arguments>
 void print_line(LineBuffer& out, const Arguments&... arguments) {
@@ -243,11 +335,12 @@ void print_line(LineBuffer& out, const Arguments&... arguments) {
         return format.text().substr(before.text_begin, before.text_end - before.text_begin);
     };
     [&]<std::size_t... at>(std::index_sequence<at...>) {
-        (..., (out.append(plain_text(parsed.conversions[at])),
-               append_value(out, parsed.conversions[at], line_value(arguments))));
+        LineEnd end(&out, (format.text().size() + ... + most_characters<Arguments>(parsed.conversions[at])));
+        (..., (end.append_plain(plain_text(parsed.conversions[at])),
+               end.append<parsed.conversions[at]>(arguments)));
+        end.append_plain(plain_text(parsed.end));
     }
     (std::index_sequence_for<Arguments...>());
-    out.append(plain_text(parsed.end));
 }
 
 // An empty buffer for short use, the same one each time in a thread.
