@@ -2,12 +2,15 @@
 
 #include "listing/format_rows.h"
 #include "platform/calendar.h"
+#include "platform/digits.h"
 #include "platform/line_format.h"
 #include "platform/message_log.h"
 #include "platform/text.h"
 #include "state.h"
 
+#include <cstddef>
 #include <cstdio>
+#include <span>
 
 namespace quarry {
 
@@ -33,11 +36,9 @@ bool has_usual_start_time(const blk_dh_t& header) {
 }
 
 // Writes `width` digits and the character that follows them. Returns what is behind.
-template <int width>
+template <std::size_t width>
 char* write_part(char* text, int value, char after) {
-    auto rest = static_cast<unsigned>(value);
-    for (int i = width; i > 0; rest /= 10)
-        text[--i] = static_cast<char>('0' + rest % 10);
+    write_digits(std::span<char, width>(text, width), static_cast<unsigned>(value));
     text[width] = after;
     return text + width + 1;
 }

@@ -95,8 +95,7 @@ private:
 
         // An end that is not a number lies before every time.
         Time end() const {
-            return element.end == element.end ? element.end
-                                              : Time{-std::numeric_limits<double>::infinity()};
+            return element.end == element.end ? element.end : Time{-std::numeric_limits<double>::infinity()};
         }
 
         void sum_up(const SpanNode* left, const SpanNode* right) {

@@ -126,6 +126,10 @@ double out_of_range_real(const std::string& number) {
 } // namespace
 
 ParsedInteger parse_integer(std::string_view text) {
+    constexpr std::size_t always_fits = 18;
+    std::uint64_t plain = 0;
+    if (read_digits(text, 0, &plain) == text.size() && !text.empty() && text.size() <= always_fits)
+        return {static_cast<long>(plain), text.size()}; // most fields
     const std::size_t begin = number_begin(text);
     const bool negative = has_at(text, begin, '-');
     const std::size_t first = negative ? begin + 1 : begin;
@@ -133,7 +137,7 @@ ParsedInteger parse_integer(std::string_view text) {
     const std::size_t end = read_digits(text, first, &magnitude);
     if (end == first)
         return {0, 0};
-    if (end - first > 18)
+    if (end - first > always_fits)
         return parse_by_library<ParsedInteger>(text, begin, nearest_long);
     const auto value = static_cast<long>(magnitude);
     return {negative ? -value : value, end};

@@ -2,11 +2,7 @@
 // Nothing here depends on the locale.
 #pragma once
 
-#include "platform/bytes.h"
-
-#include <bit>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <span>
 #include <string>
@@ -37,19 +33,6 @@ std::string three_digits(int type);
 
 // The text up to its first NUL.
 std::string_view up_to_nul(std::string_view text);
-
-// The text's characters up to its first NUL as one number, the first character in its lowest byte: of at most
-// 8 characters.
-inline std::uint64_t first_characters(const char* text, std::size_t size) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    std::uint64_t characters = 0;
-    std::memcpy(&characters, text, size);
-    if constexpr (std::endian::native == std::endian::big)
-        characters = reverse_bytes(characters);
-    // The highest bit of the first byte that is 0 is the lowest bit set here; those below it are kept.
-    const std::uint64_t zeros = (characters - ones) & ~characters & (ones << 7);
-    return characters & ((zeros & -zeros) - 1);
-}
 
 // A converted number and the count of characters it took; `length` is 0 if nothing was converted (then
 // `value` is 0).
@@ -87,12 +70,12 @@ void copy_text(std::span<char> destination, std::string_view text);
 // The text of a fixed-capacity member.
 template <std::size_t N>
 std::string_view member_text(const char (&member)[N]) {
-    if constexpr (N > sizeof(std::uint64_t)) {
+    if constexpr (N > 8)
         return {member, strnlen(member, N)};
-    } else { // the codes of a data record, many times for each
-        const std::uint64_t characters = first_characters(member, N);
-        return {member, static_cast<std::size_t>(8 - std::countl_zero(characters) / 8)};
-    }
+    std::size_t length = 0; // of a code: a data record has many
+    while (length < N && member[length] != '\0')
+        ++length;
+    return {member, length};
 }
 
 // Path of the running executable, empty if it cannot be told.
