@@ -3,8 +3,8 @@
 // its channel holds the record's time.
 //
 // An epoch lasts from its start, which belongs to it, to its end, which does not. It always holds its own
-// start, even if its end lies before that or is not a number. Epochs of different groups (a group is one
-// channel or one station) have nothing to do with each other.
+// start, even if its end lies before that or is not a number (which becomes an end before every time). Epochs
+// of different groups (a group is one channel or one station) have nothing to do with each other.
 //
 // The first of these rules that applies to an added epoch decides:
 //
@@ -47,6 +47,8 @@ public:
     void add(T element) {
         if (element.start != element.start)
             return;
+        if (element.end != element.end)
+            element.end = Time{-std::numeric_limits<double>::infinity()};
         TreeIndex& root = groups_[find_or_add_group(group_of(element))].spans;
         TreeIndex span = spans_.find(root, element.start);
         if (span != no_node)
@@ -93,13 +95,8 @@ private:
 
         const Time& key() const { return element.start; }
 
-        // An end that is not a number lies before every time.
-        Time end() const {
-            return element.end == element.end ? element.end : Time{-std::numeric_limits<double>::infinity()};
-        }
-
         void sum_up(const SpanNode* left, const SpanNode* right) {
-            reach = end();
+            reach = element.end;
             for (const SpanNode* child : {left, right})
                 if (child != nullptr && reach < child->reach)
                     reach = child->reach;
@@ -154,7 +151,7 @@ private:
             const auto& [left, right] = spans_[i].children;
             if (left != no_node && !(spans_[left].reach <= time))
                 i = left;
-            else if (!(spans_[i].end() <= time))
+            else if (!(spans_[i].element.end <= time))
                 return i;
             else
                 i = right; // what reaches beyond the time is neither here nor on the left
