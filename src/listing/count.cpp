@@ -68,7 +68,7 @@ void print_summary(std::FILE* stream, const Tally& tally, int tapefile, std::int
     print_share(out, "Total Parameter Info  ", shares.parameter, size);
     print_share(out, "Total Data            ", shares.data, size);
     print_share(out, "Total Wasted          ", shares.wasted, size);
-    write_text(stream, out.text());
+    write_line(stream, out);
 }
 
 } // namespace quarry

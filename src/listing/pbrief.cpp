@@ -20,7 +20,7 @@ void list_blk(LineBuffer& out, const void* blk, int blk_type) {
 void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
     LineBuffer& out = line_for(stream);
     list_blk(out, blk, blk_type);
-    write_text(stream, out.text());
+    write_line(stream, out);
     flush_output(stream);
 }
 
@@ -28,7 +28,7 @@ void pbrief_blk(std::FILE* stream, const void* blk, int blk_type) {
     void pbrief_##NAME(std::FILE* stream, const blk_##NAME##_t* blk) {                                       \
         LineBuffer& out = line_for(stream);                                                                  \
         list_##NAME(out, blk);                                                                               \
-        write_text(stream, out.text());                                                                      \
+        write_line(stream, out);                                                                             \
     }
 QUARRY_BLOCKETTE_TYPES(QUARRY_DEFINE_PRINTER)
 #undef QUARRY_DEFINE_PRINTER
@@ -36,13 +36,13 @@ QUARRY_BLOCKETTE_TYPES(QUARRY_DEFINE_PRINTER)
 void summary_010(std::FILE* stream, const blk_010_t* blk) {
     LineBuffer& out = line_for(stream);
     list_summary_010(out, blk);
-    write_text(stream, out.text());
+    write_line(stream, out);
 }
 
 void summary_011(std::FILE* stream, const blk_011_t* blk) {
     LineBuffer& out = line_for(stream);
     list_summary_011(out, blk);
-    write_text(stream, out.text());
+    write_line(stream, out);
 }
 
 void list_dh(LineBuffer& out, const blk_dh_t* blk) {

@@ -13,7 +13,10 @@ namespace quarry {
 
 // Not a part of make_room, which is in every line.
 void LineBuffer::grow(std::size_t count) {
-    storage_.resize(std::max(2 * storage_.size(), size_ + count + 1024));
+    if (before_growth_ != nullptr)
+        before_growth_();
+    if (count > storage_.size() - size_)
+        storage_.resize(std::max(2 * storage_.size(), size_ + count + 1024));
 }
 
 namespace {
@@ -215,9 +218,7 @@ void LineBuffer::append_lasting(std::string_view text) {
     constexpr std::size_t worth_a_write = 16384;
     if (write_ == nullptr || text.size() < worth_a_write)
         return append(text);
-    write_(stream_, this->text());
-    write_(stream_, text);
-    clear();
+    write_(*this, stream_, text);
 }
 
 LineBuffer& scratch_line() {

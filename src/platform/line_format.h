@@ -42,12 +42,19 @@ public:
     void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
     bool is_for_terminal() const { return for_terminal_; }
 
-    // For a stream: a long text of append_lasting is written at once, with what is before it, and is then no
-    // part of text().
-    using Write = void (*)(std::FILE* stream, std::string_view text);
+    // For a stream: writes what the line holds and the text behind it, and empties the line. append_lasting
+    // does that with a long text.
+    using Write = void (*)(LineBuffer& line, std::FILE* stream, std::string_view text);
     void set_stream(Write write, std::FILE* stream) {
         write_ = write;
         stream_ = stream;
+    }
+
+    // Called before the memory moves to where there is more; may remove a prefix.
+    void set_before_growth(void (*before_growth)()) { before_growth_ = before_growth; }
+    void remove_prefix(std::size_t count) {
+        std::memmove(storage_.data(), storage_.data() + count, size_ - count);
+        size_ -= count;
     }
 
     void append(std::string_view text) {
@@ -98,6 +105,7 @@ private:
     bool for_terminal_ = false;
     Write write_ = nullptr;
     std::FILE* stream_ = nullptr;
+    void (*before_growth_)() = nullptr;
 };
 
 // One conversion, with the place in the format of the plain text before it.

@@ -1,7 +1,6 @@
 #include "platform/standard_output.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -21,10 +20,19 @@ void remember_error(int error) {
 
 bool gathering = false;
 void (*failure_hook)() = nullptr;
-std::array<char, std::size_t{1} << 16> gathered;
+constexpr std::size_t enough_for_a_write = std::size_t{1} << 16;
 
-// How many bytes of it wait to be written. A signal handler reads it.
+// The lines of standard output one behind the other: first those that are written, then those that wait to
+// be, then the one that is being put together. A signal handler reads those that wait; where they begin
+// changes only while there are none.
+LineBuffer gathered;
+volatile std::sig_atomic_t behind_written = 0;
 volatile std::sig_atomic_t waiting = 0;
+
+std::string_view waiting_lines() {
+    return gathered.text().substr(static_cast<std::size_t>(behind_written),
+                                  static_cast<std::size_t>(waiting));
+}
 
 // Writes all of the text; where the descriptor takes nothing now, this waits.
 void write_all(std::string_view text) {
@@ -40,30 +48,51 @@ void write_all(std::string_view text) {
     }
 }
 
-void write_gathered() {
-    const auto size = static_cast<std::size_t>(waiting);
-    if (size == 0)
-        return;
-    waiting = 0; // a signal from here on must not write these bytes again
-    write_all({gathered.data(), size});
+void report_failure() {
     if (first_error != 0 && failure_hook != nullptr)
         failure_hook();
 }
 
-void gather(std::string_view text) {
-    if (text.size() > gathered.size() - static_cast<std::size_t>(waiting))
-        write_gathered();
-    if (text.size() > gathered.size())
-        return write_all(text);
-    std::copy(text.begin(), text.end(), gathered.begin() + waiting);
-    waiting = waiting + static_cast<int>(text.size());
+void write_gathered() {
+    const std::string_view lines = waiting_lines();
+    if (lines.empty())
+        return;
+    waiting = 0; // a signal from here on must not write these bytes again
+    write_all(lines);
+    behind_written = behind_written + static_cast<int>(lines.size());
+    report_failure();
+}
+
+// What is put together is a line from now on.
+void end_gathered_line() {
+    waiting = static_cast<int>(gathered.text().size()) - behind_written;
+}
+
+void forget_written() {
+    gathered.remove_prefix(static_cast<std::size_t>(behind_written));
+    behind_written = 0;
+}
+
+// As LineBuffer::Write.
+void write_with_gathered(LineBuffer& /*gathered*/, std::FILE* /*stdout*/, std::string_view text) {
+    end_gathered_line();
+    write_gathered();
+    write_all(text);
+    forget_written();
+    report_failure();
+}
+
+void write_to_stream(LineBuffer& line, std::FILE* stream, std::string_view text) {
+    std::fwrite(line.text().data(), 1, line.text().size(), stream);
+    std::fwrite(text.data(), 1, text.size(), stream);
+    line.clear();
 }
 
 // The process ends at once also where the reader of a pipe does not read: only what fits now is written.
 void end_by_signal(int signal) {
     constexpr std::size_t always_fits = 4096; // once a pipe is writable
     pollfd writable{STDOUT_FILENO, POLLOUT, 0};
-    std::string_view text(gathered.data(), static_cast<std::size_t>(waiting));
+    std::string_view text = waiting_lines();
     while (!text.empty() && poll(&writable, 1, 0) == 1) {
         const ssize_t written = write(STDOUT_FILENO, text.data(), std::min(text.size(), always_fits));
         if (written <= 0)
@@ -87,6 +116,13 @@ void catch_signal(int signal) {
 void gather_output(void (*on_failure)()) {
     gathering = true;
     failure_hook = on_failure;
+    gathered.room(enough_for_a_write + enough_for_a_write / 8);
+    gathered.set_for_terminal(is_terminal(stdout));
+    gathered.set_stream(write_with_gathered, stdout);
+    gathered.set_before_growth([] {
+        write_gathered();
+        forget_written();
+    });
     std::atexit([] { flush_output(stdout); });
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         catch_signal(signal);
@@ -99,19 +135,23 @@ bool is_terminal(std::FILE* stream) {
 }
 
 LineBuffer& line_for(std::FILE* stream) {
+    if (gathering && stream == stdout) {
+        if (waiting == 0)
+            forget_written();
+        return gathered;
+    }
     LineBuffer& line = scratch_line();
     line.set_for_terminal(is_terminal(stream));
-    line.set_stream(write_text, stream);
+    line.set_stream(write_to_stream, stream);
     return line;
 }
 
-void write_text(std::FILE* stream, std::string_view text) {
-    if (text.empty())
-        return;
-    if (gathering && stream == stdout)
-        gather(text);
-    else
-        std::fwrite(text.data(), 1, text.size(), stream);
+void write_line(std::FILE* stream, LineBuffer& line) {
+    if (&line != &gathered)
+        return write_to_stream(line, stream, {});
+    end_gathered_line();
+    if (static_cast<std::size_t>(waiting) >= enough_for_a_write)
+        write_gathered();
 }
 
 void flush_output(std::FILE* stream) {

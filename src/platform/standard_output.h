@@ -17,12 +17,12 @@ void gather_output(void (*on_failure)());
 // True if the stream, standard output or standard error, is a terminal.
 bool is_terminal(std::FILE* stream);
 
-// An empty buffer for the lines of a stream: the scratch line, for a terminal where the stream is one. What
-// it holds in the end is written by write_text.
+// A buffer for the lines of a stream: the scratch line, for a terminal where the stream is one, or where
+// lines gathered before may stand. What is added to it is written by write_line.
 LineBuffer& line_for(std::FILE* stream);
 
-// Writes the text to the stream, or gathers it. A failure shows at the next flush.
-void write_text(std::FILE* stream, std::string_view text);
+// Writes what has been added to the stream's buffer, or gathers it. A failure shows at the next flush.
+void write_line(std::FILE* stream, LineBuffer& line);
 
 // Flushes the stream.
 void flush_output(std::FILE* stream);

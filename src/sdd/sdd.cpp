@@ -33,7 +33,7 @@ void position_tape(const char* input_name) {
 void announce_logical_record(int seq_num) {
     LineBuffer& line = line_for(stdout);
     print_line<"\nSeed Block Sequence #%i\n">(line, seq_num);
-    write_text(stdout, line.text());
+    write_line(stdout, line);
 }
 
 // A volume with an index that cannot be held is not listed further.
@@ -50,7 +50,7 @@ void list_bad_blockette(const void* record, int type, std::string_view text) {
 void list_on_standard_output(const void* record, int type) {
     LineBuffer& lines = line_for(stdout);
     list_blk(lines, record, type);
-    write_text(stdout, lines.text());
+    write_line(stdout, lines);
 }
 
 // One tape file. Returns the number of blockettes that it delivered.
