@@ -81,18 +81,12 @@ TEST(Samples, Text) {
     EXPECT_EQ(decode("Log", 0, Order::little, 9), (Samples{std::string("Log"), 6}));
 }
 
-// A walk that leaves what floats can tell apart.
-Integers large_walk(std::size_t samples, int bits, std::uint32_t seed) {
-    Integers series = random_walk(samples, bits, seed);
-    for (std::int32_t& sample : series)
-        sample += 1 << 29;
-    return series;
-}
-
 TEST(Samples, CompressedSeriesComeBackExactly) {
     constexpr std::size_t size = 4096 - 64;
     for (const int bits : {3, 4, 5, 6, 8, 10, 15, 16, 24, 29}) {
-        const Integers series = large_walk(8000, bits, static_cast<std::uint32_t>(bits));
+        Integers series = random_walk(8000, bits, static_cast<std::uint32_t>(bits));
+        for (std::int32_t& sample : series)
+            sample += 1 << 29; // beyond what floats can tell apart
         for (const Order order : {Order::big, Order::little}) {
             SCOPED_TRACE(testing::Message() << bits << (order == Order::big ? " big" : " little"));
             for (const int encoding : {10, 11}) {
@@ -111,10 +105,9 @@ TEST(Samples, CompressedSeriesComeBackExactly) {
 }
 
 TEST(Samples, SteimWrapsLikeItsIntegers) {
-    const std::uint32_t top = 0x7FFFFFFF;
-    std::string frame = bytes_of({0x0100'0000 * 1U, top, 0x8000'0001, 0x0001'0100}, Order::big);
-    frame.resize(64);
     // Code 1 of word 3: four differences, 0, 1, 1 and 0, from the largest integer on.
+    std::string frame = bytes_of({0x0100'0000, 0x7FFF'FFFF, 0x8000'0001, 0x0001'0100}, Order::big);
+    frame.resize(64);
     EXPECT_EQ(*decode(frame, 10, Order::big, 4),
               (Samples{Integers{2147483647, -2147483647 - 1, -2147483647, -2147483647}, 0, true}));
 }
@@ -159,10 +152,7 @@ TEST(Samples, AnyBytesInAnyEncoding) {
 }
 
 TEST(Samples, OfARecord) {
-    RecordFields fields;
-    fields.size = 512;
-    fields.encoding = 3;
-    fields.samples = 200;
+    RecordFields fields{.samples = 200, .size = 512, .encoding = 3};
     fields.data = bytes_of({5, 0xFFFFFFFF}, Order::big);
     const std::string bytes = VolumeBuilder().data(fields).bytes();
     VolumeReader reader = VolumeReader::of_memory(bytes, "memory");
