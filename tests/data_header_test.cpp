@@ -1,4 +1,5 @@
 // Data records: the fixed header, the data blockettes behind it, what the reader makes of them.
+#include "damaged_volumes.h"
 #include "support.h"
 
 #include "blockette/blockette.h"
@@ -225,13 +226,12 @@ private:
 TEST(RecordFields, VolumesLargerThanTheBuffer) {
     std::vector<std::string> records;
     std::string bytes;
-    std::uint32_t noise = 1;
+    Random random(1);
     for (int i = 0; i < 150; ++i) {
         RecordFields record;
         record.size = 256 << (i % 6);
         record.encoding = 3;
-        while (record.data.size() + 64 < static_cast<std::size_t>(record.size))
-            record.data += static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
+        record.data = noise(&random, static_cast<std::size_t>(record.size) - 64);
         records.push_back(VolumeBuilder().data(record, 100 + i / 3).bytes());
         bytes +=
             records.back() + (i % 10 == 9 ? padded("000999A " + blockette(33, "001text~"), record.size) : "");

@@ -40,15 +40,13 @@ std::vector<std::string> sound_areas() {
 
 std::string data_area(Random* random) {
     static const std::vector<std::string> sound = sound_areas();
-    const bool noise = one_in(random, 2);
-    std::string area = noise ? std::string(below(random, one_in(random, 50) ? 4100 : 400), '\0')
-                             : sound[below(random, sound.size())];
-    if (!noise && one_in(random, 3))
+    if (one_in(random, 2))
+        return noise(random, below(random, one_in(random, 50) ? 4100 : 400));
+    std::string area = sound[below(random, sound.size())];
+    if (one_in(random, 3))
         area.resize(below(random, area.size() + 1));
-    for (std::size_t changes = noise ? 0 : below(random, 6); changes > 0 && !area.empty(); --changes)
+    for (std::size_t changes = below(random, 6); changes > 0 && !area.empty(); --changes)
         area[below(random, area.size())] = static_cast<char>(below(random, 256));
-    for (char& byte : area)
-        byte = noise ? static_cast<char>((*random)() & 0xFF) : byte;
     return area;
 }
 

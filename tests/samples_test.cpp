@@ -1,5 +1,6 @@
 // The samples of open reading: each encoding in both word orders, exact, and what a record lacks of them.
 
+#include "damaged_volumes.h"
 #include "sample_encoders.h"
 #include "support.h"
 
@@ -132,12 +133,10 @@ TEST(Samples, UsnsnIsReadMostSignificantByteFirst) {
 }
 
 TEST(Samples, AnyBytesInAnyEncoding) {
-    std::uint32_t noise = 1;
+    Random random(1);
     for (int encoding = -1; encoding < 40; ++encoding)
         for (const std::size_t size : {0U, 1U, 3U, 5U, 12U, 63U, 64U, 448U, 4096U}) {
-            std::string bytes(size, '\0');
-            for (char& byte : bytes)
-                byte = static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
+            const std::string bytes = noise(&random, size);
             for (const std::size_t count : {0U, 1U, 100U, 65535U}) {
                 const auto samples = decode(bytes, encoding, Order::big, count);
                 ASSERT_EQ(samples.has_value(), is_known_encoding(encoding));

@@ -125,10 +125,7 @@ std::string of_year(int year, bool big_endian, int size = 512, int encoding = 10
 
 std::string noise(std::size_t size) {
     Random random(size);
-    std::string bytes;
-    while (bytes.size() < size)
-        bytes.push_back(static_cast<char>(below(&random, 256)));
-    return bytes;
+    return quarry::noise(&random, size);
 }
 
 // --- data records --------------------------------------------------------------------------------------
