@@ -47,7 +47,7 @@ TEST(Channel, Names) {
     expect_recorded("Channel", "Names", out);
 }
 
-// What a record says of its station and channel, none of which is listed.
+// The station and channel of a record, which its line does not show.
 template <class Record>
 std::string context(int type, const std::string& fields) {
     const BlockettePointer owner(parse_blk(blockette(type, fields), type), {type});

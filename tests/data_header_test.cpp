@@ -222,7 +222,7 @@ private:
     BlockettePointer record_{nullptr, {0}};
 };
 
-// Records of several lengths, none of which divides the reader's buffer, through several buffers.
+// Records of several lengths, whose boundaries are not those of the reader's buffer, through several buffers.
 TEST(RecordFields, VolumesLargerThanTheBuffer) {
     std::vector<std::string> records;
     std::string bytes;

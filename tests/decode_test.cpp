@@ -41,7 +41,8 @@ struct Decoded {
     std::string messages; // on both streams
 };
 
-// Decodes from a buffer of exactly these bytes; tells what was written from a mark.
+// Decodes from a buffer of exactly these bytes. A mark fills the room for samples: what is written replaces
+// it.
 Decoded decode(Decoder decoder, const std::string& bytes, std::int32_t nsamples, Order order) {
     constexpr float mark = -123.25F;
     std::vector<char> data(bytes.begin(), bytes.end());
@@ -321,6 +322,11 @@ TEST(Usnsn, FieldsOfAnyWidth) {
     EXPECT_EQ(fields, (Series{15, 15, 8}));
 }
 
+template <int code>
+std::int32_t decode_form(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap) {
+    return decode_geoscope(data, nsamples, nbytes, byteswap, code);
+}
+
 TEST(Decoders, Words) {
     struct Case {
         const char* what;
@@ -336,40 +342,28 @@ TEST(Decoders, Words) {
         {"ASRO", decode_asro, 2, {0x0FFF, 0xA001, 0xF801}},
         {"CDSN", decode_cdsn, 2, {0, 0x1FFF, 0x3FFF, 0x5FFE, 0x8000, 0xC001}},
         // Two instants of three components, which come out one behind the other.
-        {"Geoscope, 3 bits", decode_geo1, 2, {0xBC00, 0, 0x7FFF, 0x1001, 0x8800, 1}},
-        {"Geoscope, 4 bits", decode_geo3, 2, {0x3C00, 0, 0xFFFF, 0x1001, 0x8801, 1}},
+        {"Geoscope, 3 bits", decode_form<1>, 2, {0xBC00, 0, 0x7FFF, 0x1001, 0x8800, 1}},
+        {"Geoscope, 4 bits", decode_form<3>, 2, {0x3C00, 0, 0xFFFF, 0x1001, 0x8801, 1}},
     };
     std::vector<Area> areas;
     for (const Case& c : cases)
         for (const Order order : {Order::big, Order::little}) {
-            const bool components = c.decoder == decode_geo1 || c.decoder == decode_geo3;
+            const bool components = c.decoder == decode_form<1> || c.decoder == decode_form<3>;
             std::string bytes;
             for (const std::uint32_t word : c.words)
                 bytes += bytes_of({word}, order).substr(order == Order::big ? 4 - c.size : 0, c.size);
             areas.push_back(
                 {c.what, c.decoder, static_cast<int>(c.words.size()) / (components ? 3 : 1), bytes, order});
         }
-    for (const Order order : {Order::big, Order::little})
-        areas.push_back({"Geoscope, 3 bytes", decode_geo2, 1, std::string("\1\0\0\0\0\1\0\0\x80", 9), order});
+    const std::string three_bytes("\1\0\0\0\0\1\0\0\x80", 9);
+    areas.push_back({"Geoscope, 3 bytes", decode_form<2>, 1, three_bytes, Order::big});
+    areas.push_back({"Geoscope, 3 bytes", decode_form<2>, 1, three_bytes, Order::little});
+    areas.push_back({"no Geoscope form", decode_form<0>, 1, three_bytes, Order::big});
+    areas.push_back({"no Geoscope form either", decode_form<4>, 1, three_bytes, Order::big});
     expect_decoded("Words", areas);
     const std::string no_numbers = bytes_of({0x7F80'0001, 0xFFC0'1234}, Order::little);
     const Floats kept = decode(decode_ieeefloat, no_numbers, 2, Order::little).samples;
     EXPECT_EQ(std::memcmp(kept.data(), no_numbers.data(), no_numbers.size()), 0);
-}
-
-TEST(Words, GeoscopeByItsCode) {
-    constexpr Decoder by_code[] = {decode_geo1, decode_geo2, decode_geo3};
-    std::string bytes(18, '\x92');
-    std::array<float, 6> expected, found;
-    for (const int form : {1, 2, 3}) {
-        seismic_data_ptr = expected.data();
-        by_code[form - 1](bytes.data(), 2, 18, 0);
-        seismic_data_ptr = found.data();
-        EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, form), 0);
-        EXPECT_EQ(found, expected) << form;
-    }
-    EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, 0), -1);
-    EXPECT_EQ(decode_geoscope(bytes.data(), 2, 18, 0, 4), -1);
 }
 
 // Through the dispatcher, from a record whose data begin at byte 64.

@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
     Random random(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 1);
     for (long round = 0; round < rounds; ++round) {
         decode(&random);
-        if (round % 1000 == 0) // more samples than the record's own count can tell
+        if (round % 1000 == 0) // more samples than the record itself can count
             fuzz::promise(keeps_to_its_bytes(decode_usnsn, data_area(&random), INT_MAX, 0, 1 << 16), "USNSN");
     }
     std::fprintf(report, "%ld damaged data areas decoded\n", rounds);

@@ -67,7 +67,8 @@ template <class Work>
     _exit(0);
 }
 
-// What is said when the memory ends at the first allocation, at the second and so on, with the exit status.
+// What is reported when the memory ends at the first allocation, at the second and so on, with the exit
+// status.
 std::string exhaustions(int type, const std::string& text) {
     std::string said;
     for (int allocations = 0;; ++allocations) {

@@ -87,7 +87,7 @@ TEST(Samples, CompressedSeriesComeBackExactly) {
     for (const int bits : {3, 4, 5, 6, 8, 10, 15, 16, 24, 29}) {
         Integers series = random_walk(8000, bits, static_cast<std::uint32_t>(bits));
         for (std::int32_t& sample : series)
-            sample += 1 << 29; // beyond what floats can tell apart
+            sample += 1 << 29; // floats round numbers of this size
         for (const Order order : {Order::big, Order::little}) {
             SCOPED_TRACE(testing::Message() << bits << (order == Order::big ? " big" : " little"));
             for (const int encoding : {10, 11}) {

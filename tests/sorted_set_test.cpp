@@ -19,7 +19,7 @@
 namespace quarry {
 namespace {
 
-// The rules, told by the comparison alone.
+// The rules, in terms of the comparison alone.
 const rec_len_t* find(const std::vector<rec_len_t>& model, const rec_len_t& sought) {
     const rec_len_t* first = nullptr;
     for (const rec_len_t& stored : model)
@@ -157,14 +157,14 @@ TEST(SortedSet, CostIsLogarithmicInAnyOrder) {
         ASSERT_LT(comparisons, most);
 
         std::size_t found = 0;
-        std::size_t dearest = 0;
+        std::size_t most_found = 0;
         for (int i = 0; i < count; ++i) {
             comparisons = 0;
             found += list.find(epoch(i).group, epoch(i).start) != nullptr ? 1U : 0U;
-            dearest = std::max(dearest, comparisons);
+            most_found = std::max(most_found, comparisons);
         }
         ASSERT_EQ(found, count);
-        ASSERT_LE(dearest, most_of_one);
+        ASSERT_LE(most_found, most_of_one);
     }
 }
 

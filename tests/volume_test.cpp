@@ -26,7 +26,7 @@ struct Seen {
     std::vector<Damage> damage;
     std::string lines; // of all items
     Totals totals;
-    bool adds_up = true; // each byte belongs to one item, and the totals and the blockettes' texts say so
+    bool adds_up = true; // each byte belongs to one item, which totals and texts agree with
 };
 
 // Takes what a reader gives of a volume.
@@ -154,7 +154,7 @@ TEST(Volume, DataRecords) {
                                                      of_year(2035, true) + of_year(1900, false) +
                                                      of_year(2056, false) + of_year(2056, true)},
             {"lengths", record(4096) + record(128) + record(1 << 20) + record(256) + record(8192)},
-            // The next record tells it, or the end of the input.
+            // The beginning of the next record, or the end of the input, makes the length.
             {"no length of their own", record(4096, -1) + headless + record(128) + headless + headless},
             {"garbage", noise(64) + r512 + noise(4096 + 128) + headless + record(256) + noise(5 << 18) +
                             r512 + noise(10) + record(128)},
