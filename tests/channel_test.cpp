@@ -73,17 +73,15 @@ std::string contexts() {
 TEST(Channel, ContextOfLaterBlockettes) {
     blk_050 = {};
     blk_052 = {};
-    const auto parse = [](int type, const std::string& fields) {
-        free_blk(parse_blk(blockette(type, fields), type), type);
-    };
     const std::string station = "SSB  " + std::string(35, ' ') + "~0013210101998~~N";
+    const std::string channel = "00BHZ0000007~003004" + std::string(43, ' ') + "000112" + fixed(20, 10, 4) +
+                                std::string(14, ' ') + "~1998~2001~N";
     std::string out = "nothing before\n" + contexts();
-    parse(50, station + "G ");
-    parse(52, "00BHZ0000007~003004" + std::string(43, ' ') + "000112" + fixed(20, 10, 4) +
-                  std::string(14, ' ') + "~1998~2001~N");
-    out += "station and channel before\n" + contexts();
-    parse(50, station);
-    expect_recorded("Channel", "Context", out + "station without a network code before\n" + contexts());
+    out += "50 " + context<blk_050_t>(50, station + "G ") + "\n";
+    out += "52 " + context<blk_052_t>(52, channel) + "\n";
+    out += contexts();
+    out += "50 " + context<blk_050_t>(50, station) + "\n";
+    expect_recorded("Channel", "Context", out + contexts());
 }
 
 } // namespace
