@@ -1,4 +1,5 @@
 // Data records: the fixed header, the data blockettes behind it, what the reader makes of them.
+#include "damaged_volumes.h"
 #include "support.h"
 
 #include "blockette/blockette.h"
@@ -21,75 +22,61 @@
 namespace quarry {
 namespace {
 
-// The 28 bytes from the year on.
-std::array<int, 17> numbers_of(const blk_dh_t& h) {
-    return {h.year,     h.doy,      h.hour,     h.minutes,  h.sec_int,  h.sec_frac,
-            h.nsamps,   h.rate_f,   h.rate_m,   h.activity, h.io_flags, h.quality,
-            h.blks_fol, h.time_cor, h.beg_data, h.beg_blks, h.byteswap};
+// The codes, and the numbers from the year on, as they are after parse_dh.
+std::string parsed(const std::string& record) {
+    const std::vector<char> exactly(record.begin(), record.end()); // so that a sanitizer sees a byte beyond
+    blk_dh_t h{};
+    parse_dh(&h, {exactly.data(), exactly.size()});
+    std::string text = std::string(h.stn_id) + "." + h.loc_id + "." + h.chan_id + "." + h.network_code;
+    for (const int number :
+         {h.year, h.doy, h.hour, h.minutes, h.sec_int, h.sec_frac, h.nsamps, h.rate_f, h.rate_m, h.activity,
+          h.io_flags, h.quality, h.blks_fol, h.time_cor, h.beg_data, h.beg_blks, h.byteswap})
+        text += " " + std::to_string(number);
+    return text + "\n";
 }
 
-TEST(DataHeader, ByteOrderByTheYear) {
-    for (const auto& [year, byteswap] : {std::pair{1969, -1}, {1970, 0}, {2030, 0}, {2031, -1}}) {
+TEST(DataHeader, Numbers) {
+    std::string out;
+    for (const int year : {1969, 1970, 2030, 2031}) {
         std::string text = "AB     BHZXX" + std::string(28, '\xff');
         store(text.data() + 12, static_cast<std::uint16_t>(year)); // in the host's order
         text[19] = '\x7f';                                         // the unused byte
         text[28] = '\xc0';                                         // activity
-        blk_dh_t header{};
-        parse_dh(&header, text);
-        const int swapped = static_cast<std::int16_t>(__builtin_bswap16(static_cast<std::uint16_t>(year)));
-        EXPECT_EQ(numbers_of(header), (std::array{byteswap == 0 ? year : swapped, -1, -1, -1, -1, -1, -1, -1,
-                                                  -1, -64, -1, -1, -1, -1, -1, -1, byteswap}));
-        EXPECT_EQ(std::string(header.stn_id) + "." + header.loc_id + "." + header.chan_id + "." +
-                      header.network_code,
-                  "AB..BHZ.XX");
+        out += std::to_string(year) + ": " + parsed(text);
     }
-}
-
-TEST(DataHeader, NumbersBeyondTheirRange) {
     for (const bool big_endian : {true, false}) {
-        RecordFields record{.hour = 200, .minute = 21, .fraction = 1234, .activity = 3, .io_flags = 0x81};
-        record.samples = 40000;
+        RecordFields record{.hour = 200, .minute = 21, .fraction = 1234, .samples = 40000};
+        record.activity = 3;
         record.rate_factor = -100;
         record.rate_multiplier = 256;
         record.quality = 5;
         record.time_correction = -123456;
         record.encoding = 3;
+        record.io_flags = 0x81;
         record.big_endian = big_endian;
-        blk_dh_t header{};
-        parse_dh(&header, VolumeBuilder().data(record).bytes().substr(8));
-        EXPECT_EQ(numbers_of(header),
-                  (std::array{2005, 32, 200 - 256, 21, 30, 1234, 40000 - 65536, -100, 256, 3, 0x81 - 256, 5,
-                              1, -123456, 64, 48, big_endian == host_is_little_endian ? -1 : 0}));
+        out += std::string(big_endian ? "big" : "little") +
+               "-endian: " + parsed(VolumeBuilder().data(record).bytes().substr(8));
     }
-    const std::string cut = "AB     BHZXX"; // a text in a buffer of its size that ends before the year
-    blk_dh_t header{};
-    parse_dh(&header, std::string_view(std::vector<char>(cut.begin(), cut.end()).data(), cut.size()));
-    EXPECT_EQ(numbers_of(header), (std::array<int, 17>{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1}));
+    expect_recorded("DataHeader", "Numbers", out + "cut: " + parsed("AB     BHZXX"));
     for (const char letter : std::string("DRQMVAST# "))
         EXPECT_EQ(is_ok_quality(letter), std::string("DRQM").find(letter) != std::string::npos) << letter;
+    for (const auto& [power, bytes] :
+         {std::pair{-1, 2}, {0, 2}, {1, 2}, {7, 128}, {16, 65536}, {30, 1 << 30}})
+        EXPECT_EQ(record_bytes(power), bytes) << power;
 }
 
 TEST(DataHeader, SampleRate) {
-    const std::tuple<int, int, double> rates[] = {{20, 1, 20},
-                                                  {20, 3, 60},
-                                                  {-10, 1, 0.1},
-                                                  {-10, 4, 0.4},
-                                                  {1, -10, 0.1},
-                                                  {3, -10, 0.3},
-                                                  {-10, -10, 0.01},
-                                                  {65526, 1, 0.1},
-                                                  {0, 5, 0},
-                                                  {5, 0, 0},
-                                                  {-32768, -32768, 1.0 / (1 << 30)}};
-    for (const auto& [factor, multiplier, rate] : rates) {
-        blk_dh_t header{};
-        header.rate_f = factor;
-        header.rate_m = multiplier;
-        fix_dh(&header, 0, 0);
-        EXPECT_DOUBLE_EQ(header.samp_rate, rate) << factor << " " << multiplier;
-        EXPECT_EQ(std::make_pair(header.rate_f, header.rate_m),
-                  rate == 0 ? std::make_pair(0, 0) : std::make_pair(word_comp(factor), multiplier));
-    }
+    std::string out;
+    for (const int factor : {20, 1, -10, 0, 65526, -32768})
+        for (const int multiplier : {1, 3, -10, 0, -32768}) {
+            blk_dh_t header{};
+            header.rate_f = factor;
+            header.rate_m = multiplier;
+            fix_dh(&header, 0, 0);
+            out += formatted("%d, %d: %.15g of %d, %d\n", factor, multiplier, header.samp_rate, header.rate_f,
+                             header.rate_m);
+        }
+    expect_recorded("DataHeader", "SampleRate", out);
 }
 
 TEST(Handle, ReleasesAllThatItOpened) {
@@ -138,14 +125,25 @@ TEST(DataHeader, CorrectedTime) {
 // The chain of data blockettes is followed as its offsets say, and never in circles or out of what is in
 // hand.
 TEST(DataHeader, ChainOfDataBlockettes) {
+    std::string out;
+    const auto show = [&](const std::string& what, std::string_view bytes) {
+        Steim state{};
+        state.record = bytes;
+        state.record_size = 256;
+        const int result = parse_data_record_header(&state);
+        out += formatted("%s: %d, format %d, order %d, %d bytes, rate %g\n", what.c_str(), result,
+                         state.s1000.dataformat, state.s1000.sparc_order, state.record_size,
+                         static_cast<double>(state.s100.sample_rate));
+    };
     // A big-endian record of 512 bytes with data blockettes, each {its place, its type, the next one's
     // place}.
     using Chain = std::initializer_list<std::array<std::size_t, 3>>;
-    const auto walk = [](std::size_t first, Chain chain, std::size_t exponent = 9, std::size_t size = 512) {
+    const auto walk = [&](const char* what, std::size_t first, Chain chain, std::size_t exponent = 9,
+                          std::size_t size = 512) {
+        const std::string name = formatted("%s, at %zu, exponent %zu", what, first, exponent);
         std::string bytes = VolumeBuilder().data({.size = 512}).bytes();
         const auto put = [&](std::size_t at, std::size_t value) {
-            bytes[at] = static_cast<char>(value >> 8);
-            bytes[at + 1] = static_cast<char>(value & 0xff);
+            bytes.replace(at, 2, number(static_cast<std::uint32_t>(value), 2, Order::big));
         };
         put(46, first);
         for (const auto& [at, type, next] : chain) {
@@ -156,47 +154,28 @@ TEST(DataHeader, ChainOfDataBlockettes) {
                 put(at + 6, exponent++ << 8);
         }
         bytes.resize(size);
-        Steim state{};
-        state.record = bytes;
-        state.record_size = 256;
-        const int result = parse_data_record_header(&state);
-        return std::make_tuple(result, state.s1000.dataformat, state.s1000.sparc_order, state.record_size,
-                               state.s100.sample_rate);
+        show(name, bytes);
     };
-    const auto none = std::make_tuple(0, 0, 0, 256, 0.0F);
-    const auto found = std::make_tuple(0, 11, 1, 512, 0.0F);
-    const auto bad = std::make_tuple(-1, 0, 0, 256, 0.0F);
     for (const std::size_t at : {40U, 47U, 48U, 60U, 128U, 129U, 200U})
-        EXPECT_EQ(walk(at, {{at, 1000, 0}}), at >= 48 && at <= 128 ? found : none) << at;
-    EXPECT_EQ(walk(48, {{48, 500, 128}, {128, 1000, 0}}), found);
-    EXPECT_EQ(walk(48, {{48, 100, 60}, {60, 1000, 0}}), std::make_tuple(0, 11, 1, 512, 10.0F));
-    EXPECT_EQ(walk(128, {{128, 100, 0}}), std::make_tuple(0, 0, 0, 256, 10.0F));
-    EXPECT_EQ(walk(129, {{129, 100, 0}}), none);
-    EXPECT_EQ(walk(48, {{48, 500, 48}}), none); // to itself
-    EXPECT_EQ(walk(60, {{60, 500, 48}, {48, 1000, 0}}), none);
-    EXPECT_EQ(walk(48, {{48, 1000, 60}, {60, 1000, 0}}), found); // the first one counts
-    for (const int exponent : {6, 7, 30, 31})
-        EXPECT_EQ(walk(48, {{48, 1000, 0}}, static_cast<std::size_t>(exponent)),
-                  exponent < 7 || exponent > 30 ? bad : std::make_tuple(0, 11, 1, 1 << exponent, 0.0F));
-    EXPECT_EQ(walk(48, {}, 9, 47), bad);
-    EXPECT_EQ(walk(0, {}, 9, 48), none);
+        walk("blockette 1000", at, {{at, 1000, 0}});
+    walk("500, 1000", 48, {{48, 500, 128}, {128, 1000, 0}});
+    walk("100, 1000", 48, {{48, 100, 60}, {60, 1000, 0}});
+    walk("100", 128, {{128, 100, 0}});
+    walk("100 out of hand", 129, {{129, 100, 0}});
+    walk("500 to itself", 48, {{48, 500, 48}});
+    walk("500 backwards", 60, {{60, 500, 48}, {48, 1000, 0}});
+    walk("1000 twice", 48, {{48, 1000, 60}, {60, 1000, 0}});
+    for (const std::size_t exponent : {6U, 7U, 30U, 31U})
+        walk("length", 48, {{48, 1000, 0}}, exponent);
+    walk("cut in the header", 48, {}, 9, 47);
+    walk("header alone", 0, {}, 9, 48);
     for (const int year : {1970, 2030}) // the bounds of the years whose byte order is recognized
-        for (const bool big_endian : {true, false}) {
-            Steim state{};
-            const std::string bytes =
-                VolumeBuilder()
-                    .data({.year = year, .size = 512, .encoding = 10, .big_endian = big_endian})
-                    .bytes();
-            state.record = bytes;
-            EXPECT_EQ(parse_data_record_header(&state), 0);
-            EXPECT_EQ(std::tie(state.s1000.dataformat, state.record_size), std::make_tuple(10, 512)) << year;
-        }
-}
-
-TEST(DataHeader, RecordLengths) {
-    const std::pair<int, int> lengths[] = {{-1, 2}, {0, 2}, {1, 2}, {7, 128}, {16, 65536}, {30, 1 << 30}};
-    for (const auto& [power, bytes] : lengths)
-        EXPECT_EQ(record_bytes(power), bytes) << power;
+        for (const bool big_endian : {true, false})
+            show(formatted("%d, big-endian %d", year, big_endian),
+                 VolumeBuilder()
+                     .data({.year = year, .size = 512, .encoding = 10, .big_endian = big_endian})
+                     .bytes());
+    expect_recorded("DataHeader", "Chain", out);
 }
 
 TEST(SeedInput, StateOfALogicalRecord) {
@@ -243,17 +222,16 @@ private:
     BlockettePointer record_{nullptr, {0}};
 };
 
-// Records of several lengths, none of which divides the reader's buffer, through several buffers.
+// Records of several lengths, whose boundaries are not those of the reader's buffer, through several buffers.
 TEST(RecordFields, VolumesLargerThanTheBuffer) {
     std::vector<std::string> records;
     std::string bytes;
-    std::uint32_t noise = 1;
+    Random random(1);
     for (int i = 0; i < 150; ++i) {
         RecordFields record;
         record.size = 256 << (i % 6);
         record.encoding = 3;
-        while (record.data.size() + 64 < static_cast<std::size_t>(record.size))
-            record.data += static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
+        record.data = noise(&random, static_cast<std::size_t>(record.size) - 64);
         records.push_back(VolumeBuilder().data(record, 100 + i / 3).bytes());
         bytes +=
             records.back() + (i % 10 == 9 ? padded("000999A " + blockette(33, "001text~"), record.size) : "");

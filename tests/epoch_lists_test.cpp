@@ -11,13 +11,6 @@
 namespace quarry {
 namespace {
 
-// The code of a station, channel and location in one word: "STA.BHZ.00".
-std::array<std::string, 3> codes_of(const std::string& name) {
-    const std::size_t first = name.find('.');
-    const std::size_t second = name.find('.', first + 1);
-    return {name.substr(0, first), name.substr(first + 1, second - first - 1), name.substr(second + 1)};
-}
-
 // A dictionary keeps what the volume says, not what it only declares.
 TEST(EpochLists, FormatsWithTheirKeys) {
     List<blk_030_t> list;
@@ -33,65 +26,69 @@ TEST(EpochLists, FormatsWithTheirKeys) {
               (std::vector<std::vector<char>>{{'F', '1', ' ', 'P', '4', 0}, {0}, {'W', '4', 0}}));
 }
 
+// The lengths that a look-up finds, a line a channel: at each time, from 50 to 500, and their formats.
 TEST(EpochLists, RecordLengths) {
+    using Codes = std::array<const char*, 3>; // of station, channel and location
     SortedSet<rec_len_t> list = new_rec_list();
-    const auto add = [&](const char* name, double start, double end, int length) {
+    const auto set = [](const Codes& codes, auto* station, auto* channel, auto* location) {
+        copy_text(*station, codes[0]);
+        copy_text(*channel, codes[1]);
+        copy_text(*location, codes[2]);
+    };
+    const auto add = [&](const Codes& codes, double start, double end, int length) {
         rec_len_t epoch{};
-        copy_text(epoch.stn, codes_of(name)[0]);
-        copy_text(epoch.chan_id, codes_of(name)[1]);
-        copy_text(epoch.loc_id, codes_of(name)[2]);
+        set(codes, &epoch.stn, &epoch.chan_id, &epoch.loc_id);
         copy_text(epoch.format, "format " + std::to_string(length));
         epoch.start = start;
         epoch.end = end;
         epoch.len = length;
         list.add(epoch);
     };
-    const auto length_at = [&](const char* name, double time) {
-        blk_dh_t header{};
-        copy_text(header.stn_id, codes_of(name)[0]);
-        copy_text(header.chan_id, codes_of(name)[1]);
-        copy_text(header.loc_id, codes_of(name)[2]);
-        copy_text(header.format, "format 0");
-        header.epoch = time;
-        const int found = lookup_rec_list(list, &header);
-        EXPECT_EQ(found, header.length != 0 ? 1 : 0);
-        EXPECT_EQ(header.format, "format " + std::to_string(header.length));
-        return header.length;
+    std::string out;
+    const auto look_up = [&](const Codes& codes) {
+        out += std::string(codes[0]) + "." + codes[1] + "." + codes[2] + ":";
+        for (const double time :
+             {50.0, 99.5, 100.0, 120.0, 150.0, 200.0, 220.0, 250.0, 310.0, 360.0, 400.0, 450.0}) {
+            blk_dh_t header{};
+            set(codes, &header.stn_id, &header.chan_id, &header.loc_id);
+            copy_text(header.format, "format 0");
+            header.epoch = time;
+            const int found = lookup_rec_list(list, &header);
+            EXPECT_EQ(found, header.length != 0 ? 1 : 0);
+            EXPECT_EQ(header.format, "format " + std::to_string(header.length));
+            out += " " + std::to_string(header.length);
+        }
+        out += "\n";
     };
-    add("STA.BHZ.", 100, 200, 1);
-    add("STA.BHZ.00", 100, 200, 2);
-    add("STA.BHZ.", 300, 400, 3);
-    add("STA.BHN.", 100, 200, 11);
-    add("STB.BHZ.", 100, 200, 12);
-    const struct {
-        const char* name;
-        double time;
-        int length;
-    } first[] = {{"STA.BHZ.", 100, 1},   {"STA.BHZ.", 99.5, 0},  {"STA.BHZ.", 200, 0}, // the end is exclusive
-                 {"STA.BHZ.", 399.5, 3}, {"STA.BHZ.00", 150, 2}, {"STA.BHZ.01", 150, 0},
-                 {"STA.BHN.", 150, 11},  {"STA.BHE.", 150, 0},   {"STB.BHZ.", 150, 12},
-                 {"STC.BHZ.", 150, 0}};
-    for (const auto& c : first)
-        EXPECT_EQ(length_at(c.name, c.time), c.length) << c.name << " " << c.time;
-    add("STA.BHZ.", 150, 500, 4); // begins inside the first epoch: equal to it, ignored
-    EXPECT_EQ(length_at("STA.BHZ.", 450), 0);
-    add("STA.BHZ.", 100, 250, 5); // the very same start: declared again
-    EXPECT_EQ(length_at("STA.BHZ.", 220), 5);
-    add("STA.BHZ.", 50, 350, 6); // overlaps two others
-    EXPECT_EQ(length_at("STA.BHZ.", 120), 6);
-    EXPECT_EQ(length_at("STA.BHZ.", 310), 6);
-    EXPECT_EQ(length_at("STA.BHZ.", 360), 3);
-    add("STA.BHZ.", 100, 120, 7); // declared again, though inside another
-    EXPECT_EQ(length_at("STA.BHZ.", 360), 3);
-    add("STA.BHZ.02", 100, std::nan(""),
-        8); // damaged: no time lies before such an end, none after such a start
-    add("STA.BHZ.02", std::nan(""), 400, 9);
-    add("STA.BHZ.02", 200, 300, 10);
-    EXPECT_EQ(length_at("STA.BHZ.02", 250), 10);
-    EXPECT_EQ(length_at("STA.BHZ.02", 150), 0);
+    const Codes vertical{"STA", "BHZ", ""}, damaged{"STA", "BHZ", "02"};
+    add(vertical, 100, 200, 1);
+    add({"STA", "BHZ", "00"}, 100, 200, 2);
+    add(vertical, 300, 400, 3);
+    add({"STA", "BHN", ""}, 100, 200, 11);
+    add({"STB", "BHZ", ""}, 100, 200, 12);
+    for (const char* channel : {"BHZ", "BHN", "BHE"})
+        for (const char* location : {"", "00", "01"})
+            look_up({"STA", channel, location});
+    look_up({"STB", "BHZ", ""});
+    look_up({"STC", "BHZ", ""});
+    const std::tuple<double, double, int> later[] = {
+        {150, 500, 4}, // begins inside the first epoch: equal to it, ignored
+        {100, 250, 5}, // the very same start: declared again
+        {50, 350, 6},  // overlaps two others
+        {100, 120, 7}, // declared again, though inside another
+    };
+    for (const auto& [start, end, length] : later) {
+        add(vertical, start, end, length);
+        look_up(vertical);
+    }
+    add(damaged, 100, std::nan(""), 8); // no time lies before such an end, none after such a start
+    add(damaged, std::nan(""), 400, 9);
+    add(damaged, 200, 300, 10);
+    look_up(damaged);
     EXPECT_EQ(list.size(), 8U);
     list.clear();
-    EXPECT_EQ(length_at("STA.BHN.", 150), 0);
+    look_up(vertical);
+    expect_recorded("EpochLists", "RecordLengths", out);
 }
 
 TEST(EpochLists, WordOrders) {
@@ -105,25 +102,22 @@ TEST(EpochLists, WordOrders) {
         b050.word_order = -order;
         update_order_list(&list, b050);
     };
-    const auto orders_at = [&](const char* station, const char* time) {
-        blk_dh_t header{};
-        copy_text(header.stn_id, station);
-        copy_text(header.start_time, time);
-        int long_order = 7;
-        int word_order = 8;
-        const int found = lookup_order_list(list, header, &long_order, &word_order);
-        return std::make_tuple(found, long_order, word_order);
-    };
-    const auto none = std::make_tuple(0, 7, 8);
     add("STA", "", "1999,123,04:05", 3210);
     add("STA", "1999,123,04:05", "", 123);
     add("STB", "2000", "2001", 1032);
-    EXPECT_EQ(orders_at("STA", "1960,001"), std::make_tuple(1, 3210, -3210));
-    EXPECT_EQ(orders_at("STA", "1999,123,04:04:59.9999"), std::make_tuple(1, 3210, -3210));
-    EXPECT_EQ(orders_at("STA", "1999,123,04:05:00.0000"), std::make_tuple(1, 123, -123));
-    EXPECT_EQ(orders_at("STB", "2000,365"), std::make_tuple(1, 1032, -1032));
-    EXPECT_EQ(orders_at("STB", "1999,364"), none);
-    EXPECT_EQ(orders_at("STC", "2000,365"), none);
+    std::string out;
+    for (const char* station : {"STA", "STB", "STC"})
+        for (const char* time :
+             {"1960,001", "1999,123,04:04:59.9999", "1999,123,04:05:00.0000", "2000,365", "2001,001"}) {
+            blk_dh_t header{};
+            copy_text(header.stn_id, station);
+            copy_text(header.start_time, time);
+            int long_order = 7;
+            int word_order = 8;
+            const int found = lookup_order_list(list, header, &long_order, &word_order);
+            out += formatted("%s %s: %d, %d %d\n", station, time, found, long_order, word_order);
+        }
+    expect_recorded("EpochLists", "WordOrders", out);
 }
 
 TEST(SparseList, IndexesOfAnySize) {

@@ -67,7 +67,8 @@ template <class Work>
     _exit(0);
 }
 
-// What is said when the memory ends at the first allocation, at the second and so on, with the exit status.
+// What is reported when the memory ends at the first allocation, at the second and so on, with the exit
+// status.
 std::string exhaustions(int type, const std::string& text) {
     std::string said;
     for (int allocations = 0;; ++allocations) {
@@ -154,21 +155,15 @@ TEST(Defaults, OfEveryType) {
     expect_recorded("Defaults", "OfEveryType", result);
 }
 
-// Messages about the content end in no error of the system that was before.
-TEST(MessageLog, TypeThatIsNotCounted) {
+TEST(MessageLog, UnknownTypes) {
     name_the_log();
     testing::internal::CaptureStderr();
     errno = ENOENT;
-    count_blk(nullptr, 499);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quarry: Unknown block type = 499: Success\n");
-}
-
-TEST(Defaults, ReleaseOfAnUnknownType) {
-    name_the_log();
-    testing::internal::CaptureStderr();
+    count_blk(nullptr, 499); // a message about the content, without the error that was before
     int untouched = 7;
     free_blk(&untouched, 99);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quarry: Unknown blockette:    99\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quarry: Unknown block type = 499: Success\nquarry: Unknown blockette:    99\n");
 }
 
 } // namespace

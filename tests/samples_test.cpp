@@ -1,5 +1,6 @@
 // The samples of open reading: each encoding in both word orders, exact, and what a record lacks of them.
 
+#include "damaged_volumes.h"
 #include "sample_encoders.h"
 #include "support.h"
 
@@ -81,18 +82,12 @@ TEST(Samples, Text) {
     EXPECT_EQ(decode("Log", 0, Order::little, 9), (Samples{std::string("Log"), 6}));
 }
 
-// A walk that leaves what floats can tell apart.
-Integers large_walk(std::size_t samples, int bits, std::uint32_t seed) {
-    Integers series = random_walk(samples, bits, seed);
-    for (std::int32_t& sample : series)
-        sample += 1 << 29;
-    return series;
-}
-
 TEST(Samples, CompressedSeriesComeBackExactly) {
     constexpr std::size_t size = 4096 - 64;
     for (const int bits : {3, 4, 5, 6, 8, 10, 15, 16, 24, 29}) {
-        const Integers series = large_walk(8000, bits, static_cast<std::uint32_t>(bits));
+        Integers series = random_walk(8000, bits, static_cast<std::uint32_t>(bits));
+        for (std::int32_t& sample : series)
+            sample += 1 << 29; // floats round numbers of this size
         for (const Order order : {Order::big, Order::little}) {
             SCOPED_TRACE(testing::Message() << bits << (order == Order::big ? " big" : " little"));
             for (const int encoding : {10, 11}) {
@@ -111,10 +106,9 @@ TEST(Samples, CompressedSeriesComeBackExactly) {
 }
 
 TEST(Samples, SteimWrapsLikeItsIntegers) {
-    const std::uint32_t top = 0x7FFFFFFF;
-    std::string frame = bytes_of({0x0100'0000 * 1U, top, 0x8000'0001, 0x0001'0100}, Order::big);
-    frame.resize(64);
     // Code 1 of word 3: four differences, 0, 1, 1 and 0, from the largest integer on.
+    std::string frame = bytes_of({0x0100'0000, 0x7FFF'FFFF, 0x8000'0001, 0x0001'0100}, Order::big);
+    frame.resize(64);
     EXPECT_EQ(*decode(frame, 10, Order::big, 4),
               (Samples{Integers{2147483647, -2147483647 - 1, -2147483647, -2147483647}, 0, true}));
 }
@@ -139,12 +133,10 @@ TEST(Samples, UsnsnIsReadMostSignificantByteFirst) {
 }
 
 TEST(Samples, AnyBytesInAnyEncoding) {
-    std::uint32_t noise = 1;
+    Random random(1);
     for (int encoding = -1; encoding < 40; ++encoding)
         for (const std::size_t size : {0U, 1U, 3U, 5U, 12U, 63U, 64U, 448U, 4096U}) {
-            std::string bytes(size, '\0');
-            for (char& byte : bytes)
-                byte = static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
+            const std::string bytes = noise(&random, size);
             for (const std::size_t count : {0U, 1U, 100U, 65535U}) {
                 const auto samples = decode(bytes, encoding, Order::big, count);
                 ASSERT_EQ(samples.has_value(), is_known_encoding(encoding));
@@ -159,10 +151,7 @@ TEST(Samples, AnyBytesInAnyEncoding) {
 }
 
 TEST(Samples, OfARecord) {
-    RecordFields fields;
-    fields.size = 512;
-    fields.encoding = 3;
-    fields.samples = 200;
+    RecordFields fields{.samples = 200, .size = 512, .encoding = 3};
     fields.data = bytes_of({5, 0xFFFFFFFF}, Order::big);
     const std::string bytes = VolumeBuilder().data(fields).bytes();
     VolumeReader reader = VolumeReader::of_memory(bytes, "memory");

@@ -7,11 +7,12 @@
 #include "platform/text.h"
 #include "state.h"
 
+#include <array>
 #include <bit>
+#include <climits>
+#include <cmath>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <random>
-#include <string>
 
 namespace quarry {
 namespace {
@@ -76,15 +77,27 @@ void expect_as_the_library(const std::string& text) {
 }
 
 TEST(Numbers, AsTheCLibraryReadsThem) {
-    for (const char* text : {"9007199254740993", "123456789012345678e22", "1e23", "1e-23", "1e4294967297",
-                             "1e-18446744073709551615", "0e99999", "1e00000000003"})
+    for (const std::string& text : split(
+             "9007199254740993|123456789012345678e22|1e23|1e-23|1e4294967297|1e-18446744073709551615|0e99999|"
+             "1e00000000003|1e999|-1e999|1e-999|4e-320|inf|-infinity|+-1|+|1,5|\v\f\r\n4|0x1p3|"
+             "9223372036854775807|9223372036854775808|-9223372036854775809",
+             '|'))
         expect_as_the_library(text);
     RandomTexts texts;
     for (int i = 0; i < 1000000 && !HasFailure(); ++i)
         expect_as_the_library(texts.next());
 }
 
-// Fields within a longer text, which they must not read beyond; and what is said of those that hold no
+TEST(Numbers, OtherThanInTheCLibrary) {
+    EXPECT_EQ(integer_value("9999999999"), INT_MAX);
+    EXPECT_EQ(integer_value("-9999999999"), INT_MIN);
+    EXPECT_TRUE(std::isnan(parse_real("nan").value));
+    EXPECT_TRUE(is_blank(std::string_view(" \t\0x", 4)));
+    EXPECT_FALSE(is_blank(" x"));
+    EXPECT_FALSE(is_white('\x0E') || is_white('\x08') || !is_white('\r') || !is_white('\t'));
+}
+
+// Fields within a longer text, which they must not read beyond; and what is reported of those that hold no
 // number.
 TEST(Scan, FieldsOfNumbers) {
     name_the_log();
@@ -94,40 +107,51 @@ TEST(Scan, FieldsOfNumbers) {
     for (int i = 0; i < 200000 && !HasFailure(); ++i) {
         const std::string text = texts.next();
         const std::string after = texts.next();
-        const auto length = static_cast<int>(text.size());
-        const bool blank = is_blank(text);
-        char* end = nullptr;
-
-        Bad_blkflag = 0;
-        std::string expected = for_the_library(text);
         const std::string together = text + after;
-        std::string_view cursor(together);
-        const int found_integer = scan_int(&cursor, length);
-        const auto integer = static_cast<int>(std::strtol(expected.c_str(), &end, 10));
-        const bool bad_integer = end == expected.c_str() && !blank;
-        if (bad_integer)
-            messages += "quarry: Could not convert '" + std::string(text.c_str()) + "' to an integer\n";
-        if (found_integer != integer || (Bad_blkflag != 0) != bad_integer || cursor != after)
-            ADD_FAILURE() << "integer '" << text << "': " << found_integer;
-
-        Bad_blkflag = 0;
-        std::string signed_text = text.c_str();
+        std::string signed_text = text.c_str(); // a real number may have a blank for the sign of its exponent
         const std::size_t exponent = signed_text.find_first_of("eE");
         if (exponent != std::string::npos && signed_text.substr(exponent + 1).starts_with(' '))
             signed_text[exponent + 1] = '+';
-        expected = for_the_library(signed_text);
-        cursor = together;
-        const double found_real = scan_double(&cursor, length);
-        const double real = std::strtod(expected.c_str(), &end);
-        const bool bad_real = end == expected.c_str() && !blank;
-        if (bad_real)
-            messages += "quarry: Couldn't convert '" + signed_text + "' to a real number.\n";
-        if (!same(found_real, real) || (Bad_blkflag != 0) != bad_real || cursor != after)
-            ADD_FAILURE() << "real '" << text << "': " << found_real;
+        char* end = nullptr;
+        const auto check = [&](auto scan, auto convert, const std::string& shown, const char* begin,
+                               const char* rest) {
+            const std::string expected = for_the_library(shown);
+            Bad_blkflag = 0;
+            std::string_view cursor(together);
+            const double found = scan(&cursor, static_cast<int>(text.size()));
+            const double value = convert(expected.c_str());
+            const bool bad = end == expected.c_str() && !is_blank(text);
+            messages += bad ? begin + shown + rest : "";
+            if (!same(found, value) || (Bad_blkflag != 0) != bad || cursor != after)
+                ADD_FAILURE() << "'" << text << "' is " << value << ", not " << found;
+        };
+        check(
+            scan_int, [&](const char* digits) { return static_cast<int>(std::strtol(digits, &end, 10)); },
+            text.c_str(), "quarry: Could not convert '", "' to an integer\n");
+        check(
+            scan_double, [&](const char* digits) { return std::strtod(digits, &end); }, signed_text,
+            "quarry: Couldn't convert '", "' to a real number.\n");
     }
     Bad_blkflag = 0;
     log_flush(1);
     EXPECT_TRUE(testing::internal::GetCapturedStderr() == messages); // too long to be shown
+}
+
+TEST(Scan, VariableTexts) {
+    name_the_log();
+    std::string out;
+    for (const char* text : {" ab ~c", "abcd", "abcde~f", "abcdefgh", "~x"}) {
+        std::array<char, 5> field;
+        std::string_view rest = text;
+        Bad_blkflag = 0;
+        testing::internal::CaptureStderr();
+        const char* end = scan_var_str(&rest, field);
+        out += formatted("'%s': '%s' of %td, then '%s', bad %d\n", text, field.data(), end - field.data(),
+                         std::string(rest).c_str(), Bad_blkflag) +
+               testing::internal::GetCapturedStderr();
+    }
+    Bad_blkflag = 0;
+    expect_recorded("Scan", "VariableTexts", out);
 }
 
 } // namespace

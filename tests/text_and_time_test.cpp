@@ -1,83 +1,16 @@
-// Numbers in text, the calendar, and time texts.
-#include "blockette/scan.h"
+// The calendar and time texts.
+#include "support.h"
+
 #include "fields/time_text.h"
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
-#include "platform/text.h"
-#include "state.h"
 
 #include <array>
 #include <climits>
 #include <cmath>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <limits>
 
 namespace quarry {
 namespace {
-
-TEST(Text, Numbers) {
-    const std::tuple<const char*, long, std::size_t> integers[] = {{"007", 7, 3},
-                                                                   {" +12x", 12, 4},
-                                                                   {"\t-3", -3, 3},
-                                                                   {"+-3", 0, 0},
-                                                                   {"", 0, 0},
-                                                                   {"   ", 0, 0},
-                                                                   {"- 3", 0, 0},
-                                                                   {"0x10", 0, 1},
-                                                                   {"+", 0, 0},
-                                                                   {"\v\f\r\n4", 4, 5},
-                                                                   {"9999999999999999999", LONG_MAX, 19},
-                                                                   {"-9999999999999999999", LONG_MIN, 20}};
-    for (const auto& [text, value, length] : integers) {
-        EXPECT_EQ(parse_integer(text).value, value) << text;
-        EXPECT_EQ(parse_integer(text).length, length) << text;
-    }
-    EXPECT_EQ(integer_value("9999999999"), INT_MAX);
-    EXPECT_EQ(integer_value("-9999999999"), INT_MIN);
-    const double infinity = std::numeric_limits<double>::infinity();
-    const std::tuple<const char*, double, std::size_t> reals[] = {{"1.5", 1.5, 3},
-                                                                  {" +1.50000E+03", 1500, 13},
-                                                                  {"-.5x", -0.5, 3},
-                                                                  {"1e999", infinity, 5},
-                                                                  {"-1e999", -infinity, 6},
-                                                                  {"1e-999", 0, 6},
-                                                                  {"4e-320", 4e-320, 6},
-                                                                  {"inf", infinity, 3},
-                                                                  {"0x1p3", 0, 1},
-                                                                  {"+-1", 0, 0},
-                                                                  {"abc", 0, 0},
-                                                                  {"1,5", 1, 1},
-                                                                  {"+", 0, 0}};
-    for (const auto& [text, value, length] : reals) {
-        EXPECT_EQ(parse_real(text).value, value) << text;
-        EXPECT_EQ(parse_real(text).length, length) << text;
-    }
-    EXPECT_TRUE(std::isnan(parse_real("nan").value));
-    EXPECT_TRUE(is_blank(std::string_view(" \t\0x", 4)));
-    EXPECT_FALSE(is_blank(" x"));
-    EXPECT_FALSE(is_white('\x0E') || is_white('\x08') || !is_white('\r') || !is_white('\t'));
-}
-
-TEST(Scan, VariableTexts) {
-    const std::tuple<const char*, const char*, const char*, int> texts[] = {{" ab ~c", "ab", "c", 0},
-                                                                            {"abcd", "abcd", "", 0},
-                                                                            {"abcde~f", "abcd", "f", 1},
-                                                                            {"abcdefgh", "abcd", "", 1},
-                                                                            {"~x", "", "x", 0}};
-    for (const auto& [text, field, rest, bad] : texts) {
-        std::array<char, 5> destination;
-        std::string_view cursor = text;
-        Bad_blkflag = 0;
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(scan_var_str(&cursor, destination) - destination.data(),
-                  static_cast<std::ptrdiff_t>(std::strlen(field)));
-        testing::internal::GetCapturedStderr();
-        EXPECT_STREQ(destination.data(), field);
-        EXPECT_EQ(cursor, rest);
-        EXPECT_EQ(Bad_blkflag, bad) << text;
-    }
-}
 
 TEST(Calendar, BothWays) {
     const std::pair<HumanTime, double> times[] = {{{1970, 1, 0, 0, 0}, 0},
@@ -106,83 +39,48 @@ TEST(Calendar, BothWays) {
     EXPECT_EQ(epoch_to_human(std::nan("")).doy, 0);
 }
 
-TEST(TimeText, FieldsByLength) {
-    const std::pair<const char*, std::tuple<int, int, int, int, double>> texts[] = {
-        {"", {0, 0, 0, 0, 0}},
-        {"1999", {1999, 0, 0, 0, 0}},
-        {"99,5", {99, 0, 0, 0, 0}},
-        {"1999,5", {1999, 5, 0, 0, 0}},
-        {"1999,123", {1999, 123, 0, 0, 0}},
-        {"199,1,1:", {199, 1, 0, 0, 0}},
-        {"1999,123,04", {1999, 123, 4, 0, 0}},
-        {"1999,1,04:5", {1999, 1, 4, 0, 0}},
-        {"1999,123,04:05", {1999, 123, 4, 5, 0}},
-        {"1999,123,4:5:6", {1999, 123, 4, 5, 0}},
-        {"1999,123,04:05:06", {1999, 123, 4, 5, 6}},
-        {"1999,123,04:05:06.7890", {1999, 123, 4, 5, 6.789}},
-        {"1999, 23,04;05:06", {1999, 23, 4, 0, 0}},
-        {"1999.123,04:05:06", {1999, 0, 0, 0, 0}},
-        {"1999,123.04:05:06", {1999, 123, 0, 0, 0}},
-        {"1999,123,04:05,06", {1999, 123, 4, 5, 0}},
-        {"99999999999,-99999999999,x", {INT_MAX, INT_MIN, 0, 0, 0}}};
-    for (const auto& [text, fields] : texts)
+TEST(TimeText, Fields) {
+    std::string out;
+    const std::string texts =
+        "|  |1999|99,5|1999,5|1999,123|199,1,1:|1999,123,04|1999,1,04:5|1999,123,04:05|1999,123,4:5:6|"
+        "1999,123,04:05:06|1999,123,04:05:06.7890|1999, 23,04;05:06|1999.123,04:05:06|1999,123.04:05:06|"
+        "1999,123,04:05,06|99999999999,-99999999999,x|1970,001,00:00:00.0000|2005,032,10:20:30.123456789 |"
+        "1969,365,23:59:59.5|2005, 32|2500,001|2016,366,23:59:60|2005,367|2005,000|2005,032,24:00:00|"
+        "2005,032,10:60:00|2005,032,10:20:61|2005,032,10:20:30x|2005,032,10:20:30.1x|2005/032";
+    for (const std::string& text : split(texts, '|')) {
+        out += "'" + text + "':";
         for (const auto parse : {parse_time, parse_start, parse_end}) {
             int year, doy, hour, minutes;
             double sec;
             parse(text, &year, &doy, &hour, &minutes, &sec);
-            EXPECT_EQ(std::make_tuple(year, doy, hour, minutes, sec), fields) << text;
+            out += formatted(" %d,%d,%d:%d:%g", year, doy, hour, minutes, sec);
         }
+        for (const auto convert : {start_epoch, end_epoch, seed2epoch}) {
+            double epoch;
+            convert(text, &epoch);
+            out += formatted(" %.4f", epoch);
+        }
+        const std::optional<std::int64_t> microseconds = microseconds_of(text);
+        out += microseconds ? " " + std::to_string(*microseconds) + "\n" : " no time\n";
+    }
+    expect_recorded("TimeText", "Fields", out);
 }
 
 TEST(TimeText, Epochs) {
-    const auto epoch_of = [](void (*convert)(std::string_view, double*), const char* text) {
-        double epoch;
-        convert(text, &epoch);
-        return epoch;
-    };
-    EXPECT_EQ(epoch_of(start_epoch, ""), -9999999999.999);
-    EXPECT_EQ(epoch_of(end_epoch, ""), 9999999999.999);
-    EXPECT_EQ(epoch_of(seed2epoch, ""), 9999999999.999);
-    for (const auto convert : {start_epoch, end_epoch, seed2epoch}) {
-        EXPECT_EQ(epoch_of(convert, " "), human_to_epoch(0, 0, 0, 0, 0));
-        EXPECT_EQ(epoch_of(convert, "1999,123,04:05:06.7890"), human_to_epoch(1999, 123, 4, 5, 6.789));
-    }
-    const std::tuple<const char*, char, const char*> ordered[] = {
-        {"1999,123,04:05:06.5", '=', "1999,123,04:05:06.5"},
-        {"1999,123,04:05:06.5", '<', "1999,123,04:05:06.6"},
-        {"1999,365", '<', "2000,000"},
-        {"1999,123,05", '>', "1999,123,04"},
-        {"1999,123,04:05", '>', "1999,123,04:04"},
-        {"1999,123,04:05:07.0", '>', "1999,123,04:05:06.9"},
-        {"1999,123,04:05:nan", '<', "1999,123,04:05:nan"},
-        {"1999,124", '>', "1999,123"}};
-    for (const auto& [first, order, second] : ordered)
-        EXPECT_EQ(comp_time(first, second), order) << first << " " << second;
+    const std::vector<std::string> ascending =
+        split("1999,123,04|1999,123,04:04|1999,123,04:05:06.5|1999,123,04:05:06.6|1999,123,04:05:06.9|"
+              "1999,123,04:05:07.0|1999,123,05|1999,124|1999,365|2000,000",
+              '|');
+    for (const std::string& first : ascending)
+        for (const std::string& second : ascending)
+            EXPECT_EQ(comp_time(first, second), &first < &second   ? '<'
+                                                : &first > &second ? '>'
+                                                                   : '=')
+                << first << " " << second;
+    EXPECT_EQ(comp_time("1999,123,04:05:nan", "1999,123,04:05:nan"), '<');
     std::array<char, 23> text;
     epoch2seed(human_to_epoch(1999, 123, 4, 5, 6.789), text);
     EXPECT_STREQ(text.data(), "1999,123,04:05: 6.7890");
-}
-
-TEST(TimeText, Microseconds) {
-    const std::tuple<const char*, std::optional<std::int64_t>> times[] = {
-        {"1970,001,00:00:00.0000", 0},
-        {"2005,032,10:20:30.1234", 1107253230'123400},
-        {"2005,032,10:20:30.123456789 ", 1107253230'123456},
-        {"1969,365,23:59:59.5", -500000},
-        {"2005,032,10:20", 1107253200'000000},
-        {"2005, 32", 1107216000'000000},
-        {"2500,001", 16725225600'000000},
-        {"2016,366,23:59:60", 1483228800'000000},
-        {"", std::nullopt},
-        {"  ", std::nullopt},
-        {"2005,367", std::nullopt},
-        {"2005,000", std::nullopt},
-        {"2005,032,24:00:00", std::nullopt},
-        {"2005,032,10:20:30x", std::nullopt},
-        {"2005,032,10:20:30.1x", std::nullopt},
-        {"2005/032", std::nullopt}};
-    for (const auto& [text, expected] : times)
-        EXPECT_EQ(microseconds_of(text), expected) << text;
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 // Open reading of volumes: built ones of every kind, damaged ones, and that each byte belongs to one item.
-
 #include "damaged_volumes.h"
 #include "sample_encoders.h"
 #include "support.h"
@@ -8,188 +7,136 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <set>
 #include <unistd.h>
 
 namespace quarry {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-struct Blockette {
-    int type;
-    std::string text;
-    std::int64_t offset;
-    std::int64_t logical_record;
-    auto operator<=>(const Blockette&) const = default;
-};
-
 // What a volume holds, copied.
 struct Seen {
+    struct Blockette {
+        std::string text;
+        std::vector<Extent> pieces;
+        bool operator==(const Blockette&) const = default;
+    };
     std::vector<Blockette> blockettes;
-    std::vector<std::vector<Extent>> pieces; // of each blockette
     std::vector<Extent> data;
-    std::vector<LengthSource> sources; // of each data record's length
-    std::vector<Extent> padding;
-    std::vector<LogicalHeader> headers;
     std::vector<Damage> damage;
+    std::string lines; // of all items
     Totals totals;
-    bool adds_up = true; // each byte belongs to one item, and the totals say so
+    bool adds_up = true; // each byte belongs to one item, which totals and texts agree with
 };
 
-// Reads to the end of an input of `size` bytes.
-Seen read(VolumeReader reader, std::size_t size) {
-    Seen seen;
-    std::vector<char> owned(size);
-    const auto own = [&](std::int64_t offset, std::int64_t length) {
-        for (std::int64_t at = offset; at < offset + length; ++at)
-            if (at < 0 || at >= std::ssize(owned) || owned[static_cast<std::size_t>(at)]++ != 0)
-                seen.adds_up = false;
-    };
-    while (const Item* item = reader.next()) {
-        if (const auto* blockette = std::get_if<ControlBlockette>(item)) {
-            seen.blockettes.push_back({blockette->type, std::string(blockette->text), blockette->offset,
-                                       blockette->logical_record});
-            seen.pieces.emplace_back(blockette->pieces.begin(), blockette->pieces.end());
-            for (const Extent& piece : blockette->pieces)
-                own(piece.offset, piece.length);
-        } else if (const auto* record = std::get_if<DataRecord>(item)) {
-            seen.data.push_back({record->offset, static_cast<std::int64_t>(record->length)});
-            seen.sources.push_back(record->length_source);
-            own(record->offset, std::ssize(record->bytes));
-        } else if (const auto* damage = std::get_if<Damage>(item)) {
-            seen.damage.push_back(*damage);
-            own(damage->offset, damage->bytes);
-        } else if (const auto* header = std::get_if<LogicalHeader>(item)) {
-            seen.headers.push_back(*header);
-            own(header->offset, 8);
-        } else if (const auto* padding = std::get_if<Padding>(item)) {
-            seen.padding.push_back({padding->offset, padding->length});
-            own(padding->offset, padding->length);
-        }
+// Takes what a reader gives of a volume.
+class Seeing {
+public:
+    explicit Seeing(std::string_view volume) : volume_(volume), owned_(volume.size()) {}
+
+    void operator()(const ControlBlockette& blockette) {
+        seen_.blockettes.push_back(
+            {std::string(blockette.text), {blockette.pieces.begin(), blockette.pieces.end()}});
+        std::string joined;
+        line("blockette " + digits(blockette.type, 3) + " of record " +
+             std::to_string(blockette.logical_record));
+        for (const Extent& piece : blockette.pieces)
+            joined +=
+                volume_.substr(static_cast<std::size_t>(piece.offset), static_cast<std::size_t>(own(piece)));
+        seen_.adds_up = seen_.adds_up && joined == blockette.text;
     }
-    seen.totals = reader.totals();
-    seen.adds_up = seen.adds_up && std::ranges::count(owned, 1) == std::ssize(owned) &&
-                   seen.totals.bytes() == std::ssize(owned);
-    return seen;
+    void operator()(const DataRecord& record) {
+        constexpr const char* sources[] = {"blockette 1000", "channel", "next record", "guess"};
+        seen_.data.push_back({record.offset, static_cast<std::int64_t>(record.length)});
+        line(std::string("data, length by ") + sources[static_cast<int>(record.length_source)]);
+        own({record.offset, std::ssize(record.bytes)});
+    }
+    void operator()(const Damage& damage) {
+        seen_.damage.push_back(damage);
+        line(describe(damage));
+        own({damage.offset, damage.bytes});
+    }
+    void operator()(const LogicalHeader& header) {
+        line(formatted("header %d%c%c", header.sequence, header.letter, header.continuation));
+        own({header.offset, 8});
+    }
+    void operator()(const Padding& padding) {
+        line("padding");
+        own({padding.offset, padding.length});
+    }
+
+    Seen seen(const Totals& totals) {
+        seen_.totals = totals;
+        seen_.adds_up = seen_.adds_up && std::ranges::count(owned_, 1) == std::ssize(owned_) &&
+                        totals.bytes() == std::ssize(owned_);
+        seen_.lines += seen_.adds_up ? "\n" : "\nbytes are lost or counted twice\n";
+        return std::move(seen_);
+    }
+
+private:
+    void line(const std::string& text) { seen_.lines += (seen_.lines.empty() ? "" : "\n") + text; }
+    std::int64_t own(const Extent& extent) {
+        seen_.lines += " " + std::to_string(extent.offset) + "+" + std::to_string(extent.length);
+        for (std::int64_t at = extent.offset; at < extent.offset + extent.length; ++at)
+            if (at < 0 || at >= std::ssize(owned_) || owned_[static_cast<std::size_t>(at)]++ != 0)
+                seen_.adds_up = false;
+        return extent.length;
+    }
+
+    std::string_view volume_;
+    std::vector<char> owned_;
+    Seen seen_;
+};
+
+// Reads to the end of an input that holds the volume.
+Seen read(VolumeReader reader, std::string_view volume) {
+    Seeing seeing(volume);
+    while (const Item* item = reader.next())
+        std::visit(seeing, *item);
+    return seeing.seen(reader.totals());
 }
 
 Seen read(std::string_view volume) {
-    return read(VolumeReader::of_memory(volume, "volume", Framing::shown), volume.size());
+    return read(VolumeReader::of_memory(volume, "volume", Framing::shown), volume);
 }
 
-std::string record(RecordFields fields, int size, int encoding = 10, int sequence = 1) {
+// The items of each volume against the recorded ones.
+void expect_items(const char* test, const std::vector<std::pair<const char*, std::string>>& volumes) {
+    std::string out;
+    for (const auto& [name, volume] : volumes)
+        for (const std::string& line : split(read(volume).lines, '\n'))
+            out += std::string(name) + "| " + line + "\n";
+    expect_recorded("Volume", test, out);
+}
+
+std::string record(RecordFields fields, int size, int encoding = 10) {
     fields.size = size;
     fields.encoding = encoding;
-    return VolumeBuilder().data(fields, sequence).bytes();
+    return VolumeBuilder().data(fields, 1).bytes();
 }
 
-std::string record(int size, int encoding = 10, int sequence = 1) {
-    return record(RecordFields{}, size, encoding, sequence);
+std::string record(int size, int encoding = 10) {
+    return record(RecordFields{}, size, encoding);
 }
 
-// --- data records --------------------------------------------------------------------------------------
-
-struct Part {
-    enum Kind { data, blank, garbage } kind;
-    std::string bytes;
-};
-
-// The data records of the parts are found, their blanks are padding and their garbage is damage.
-void expect_parts(const std::vector<Part>& parts) {
-    std::string volume;
-    std::map<Part::Kind, std::vector<Extent>> expected;
-    for (const auto& [kind, bytes] : parts) {
-        expected[kind].push_back({std::ssize(volume), std::ssize(bytes)});
-        volume += bytes;
-    }
-    const Seen seen = read(volume);
-    std::vector<Extent> skipped;
-    for (const Damage& damage : seen.damage) {
-        EXPECT_EQ(damage.kind, DamageKind::no_record) << describe(damage);
-        skipped.push_back({damage.offset, damage.bytes});
-    }
-    EXPECT_EQ(seen.data, expected[Part::data]);
-    EXPECT_EQ(seen.padding, expected[Part::blank]);
-    EXPECT_EQ(skipped, expected[Part::garbage]);
-    EXPECT_TRUE(seen.adds_up);
-}
-
-RecordFields of_year(int year, bool big_endian) {
-    RecordFields record;
-    record.year = year;
-    record.big_endian = big_endian;
-    return record;
+std::string of_year(int year, bool big_endian, int size = 512, int encoding = 10) {
+    return record({.year = year, .big_endian = big_endian}, size, encoding);
 }
 
 std::string noise(std::size_t size) {
     Random random(size);
-    std::string bytes;
-    while (bytes.size() < size)
-        bytes.push_back(static_cast<char>(below(&random, 256)));
-    return bytes;
+    return quarry::noise(&random, size);
 }
 
-TEST(DataRecords, AreFoundOneAfterTheOther) {
+// --- data records --------------------------------------------------------------------------------------
+
+TEST(Volume, DataRecords) {
     const std::string headless = record(512, -1);
-    const std::vector<std::vector<Part>> volumes{
-        {{Part::data, record(128)}, {Part::data, record(128)}, {Part::data, record(128)}},
-        // Every encoding, known or not, among others.
-        {{Part::data, record(512, 11)},
-         {Part::data, record(512, 0)},
-         {Part::data, record(512, 5)},
-         {Part::data, record(512, 2)},
-         {Part::data, record(512, 30)},
-         {Part::data, record(512, 12)},
-         {Part::data, record(512, 14)},
-         {Part::data, record(512, 99)},
-         {Part::data, record(512, 11)}},
-        // Years that one byte order alone makes sense of, and one that both do.
-        {{Part::data, record(of_year(2035, false), 512)},
-         {Part::data, record(of_year(1965, false), 512)},
-         {Part::data, record(of_year(2035, true), 512)},
-         {Part::data, record(of_year(1900, false), 512)},
-         {Part::data, record(of_year(2056, false), 512)},
-         {Part::data, record(of_year(2056, true), 512)}},
-        {{Part::data, record(4096)},
-         {Part::data, record(128)},
-         {Part::data, record(1 << 20)},
-         {Part::data, record(256)},
-         {Part::data, record(8192)}},
-        // No length of their own: the next record tells it, or the end of the input.
-        {{Part::data, record(4096, -1)},
-         {Part::data, headless},
-         {Part::data, record(128)},
-         {Part::data, headless},
-         {Part::data, headless}},
-        {{Part::garbage, noise(64)},
-         {Part::data, record(512)},
-         {Part::garbage, noise(4096 + 128)},
-         {Part::data, headless},
-         {Part::data, record(256)},
-         {Part::garbage, noise(5 << 18)},
-         {Part::data, record(512)},
-         {Part::garbage, noise(10)},
-         {Part::data, record(128)}},
-        {{Part::blank, std::string(512, ' ')},
-         {Part::data, record(512)},
-         {Part::blank, std::string(1 << 19, '\0')},
-         {Part::data, record(512)},
-         {Part::data, record(512)},
-         {Part::blank, std::string(100, ' ')}},
-    };
-    for (const auto& parts : volumes) {
-        SCOPED_TRACE(&parts - volumes.data());
-        expect_parts(parts);
-    }
-}
-
-TEST(DataRecords, TakeTheirLengthFromTheFirstThatTellsIt) {
-    RecordFields other;
-    other.channel = "BHN";
-    const std::string volume =
+    const std::string r512 = record(512);
+    std::string encodings;
+    for (const int encoding : {11, 0, 5, 2, 30, 12, 14, 99, 11})
+        encodings += record(512, encoding);
+    const std::string stations =
         VolumeBuilder(1024)
             .control('V', blockette(10, " 2.410" + std::string("~~~Quarry~Made up~")))
             .control('S', blockette(50, padded("DEM1", 5) + std::string(35, '0') + "~003321010~~NXX") +
@@ -197,29 +144,38 @@ TEST(DataRecords, TakeTheirLengthFromTheFirstThatTellsIt) {
                                                 "00010910.0000000 1.000E-050000CG~2000,001~2005,032~N") +
                               blockette(52, "  BHZ0000001~001002" + std::string(43, '0') +
                                                 "00010810.0000000 1.000E-050000CG~2005,032~~N"))
-            .bytes() +
-        record(of_year(2004, true), 512, -1) + record(of_year(2005, true), 256, -1) +
-        record(of_year(1999, true), 1024, -1) + record(2048) + record(other, 4096, -1) + record(512);
-    const Seen seen = read(volume);
-    EXPECT_THAT(seen.damage, IsEmpty());
-    EXPECT_THAT(seen.data, ElementsAre(Extent{2048, 512}, Extent{2560, 256}, Extent{2816, 1024},
-                                       Extent{3840, 2048}, Extent{5888, 4096}, Extent{9984, 512}));
-    using enum LengthSource;
-    EXPECT_THAT(seen.sources,
-                ElementsAre(channel, channel, next_record, blockette_1000, next_record, blockette_1000));
+            .bytes();
+    expect_items(
+        "DataRecords",
+        {
+            {"as short as can be", record(128) + record(128) + record(128)},
+            {"encodings, known or not", encodings},
+            {"years of one or both byte orders", of_year(2035, false) + of_year(1965, false) +
+                                                     of_year(2035, true) + of_year(1900, false) +
+                                                     of_year(2056, false) + of_year(2056, true)},
+            {"lengths", record(4096) + record(128) + record(1 << 20) + record(256) + record(8192)},
+            // The beginning of the next record, or the end of the input, makes the length.
+            {"no length of their own", record(4096, -1) + headless + record(128) + headless + headless},
+            {"garbage", noise(64) + r512 + noise(4096 + 128) + headless + record(256) + noise(5 << 18) +
+                            r512 + noise(10) + record(128)},
+            {"padding",
+             std::string(512, ' ') + r512 + std::string(1 << 19, '\0') + r512 + r512 + std::string(100, ' ')},
+            {"length by channel and time", stations + of_year(2004, true, 512, -1) +
+                                               of_year(2005, true, 256, -1) + of_year(1999, true, 1024, -1) +
+                                               record(2048) + record({.channel = "BHN"}, 4096, -1) + r512},
+        });
 }
 
-TEST(DataRecords, GiveAllThatTheirHeadersSay) {
-    RecordFields fields;
-    fields.location = "00";
-    fields.fraction = 1234;
-    fields.samples = 7;
+TEST(Volume, HeaderOfADataRecord) {
+    RecordFields fields{.location = "00", .fraction = 1234, .samples = 7};
     fields.rate_factor = -10;
     fields.rate_multiplier = 4;
     fields.time_correction = -15;
     fields.quality = 0x81;
     fields.big_endian = false;
-    std::string bytes = record(fields, 256, 3, 42);
+    fields.size = 256;
+    fields.encoding = 3;
+    std::string bytes = VolumeBuilder().data(fields, 42).bytes();
     bytes[50] = 56; // a blockette 1001 behind blockette 1000
     bytes.replace(56, 8, bytes_of({1001}, Order::little).substr(0, 4) + std::string("\x5f\xfb\0\0", 4));
     VolumeReader reader = VolumeReader::of_memory(bytes, "memory");
@@ -236,9 +192,8 @@ TEST(DataRecords, GiveAllThatTheirHeadersSay) {
     EXPECT_EQ(end_of(record), record.start + 15'000'000);
     ASSERT_EQ(record.blockettes.size(), 2);
     EXPECT_EQ(text_of(record, record.blockettes[1]), std::string_view(bytes).substr(56, 8));
-    EXPECT_EQ(record.format->encoding, 3);
+    EXPECT_EQ(std::tie(record.format->encoding, record.format->power), std::make_tuple(3, 8));
     EXPECT_EQ(record.format->word_order, std::endian::little);
-    EXPECT_EQ(record.format->power, 8);
     EXPECT_EQ(record.timing_quality, 0x5f);
     EXPECT_EQ(record.payload.data() - record.bytes.data(), 64);
     EXPECT_EQ(record.payload.size(), 192);
@@ -250,115 +205,56 @@ TEST(DataRecords, GiveAllThatTheirHeadersSay) {
 
 // --- control blockettes --------------------------------------------------------------------------------
 
-std::string poles_and_zeros(int count) {
-    std::string fields = "A01001002" + exponent(1) + exponent(1) + "000" + digits(count, 3);
-    for (int i = 0; i < count; ++i)
-        fields += exponent(i) + exponent(-i) + exponent(0) + exponent(0);
-    return blockette(53, fields);
-}
-
 std::string header_record(char letter, char continuation, int sequence, std::string content, int size = 256) {
     content = digits(sequence, 6) + letter + continuation + content;
     content.resize(static_cast<std::size_t>(size), ' ');
     return content;
 }
 
-TEST(ControlBlockettes, AreJoinedOverLogicalRecords) {
-    const std::string long_one = poles_and_zeros(20);
-    const std::string volume = VolumeBuilder(256)
-                                   .control('V', blockette(10, " 2.408~~~Quarry~Made up~"))
-                                   .control('S', long_one + long_one + long_one)
-                                   .bytes();
-    const Seen seen = read(volume);
-    EXPECT_THAT(seen.damage, IsEmpty());
-    EXPECT_TRUE(seen.adds_up);
-    ASSERT_EQ(seen.blockettes.size(), 4);
-    for (std::size_t i = 1; i < 4; ++i) {
-        EXPECT_EQ(seen.blockettes[i].text, long_one);
-        std::string joined;
-        for (const Extent& piece : seen.pieces[i])
-            joined +=
-                volume.substr(static_cast<std::size_t>(piece.offset), static_cast<std::size_t>(piece.length));
-        EXPECT_EQ(joined, long_one);
-    }
-    EXPECT_EQ(seen.blockettes[2].logical_record, 6);
-    const ControlBlockette view{.type = 53,
-                                .length = long_one.size(),
-                                .text = long_one,
-                                .offset = 0,
-                                .pieces = seen.pieces[1],
-                                .logical_record = 2,
-                                .sequence = 2,
-                                .letter = 'S'};
-    EXPECT_EQ(input_offset(view, 247), 256 + 8 + 247);
-    EXPECT_EQ(input_offset(view, 248), 512 + 8);
-    EXPECT_EQ(input_offset(view, long_one.size()), seen.blockettes[2].offset);
-}
-
-// Blockettes at the end of a logical record of 256 bytes, and what the next one begins with.
-TEST(ControlBlockettes, HeadsThatTheEndOfTheRecordCuts) {
+TEST(Volume, ControlBlockettes) {
+    const std::string volume_id = blockette(10, " 2.408~~~Quarry~Made up~");
+    const std::string long_one =
+        blockette(53, "A01001002" + exponent(1) + exponent(1) + "000020" + std::string(960, '7'));
+    // Blockettes at the end of a logical record of 256 bytes, and what the next one begins with.
     const std::string filler = blockette(59, std::string(256 - 8 - 7 - 4, 'x'));
     const std::string next = blockette(51, "2005,001~2005,090~0001000000");
-    const auto volume = [&](const std::string& tail, const std::string& begin) {
+    const auto cut_head = [&](const std::string& tail, const std::string& begin) {
         return header_record('S', ' ', 1, filler + tail) + header_record('S', '*', 2, begin) +
                header_record('S', ' ', 3, next);
     };
-    const auto texts = [](const Seen& seen) {
-        std::vector<std::string> all;
-        for (const Blockette& blockette : seen.blockettes)
-            all.push_back(blockette.text);
-        return all;
-    };
-    const Seen goes_on = read(volume(next.substr(0, 4), next.substr(4) + next));
-    EXPECT_THAT(texts(goes_on), ElementsAre(filler, next, next, next));
-    EXPECT_THAT(goes_on.damage, IsEmpty());
-    const Seen begins = read(volume("    ", next));
-    EXPECT_THAT(texts(begins), ElementsAre(filler, next, next));
-    EXPECT_THAT(begins.damage, IsEmpty());
-    const Seen anew = read(volume("0510", next));
-    EXPECT_THAT(texts(anew), ElementsAre(filler, next, next));
-    EXPECT_EQ(anew.totals.damaged_bytes, 4);
-    const Seen alone = read(volume("0510", "").substr(0, 256));
-    EXPECT_THAT(texts(alone), ElementsAre(filler));
-    EXPECT_TRUE(goes_on.adds_up && begins.adds_up && anew.adds_up && alone.adds_up);
-}
-
-TEST(ControlBlockettes, DamagedOnesCostNoOthers) {
-    const std::string first = blockette(33, "001First~");
-    const std::string second = blockette(33, "002Second~");
     const std::string third = blockette(33, "003Third~");
-    struct Case {
-        const char* what;
-        std::string damaged; // the second blockette
-        DamageKind kind;
-        std::size_t blockettes;
+    const auto damaged = [&](const char* second) {
+        return header_record('V', ' ', 1, volume_id) +
+               header_record('A', ' ', 2, blockette(33, "001First~") + second + third) +
+               header_record('A', '*', 3, third);
     };
-    const std::vector<Case> cases{
-        {"too long", "0330120002Second~", DamageKind::blockette_length, 4},
-        {"beyond the record", "0339900002Second~", DamageKind::blockette_length, 4},
-        {"too short", "0330012002Second~", DamageKind::blockette_length, 3},
-        {"no length", "033x017002Second~", DamageKind::no_blockette, 3},
-        {"no type", "x330017002Second~", DamageKind::no_blockette, 3},
-        {"no known type, and too long", "0990120002Second~", DamageKind::no_blockette, 3},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Seen seen =
-            read(header_record('V', ' ', 1, blockette(10, " 2.408~~~Quarry~Made up~")) +
-                 header_record('A', ' ', 2, first + c.damaged + third) + header_record('A', '*', 3, third));
-        EXPECT_EQ(seen.blockettes.size(), c.blockettes + 1);
-        EXPECT_EQ(seen.blockettes.back().text, third);
-        EXPECT_EQ(seen.blockettes[seen.blockettes.size() - 2].text, third);
-        ASSERT_EQ(seen.damage.size(), 1);
-        EXPECT_EQ(seen.damage[0].kind, c.kind) << describe(seen.damage[0]);
-        EXPECT_EQ(seen.damage[0].offset, 256 + 8 + 16);
-        EXPECT_EQ(seen.damage[0].bytes, c.blockettes == 3 ? 17 : 0);
-        EXPECT_EQ(seen.damage[0].logical_record, 2);
-        EXPECT_TRUE(seen.adds_up);
-    }
+    expect_items("ControlBlockettes",
+                 {
+                     {"longer than a record",
+                      VolumeBuilder(256).control('V', volume_id).control('S', long_one + long_one).bytes()},
+                     {"head that goes on", cut_head(next.substr(0, 4), next.substr(4) + next)},
+                     {"head that begins", cut_head("    ", next)},
+                     {"head cut, then anew", cut_head("0510", next)},
+                     {"head cut by the end", cut_head("0510", "").substr(0, 256)},
+                     {"too long", damaged("0330120002Second~")},
+                     {"beyond the record", damaged("0339900002Second~")},
+                     {"too short", damaged("0330012002Second~")},
+                     {"no length", damaged("033x017002Second~")},
+                     {"no type", damaged("x330017002Second~")},
+                     {"no known type, and too long", damaged("0990120002Second~")},
+                 });
 }
 
-TEST(ControlBlockettes, LengthsOfLogicalRecords) {
+TEST(Volume, OffsetsInTheInput) {
+    const std::vector<Extent> pieces{{264, 248}, {520, 100}};
+    const ControlBlockette view{53, 348, {}, 264, pieces, 2, 2, 'S'};
+    const std::pair<std::size_t, std::int64_t> offsets[] = {
+        {0, 264}, {247, 511}, {248, 520}, {348, 620}, {350, 622}};
+    for (const auto& [position, offset] : offsets)
+        EXPECT_EQ(input_offset(view, position), offset);
+}
+
+TEST(Volume, LengthsOfLogicalRecords) {
     const std::string index = blockette(11, "001DEM1 000003");
     const auto contents = [&](int size, const std::string& volume_header) {
         return header_record('V', ' ', 1, index + volume_header, size) +
@@ -366,38 +262,32 @@ TEST(ControlBlockettes, LengthsOfLogicalRecords) {
                digits(4, 6) + std::string(static_cast<std::size_t>(size) - 6, ' ') +
                header_record('S', ' ', 5, index, size);
     };
-    const std::string of_field_volume = blockette(5, "02.409~");
-    const std::string of_telemetry = blockette(8, "02.409DEM1   BHZ~~~~XX");
-    for (const std::string& volume :
-         {contents(512, of_field_volume), contents(512, of_telemetry), contents(512, ""),
-          contents(512, blockette(10, " 2.412~~~Quarry~Made up~")), // damaged
-          contents(4096, blockette(10, " 2.412~~~Quarry~Made up~")) + contents(256, ""),
-          record(512) + contents(2048, "")}) {
-        const Seen seen = read(volume);
-        EXPECT_EQ(seen.headers.size() % 5, 0);
-        EXPECT_EQ(std::ranges::count(seen.blockettes, 11, &Blockette::type),
-                  std::ssize(seen.headers) / 5 * 4);
-        EXPECT_EQ(seen.totals.damaged_bytes, 0);
-        EXPECT_TRUE(seen.adds_up);
-    }
+    const std::string of_4096 = blockette(10, " 2.412~~~Quarry~Made up~");
+    expect_items("LengthsOfLogicalRecords",
+                 {
+                     {"field volume", contents(512, blockette(5, "02.409~"))},
+                     {"telemetry", contents(512, blockette(8, "02.409DEM1   BHZ~~~~XX"))},
+                     {"not declared", contents(512, "")},
+                     {"declared wrongly", contents(512, of_4096)},
+                     {"two volumes", contents(4096, of_4096) + contents(256, "")},
+                     {"after a data record", record(512) + contents(2048, "")},
+                 });
 }
 
 // --- inputs --------------------------------------------------------------------------------------------
 
-TEST(VolumeReader, InputsOfEveryKind) {
+TEST(Volume, InputsOfEveryKind) {
     const std::string volume = demonstration_volume();
     const Seen plain = read(volume);
-    EXPECT_EQ(plain.totals.control_records, 8);
-    EXPECT_EQ(plain.totals.blockettes, 55);
-    EXPECT_EQ(plain.totals.data_records, 7);
-    EXPECT_THAT(plain.damage, IsEmpty());
+    EXPECT_EQ(std::tie(plain.totals.control_records, plain.totals.blockettes, plain.totals.data_records),
+              std::make_tuple(8, 55, 7));
+    EXPECT_EQ(plain.totals.damages, 0);
 
     const TemporaryDirectory directory;
     const std::string packed = compressed("gzip -c", volume);
     const std::string path = directory.file("packed", packed);
     const int descriptor = open(path.c_str(), O_RDONLY);
-    EXPECT_EQ(read(VolumeReader::of_descriptor(descriptor, "-", Framing::shown), volume.size()).blockettes,
-              plain.blockettes);
+    EXPECT_EQ(read(VolumeReader::of_descriptor(descriptor, "-", Framing::shown), volume).lines, plain.lines);
     close(descriptor);
 
     VolumeReader cut = VolumeReader::of_memory(std::string_view(packed).substr(0, packed.size() - 9), "cut");
@@ -417,7 +307,7 @@ TEST(VolumeReader, InputsOfEveryKind) {
     EXPECT_EQ(folder.error().number, EISDIR);
 }
 
-TEST(VolumeReader, ReadersDoNotAffectEachOther) {
+TEST(Volume, ReadersDoNotAffectEachOther) {
     const std::string one = demonstration_volume();
     const std::string two = record(512) + noise(200) + record(512, -1) + one;
     VolumeReader first = VolumeReader::of_memory(one, "one");
@@ -432,7 +322,7 @@ TEST(VolumeReader, ReadersDoNotAffectEachOther) {
 
 // --- damage --------------------------------------------------------------------------------------------
 
-TEST(DamagedVolumes, ACutCostsOnlyWhatItCuts) {
+TEST(Volume, ACutCostsOnlyWhatItCuts) {
     const std::string volume = demonstration_volume();
     const Seen whole = read(volume);
     for (std::size_t size = 0; size < volume.size(); size += 53) {
@@ -463,21 +353,18 @@ std::size_t lost_records(const Seen& whole, const Seen& seen, std::int64_t touch
         const bool is_touched = record.offset <= touched && touched < record.offset + record.length;
         lost += !is_touched && std::ranges::count(seen.data, record) == 0 ? 1U : 0U;
     }
-    std::set<std::pair<std::int64_t, std::string>> found; // the count of records before varies
-    for (const Blockette& blockette : seen.blockettes)
-        found.emplace(blockette.offset, blockette.text);
     std::set<std::int64_t> headers; // of logical records that lost a blockette
-    for (std::size_t i = 0; i < whole.blockettes.size(); ++i) {
-        const bool is_touched = std::ranges::any_of(whole.pieces[i], [touched](const Extent& piece) {
+    for (const Seen::Blockette& blockette : whole.blockettes) {
+        const bool is_touched = std::ranges::any_of(blockette.pieces, [touched](const Extent& piece) {
             return piece.offset / 1024 == touched / 1024;
         });
-        if (!is_touched && !found.contains({whole.blockettes[i].offset, whole.blockettes[i].text}))
-            headers.insert(whole.blockettes[i].offset / 1024);
+        if (!is_touched && std::ranges::count(seen.blockettes, blockette) == 0)
+            headers.insert(blockette.pieces[0].offset / 1024);
     }
     return lost + headers.size();
 }
 
-TEST(DamagedVolumes, OneDamagedByteCostsNoOtherRecord) {
+TEST(Volume, OneDamagedByteCostsNoOtherRecord) {
     const std::string volume = demonstration_volume();
     const Seen whole = read(volume);
     Random random(1);
@@ -492,7 +379,7 @@ TEST(DamagedVolumes, OneDamagedByteCostsNoOtherRecord) {
     }
 }
 
-TEST(DamagedVolumes, EveryByteBelongsToOneItem) {
+TEST(Volume, EveryByteBelongsToOneItem) {
     const std::string volume = demonstration_volume();
     for (std::uint64_t round = 0; round < 3000; ++round) {
         Random random(round);

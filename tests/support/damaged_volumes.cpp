@@ -14,6 +14,13 @@ char damaging_byte(Random* random) {
                                  : characters[below(random, characters.size())];
 }
 
+std::string noise(Random* random, std::size_t size) {
+    std::string bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>((*random)() & 0xFF);
+    return bytes;
+}
+
 std::string damaged(std::string volume, Random* random) {
     switch (below(random, 6)) {
     case 0: // cut
@@ -25,9 +32,7 @@ std::string damaged(std::string volume, Random* random) {
                       volume.substr(below(random, volume.size()), below(random, 600)));
         break;
     case 2: // noise
-        for (char& byte : volume)
-            byte = static_cast<char>(below(random, 256));
-        volume.replace(0, 8, "000001V ");
+        volume = "000001V " + noise(random, volume.size() - 8);
         break;
     default:
         break;

@@ -15,6 +15,9 @@ std::size_t below(Random* random, std::size_t limit);
 // What damage tends to be made of: the characters that mean something in a volume, and any other byte.
 char damaging_byte(Random* random);
 
+// Any bytes.
+std::string noise(Random* random, std::size_t size);
+
 // The volume cut, with bytes lost and doubled, or all noise behind its first bytes, and with up to 256 bytes
 // changed.
 std::string damaged(std::string volume, Random* random);

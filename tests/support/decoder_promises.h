@@ -1,6 +1,6 @@
 // What the decoders promise of damaged data areas. Input and output lie in buffers of their exact size, so
-// that a sanitizer sees any access beyond. Each check tells whether the promise was kept, and prints what was
-// not.
+// that a sanitizer sees any access beyond. Each check returns whether the promise was kept, and prints which
+// was not.
 #pragma once
 
 #include "blockette/data_header.h"

@@ -149,7 +149,7 @@ void add_data(VolumeBuilder* volume) {
         record.data = encode_steim1(oscillation(i, in_long_record), 4032, Order::big).bytes;
         volume->data(record);
     }
-    for (int i = 0; i < 2; ++i) { // no blockette 1000: the channel's own headers tell format and length
+    for (int i = 0; i < 2; ++i) { // no blockette 1000: format and length stand in the channel's own headers
         RecordFields record;
         record.channel = "BH";
         record.second = 30 + 5 * i;

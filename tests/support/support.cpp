@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <spawn.h>
+#include <sstream>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -57,6 +58,14 @@ std::string TemporaryDirectory::file(const std::string& name, std::string_view c
 std::string content_of(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);)
+        parts.push_back(part);
+    return parts;
 }
 
 namespace {
@@ -111,9 +120,7 @@ Run listing(const char* name, std::string volume, const std::string& options, co
     return {name, "$quarry " + options + " volume.seed " + rest, {{"volume.seed", std::move(volume)}}};
 }
 
-void expect_recorded(const std::string& suite, const std::string& name, const RunResult& result) {
-    std::string text = "exit status " + std::to_string(result.status) + "\n--- standard output\n" +
-                       result.out + "--- standard error\n" + result.err;
+void expect_recorded(const std::string& suite, const std::string& name, std::string text) {
     for (std::size_t at = 0; (at = text.find('\0', at)) != std::string::npos;)
         text.replace(at, 1, "\\0"); // so that the file stays one of text
     const std::string path = QUARRY_GOLDEN "/" + suite + "/" + name + ".txt";
@@ -122,6 +129,12 @@ void expect_recorded(const std::string& suite, const std::string& name, const Ru
         std::ofstream(path, std::ios::binary) << text;
     }
     EXPECT_EQ(text, content_of(path)) << "recorded in " << path;
+}
+
+void expect_recorded(const std::string& suite, const std::string& name, const RunResult& result) {
+    expect_recorded(suite, name,
+                    "exit status " + std::to_string(result.status) + "\n--- standard output\n" + result.out +
+                        "--- standard error\n" + result.err);
 }
 
 bool make_recorded_tests(const char* suite, std::vector<Run> runs) {

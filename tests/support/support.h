@@ -41,6 +41,9 @@ private:
 
 std::string content_of(const std::string& path);
 
+// The parts of a text, each up to a separator or the end; none of an empty text.
+std::vector<std::string> split(const std::string& text, char separator);
+
 // The content as the command ("gzip -c") writes it, which reads it on standard input.
 std::string compressed(const std::string& command, std::string_view content);
 
@@ -62,8 +65,9 @@ RunResult run(const Run& options);
 Run listing(const char* name, std::string volume, const std::string& options = "",
             const std::string& rest = "");
 
-// Compares a result with tests/golden/SUITE/NAME.txt, which was read and found right. With QUARRY_RECORD=1 in
-// the environment the file is written anew.
+// Compares a text, or a result, with tests/golden/SUITE/NAME.txt, which was read and found right. With
+// QUARRY_RECORD=1 in the environment the file is written anew.
+void expect_recorded(const std::string& suite, const std::string& name, std::string text);
 void expect_recorded(const std::string& suite, const std::string& name, const RunResult& result);
 
 // Makes a test SUITE.NAME of each case: check (case). Cases have a `name`.

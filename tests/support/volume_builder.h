@@ -1,5 +1,5 @@
 // Builds small SEED volumes out of blockette fields and data records, for the demonstration volume and for
-// the tests. It writes what it is told, damaged or not.
+// the tests. It writes what its caller asks for, damaged or not.
 #pragma once
 
 #include <cstdint>
@@ -46,7 +46,7 @@ struct RecordFields {
     int quality = 0;
     int time_correction = 0; // 0.0001 s
     int size = 4096;         // bytes
-    int size_exponent = 0;   // as blockette 1000 tells it; 0: that of the size
+    int size_exponent = 0;   // in blockette 1000; 0: that of the size
     int encoding = -1;       // of a blockette 1000; below 0: the record has none
     bool big_endian = true;
     std::string data = {};
