@@ -172,6 +172,7 @@ Seeds compressed_files() {
 
 int main(int argc, char** argv) {
     const std::map<std::string_view, std::function<Seeds()>> targets{{"reader", volumes},
+                                                                     {"volume", volumes},
                                                                      {"decoders", data_areas},
                                                                      {"rows", tables},
                                                                      {"parameters", parameter_files},
