@@ -3,6 +3,7 @@
 #include "support.h"
 
 #include <algorithm>
+#include <csignal>
 #include <random>
 
 namespace quarry {
@@ -21,6 +22,10 @@ std::string records(int count) {
 }
 
 constexpr int all = 6; // records of the volume
+
+// Lists the first record with a database and says where that changed a file.
+const std::string listed_unchanged = "before=$(md5sum d*); $quarry -d \"$1\" one; status=$?; "
+                                     "[ \"$before\" = \"$(md5sum d*)\" ] || echo changed >&2; exit $status";
 
 struct Fault {
     const char* name;
@@ -47,7 +52,8 @@ const std::string trailing = "quarry: Decompressing packed: decompression OK, tr
 const std::string cannot_write = "quarry: Can't write standard output: ";
 
 void check(const Fault& fault) {
-    const std::map<std::string, std::string> files{{"volume", records(all)}, {"one", records(1)}};
+    const std::map<std::string, std::string> files{
+        {"volume", records(all)}, {"one", records(1)}, {"check", listed_unchanged}};
     static const std::string sound = run({"sound", "$quarry volume", files}).out;
     const RunResult result = run({fault.name, fault.command, files});
     EXPECT_EQ(result.status, fault.status);
@@ -94,14 +100,36 @@ std::string with_table(const std::string& columns, const std::string& values) {
     return "sqlite3 d \"CREATE TABLE seedformat (" + columns + "); INSERT INTO seedformat VALUES (" + values +
            ")\"; ";
 }
-const std::string sound_database = with_table("sta, chan, seedstart, seedend, seedformat",
-                                              "'DEM1', 'BHZ', '2000,001', '', '32-Bit Integer Format'");
+const std::string create = "CREATE TABLE seedformat (sta, chan, seedstart, seedend, seedformat); ";
+const std::string insert =
+    "INSERT INTO seedformat VALUES ('DEM1', 'BHZ', '2000,001', '', '32-Bit Integer Format')";
+const std::string sound_database = "sqlite3 d \"" + create + insert + "\"; ";
 const std::string with_database = "$quarry -d d one";
 const std::string no_format =
     "quarry: No data format for 'DEM1', 'BHZ' at time 2005,032,10:20:00.0000 (file #0)\n";
 std::string cannot_read_table(const std::string& reason) {
     return "quarry: Can't read table 'seedformat' of database d" + reason + "\n";
 }
+
+const std::string endless_view =
+    "sqlite3 d 'CREATE VIEW seedformat AS WITH RECURSIVE n (sta) AS (SELECT 1 UNION ALL "
+    "SELECT sta + 1 FROM n) SELECT sta FROM n WHERE sta < 0'; timeout --preserve-status -k5 ";
+const std::string interrupted = " 0.3 env --block-signal=INT,TERM --ignore-signal=TERM $quarry -d d one";
+
+// Another program, what it has done to a database, and that quarry reads it meanwhile or after a crash. The
+// row that serves the record stands in the write-ahead log only, or in the rollback journal only: so much is
+// written after its removal that it spills.
+const std::string sqlite = "sqlite3 d '.output /dev/null' \"";
+const std::string with_log = "PRAGMA journal_mode = WAL; " + create + "PRAGMA wal_checkpoint; " + insert;
+const std::string with_journal = "PRAGMA cache_size = 1; BEGIN; DELETE FROM seedformat; "
+                                 "INSERT INTO seedformat (sta) VALUES (printf('%.300000c', 'x'))";
+const std::string in_use = "\" '.shell sh check d; echo $? >status'; exit $(cat status)";
+const std::string crash = "\" '.shell kill -9 $PPID' 2>&-; ";
+const std::string busy = cannot_open_database("d", "Device or resource busy");
+
+// Nobody may write into the directory.
+const std::string read_only = as_anybody + "trap 'chmod u+w .' EXIT; chmod a-w d* .; $without sh check d";
+const std::string denied = cannot_open_database("d", "Permission denied");
 
 const bool system_faults = make_tests(
     "SystemFaults",
@@ -181,7 +209,7 @@ const bool system_faults = make_tests(
         {"DatabaseLocked",
          sound_database + "sqlite3 d 'BEGIN EXCLUSIVE' \".shell " + with_database +
              "; echo \\$? >status\"; exit $(cat status)",
-         1, cannot_open_database("d", "Device or resource busy")},
+         1, busy},
         {"DatabaseLockedForAWhile",
          sound_database +
              "sqlite3 d 'BEGIN EXCLUSIVE' '.shell touch locked; sleep 0.4' COMMIT & "
@@ -201,9 +229,30 @@ const bool system_faults = make_tests(
         {"DatabaseNulsAndLongTexts",
          with_table(
              "remark, STA, chan, seedstart, seedend, seedformat",
-             "printf('%.70000c', 'x'), x'44454D310041', 'BHZxyz', '2001,001,00:00:00.0000xxxx', NULL, '32-Bit Integer Format' || x'0041'") +
+             "printf('%.70000c', 'x'), x'44454D310041', 'BHZxyz', 2000, '2005,032,10:20:00.0000xxxx', '32-Bit Integer Format' || x'0041'") +
              with_database,
          0, "", 1},
+        {"DatabaseEndlessView", endless_view + "-sINT" + interrupted, 128 + SIGINT, ""},
+        {"DatabaseEndlessViewTerminated", endless_view + "-sTERM" + interrupted, 128 + SIGTERM, ""},
+
+        // The files of a database stay as they are, whoever is at them or was.
+        {"FilesOfADatabase", sound_database + "sh check d", 0, "", 1},
+        {"FilesWithALog", sqlite + with_log + in_use, 0, "", 1},
+        {"FilesWithALogEmptied", sqlite + with_log + "; PRAGMA wal_checkpoint (TRUNCATE)" + in_use, 0, "", 1},
+        {"FilesWithALogClosed", sqlite + with_log + "\"; sh check d", 0, "", 1},
+        {"FilesWithALogOfACrash", sqlite + with_log + crash + "sh check d", 0, "", 1},
+        {"FilesWithALogWithoutIndex", sqlite + with_log + crash + "rm d-shm; sh check d", 0, "", 1},
+        {"FilesThroughALink", sqlite + with_log + crash + "mkdir l; ln -s ../d l/d; sh check l/d", 0, "", 1},
+        {"FilesOfAnOddName", sound_database + "mv d 'd%41?b#'; sh check 'd%41?b#'", 0, "", 1},
+        {"FilesInATransaction", sound_database + sqlite + "BEGIN IMMEDIATE; DELETE FROM seedformat" + in_use,
+         0, "", 1},
+        {"FilesWithAJournalInUse", sound_database + sqlite + with_journal + in_use, 1, busy},
+        {"JournalOfACrashIsUndone",
+         sound_database + sqlite + with_journal + crash + with_database + " && [ ! -e d-journal ]", 0, "", 1},
+        {"ReadOnlyWithALogClosed", sqlite + with_log + "\"; " + read_only, 0, "", 1},
+        {"ReadOnlyWithALog", sqlite + with_log + crash + read_only, 0, "", 1},
+        {"ReadOnlyWithALogWithoutIndex", sqlite + with_log + crash + "rm d-shm; " + read_only, 1, denied},
+        {"ReadOnlyWithAJournal", sound_database + sqlite + with_journal + crash + read_only, 1, denied},
     },
     check);
 
