@@ -89,7 +89,6 @@ const bool logical_records = make_recorded_tests(
         listing("CutInThePadding", two_comments.substr(0, 500)),
         listing("CutInADataHeader", data({}).substr(0, 135)),
         listing("CutInADataRecord", data({}) + data({}).substr(0, 4095)),
-        {"Directory", "$quarry /"},
         {"FromAPipe", "cat volume.seed volume.seed | $quarry -s", {{"volume.seed", demonstration_volume()}}},
     });
 
@@ -356,25 +355,6 @@ const bool volume_loop = make_recorded_tests(
         {"OneTapeFile", "$quarry -f 0", {}, {dictionaries, channels}},
         {"OneTapeFileAfterPositioning", cmd + "$quarry -f3", {}, {dictionaries, channels}},
         {"StandardInput", "$quarry <volume.seed; $quarry - <volume.seed", {{"volume.seed", two_comments}}},
-    });
-
-const std::map<std::string, std::string> demo = {{"demo", demonstration_volume()}};
-const std::string same = "$quarry demo >expected; ";
-
-const bool compressed_input = make_recorded_tests(
-    "CompressedInput",
-    {
-        {"ByGzip", same + "gzip -c demo >packed; $quarry packed | cmp - expected", demo},
-        {"ByCompress", same + "compress -c demo >packed; $quarry packed | cmp - expected", demo},
-        {"Cut", "gzip -c demo | head -c 1500 >packed; $quarry packed >out; head -3 out", demo},
-        {"Garbage", "printf '\\037\\213 and no more' >packed; $quarry packed"},
-        {"OneByte", "printf '\\037' >packed; $quarry packed"},
-        {"TrailingGarbage", "(gzip -c demo; echo garbage) >packed; $quarry -s packed >out; head -3 out",
-         demo},
-        {"EveryEncoding",
-         "$quarry demo >plain 2>&1; for encode in gzip compress bzip2 xz zstd lzip; do "
-         "$encode -c demo | $quarry 2>&1 | cmp - plain || echo $encode differs; done",
-         demo},
     });
 
 } // namespace
