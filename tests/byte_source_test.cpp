@@ -1,4 +1,4 @@
-// Byte input: compressed and plain, from memory, files, pipes and sockets, whole and damaged.
+// Byte input: compressed and plain, from memory and pipes, whole and damaged.
 
 #include "exhaustible_memory.h"
 #include "support.h"
@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/time.h>
 #include <thread>
 #include <unistd.h>
@@ -144,24 +143,22 @@ TEST(Compressed, WindowsOfHalfAGibibyteAreRefused) {
         EXPECT_THAT(drain(hostile).errors, ElementsAre("decompression needs more than 128 MiB of memory"));
 }
 
-// --- plain input -----------------------------------------------------------------------------------------
-
-TEST(Plain, MessagesAreReadOneByOneWhateverTheyBeginWith) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()), 0);
-    const std::string packed = compressed("gzip -c", "text");
-    const std::array<std::string, 3> messages{"B", packed, "000001V "};
-    for (const std::string& message : messages)
-        ASSERT_EQ(write(ends[0], message.data(), message.size()), static_cast<ssize_t>(message.size()));
-    close(ends[0]);
-    ByteSource source = ByteSource::of_descriptor(ends[1]);
-    std::array<char, 100> piece{};
-    for (const std::string& message : messages) {
-        ASSERT_EQ(source.read(piece), static_cast<ssize_t>(message.size()));
-        EXPECT_EQ(std::string_view(piece.data(), message.size()), message);
+TEST(Compressed, ExhaustedMemoryIsAnError) {
+    const std::string content = sample(1000);
+    for (const Tool& tool : tools) {
+        const std::string packed = compressed(tool.command, content);
+        std::vector<char> piece(5000);
+        for (int successes = 0;; ++successes) {
+            ByteSource source = ByteSource::of_memory(packed);
+            allocations_left = successes;
+            const ssize_t count = source.read(piece);
+            allocations_left = -1;
+            if (count > 0)
+                break;
+            ASSERT_EQ(source.error().number, ENOMEM) << tool.command;
+            ASSERT_EQ(source.read(piece), -1);
+        }
     }
-    EXPECT_EQ(source.read(piece), 0);
-    close(ends[1]);
 }
 
 // --- pipes -----------------------------------------------------------------------------------------------
@@ -219,24 +216,6 @@ TEST(Pipes, ByteByByteThroughInterruptionsAndEmptiness) {
     const itimerval never{};
     setitimer(ITIMER_REAL, &never, nullptr);
     sigaction(SIGALRM, &before, nullptr);
-}
-
-TEST(Compressed, ExhaustedMemoryIsAnError) {
-    const std::string content = sample(1000);
-    for (const Tool& tool : tools) {
-        const std::string packed = compressed(tool.command, content);
-        std::vector<char> piece(5000);
-        for (int successes = 0;; ++successes) {
-            ByteSource source = ByteSource::of_memory(packed);
-            allocations_left = successes;
-            const ssize_t count = source.read(piece);
-            allocations_left = -1;
-            if (count > 0)
-                break;
-            ASSERT_EQ(source.error().number, ENOMEM) << tool.command;
-            ASSERT_EQ(source.read(piece), -1);
-        }
-    }
 }
 
 } // namespace
