@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -86,7 +87,8 @@ void search(std::string_view input) {
             line.remove_prefix(1);
             const std::string_view sta = code(next_text(&line), 6);
             const std::string_view chan = code(next_text(&line), 4);
-            searches.push_back({sta, chan, epoch_of(line)});
+            if (const double epoch = epoch_of(line); !std::isinf(epoch)) // as is no record's
+                searches.push_back({sta, chan, epoch});
         } else {
             for (std::size_t column = 0; column < columns.size(); ++column)
                 table.add(next_text(&line));

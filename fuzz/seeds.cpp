@@ -1,5 +1,6 @@
 // Writes the inputs that the fuzzing of a target begins with: fuzz_seeds TARGET FOLDER
 
+#include "damaged_volumes.h"
 #include "decode/formats.h"
 #include "sample_encoders.h"
 #include "volume_builder.h"
@@ -60,14 +61,46 @@ Seeds data_areas() {
     return seeds;
 }
 
+// Rows of few stations and times, many of which overlap, and searches at and beside their ends.
+std::string random_table(std::size_t rows, Random* random) {
+    constexpr std::array stations{"AB", "LONGS", "LONGST"};
+    constexpr std::array times{"",
+                               "1960,001",
+                               "1970,001",
+                               "1970,001,00:00:00.5",
+                               "1970,002",
+                               "1970,003,12",
+                               "1970,004",
+                               "1970,006,00:00:1",
+                               "1970,001,00:00:nan",
+                               "1970,001,00:00:inf"};
+    std::string table;
+    for (std::size_t i = 0; i < 3 * rows; ++i) {
+        table += i < rows ? "" : "?";
+        table += stations[below(random, stations.size())];
+        table += below(random, 4) != 0 ? ";BHZ;" : ";B;";
+        table += times[below(random, times.size() - (i < rows ? 0 : 1))];
+        if (i < rows)
+            table += std::string(";") + times[below(random, times.size())] + ";Format " +
+                     digits(static_cast<int>(i), 1);
+        table += '\n';
+    }
+    return table;
+}
+
 Seeds tables() {
-    return {"DEM1;BHZ;2005,032,00:00:00.0000;2006,001,00:00:00.0000;Steim2 Integer Compression Format\n"
-            "DEM1;BHZ;2005,040;;32-Bit Integer Format\n"
-            "DEM1;BHZ;1999;2010;DWWSSN Integer Format\n"
-            "DEM2;LHZ;2005,032;2005,032;USNSN Integer Compression\n"
-            "?DEM1;BHZ;2005,032,10:20:30.0000\n?DEM1;BHZ;2007,001\n?DEM1;BHZ;1970\n?DEM2;LHZ;2005,032\n?;;\n",
-            "A;B;2000;2001;x\nA;B;2000,100;2000,200;y\nA;B;1990;2020;z\n;;;;\n"
-            "?A;B;2000,150\n?A;B;1995\n?A;B;2030\n?A;C;2000\n?A;B;2000,100\n"};
+    Seeds seeds{
+        "DEM1;BHZ;2005,032,00:00:00.0000;2006,001,00:00:00.0000;Steim2 Integer Compression Format\n"
+        "DEM1;BHZ;2005,040;;32-Bit Integer Format\n"
+        "DEM1;BHZ;1999;2010;DWWSSN Integer Format\n"
+        "DEM2;LHZ;2005,032;2005,032;USNSN Integer Compression\n"
+        "?DEM1;BHZ;2005,032,10:20:30.0000\n?DEM1;BHZ;2007,001\n?DEM1;BHZ;1970\n?DEM2;LHZ;2005,032\n?;;\n",
+        "A;B;2000;2001;x\nA;B;2000,100;2000,200;y\nA;B;1990;2020;z\n;;;;\n"
+        "?A;B;2000,150\n?A;B;1995\n?A;B;2030\n?A;C;2000\n?A;B;2000,100\n"};
+    Random random(7);
+    for (std::size_t round = 1; round <= 80; ++round)
+        seeds.push_back(random_table(1 + round % 16, &random));
+    return seeds;
 }
 
 Seeds parameter_files() {
@@ -159,7 +192,16 @@ Seeds compressed_files() {
     std::string content;
     for (int i = 0; i < 60; ++i)
         content += formatted("%06dV 0100036 line %d of a text\n", i, i * i);
-    Seeds seeds{content};
+    Seeds seeds{content,
+                "",
+                "B",
+                "BZx",
+                "LZI",
+                "\xfd"
+                "7zXY",
+                "\x1f",
+                "\x1f\x8c",
+                "\x28\xb5\x2f\x28\xb5\x2f\xfd"};
     for (const auto pack : {gzip, bzip2, zstd, xz, lzip, compress}) {
         const std::string packed = pack(content);
         seeds.insert(seeds.end(), {packed, pack(""), packed + packed, packed + "garbage",
@@ -172,6 +214,7 @@ Seeds compressed_files() {
 
 int main(int argc, char** argv) {
     const std::map<std::string_view, std::function<Seeds()>> targets{{"reader", volumes},
+                                                                     {"volume", volumes},
                                                                      {"decoders", data_areas},
                                                                      {"rows", tables},
                                                                      {"parameters", parameter_files},

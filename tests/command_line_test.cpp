@@ -23,12 +23,6 @@ const std::string named = "ln -s \"$quarry\" quarry; ";
 const std::string installed = "mkdir bin etc; cp \"$quarry\" bin; mv first etc/quarry; ";
 const std::string in_its_place = " 2>&1 | sed \"s:$PWD/::\"";
 
-// A pipe whose reader has gone stands on descriptor 3.
-const std::string broken_pipe = "mkfifo pipe; : <pipe & exec 3>pipe; wait; ";
-// The signals that stand in the way, and how a run ends.
-const std::string unfriendly =
-    "env --ignore-signal=PIPE --block-signal=PIPE $quarry demo >&3; echo status $?";
-
 // Texts that would move the cursor, forge a line or change the terminal's settings; "\303\251" is a letter.
 const std::map<std::string, std::string> volume_of_controls{
     {"volume", padded("000001V " + blockette(33, "001\33[2J\nquarry: forged\303\251\302\233\200\177~") +
@@ -58,22 +52,10 @@ const std::string from_a_slow_pipe =
 const bool command_line = make_recorded_tests(
     "CommandLine",
     {
-        {"MissingInput", "$quarry missing"},
-        {"FullOutput", "$quarry demo >/dev/full", demo},
-        {"ClosedOutput", "$quarry -s demo >&-", demo},
-        {"OutputBeyondALimit", "ulimit -f 1; $quarry demo >out; echo status $?", demo},
-        {"ClosedInput", "$quarry - <&-"},
-        {"BrokenPipe", broken_pipe + unfriendly, demo},
-        {"BrokenPipeInSummary", broken_pipe + "env --ignore-signal=PIPE $quarry -s demo >&3; echo status $?",
-         demo},
         // What stands on the three standard descriptors that were closed, and whether they can be written.
         {"ClosedDescriptors",
          "mkfifo volume; $quarry volume <&- >&- 2>&- & exec 3>volume; cd /proc/$!; readlink fd/0 fd/1 fd/2; "
          "grep -ho 'flags.*' fdinfo/0 fdinfo/1 fdinfo/2 | grep -o '.$'; exec 3>&-; wait"},
-        {"Directory", "$quarry /"},
-        {"OddNames",
-         "for name in -- '%s%n' 'two\nlines' \"$(printf '%0300d' 0)\"; do $quarry ./\"$name\"; done"},
-        {"Fifo", "mkfifo pipe; cat demo >pipe & $quarry -s pipe | head -1", demo},
         {"SlowPipe", from_a_slow_pipe, slow_volume},
         {"Terminal", "script -qec '$quarry volume' /dev/null </dev/null | tr -d '\\r'", volume_of_controls},
         {"NoTerminal", "$quarry volume", volume_of_controls},
