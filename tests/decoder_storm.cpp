@@ -4,12 +4,10 @@
 // a count of samples that may be anything the decoder has to bear, and checks what the decoders promise. The
 // rounds are the same for the same seed.
 
-#include "decode/decode_steim.h"
-#include "decode/decode_steim2.h"
-#include "decode/decode_usnsn.h"
 #include "decode/formats.h"
 #include "decoder_promises.h"
 #include "platform/text.h"
+#include "quarry/decoders.h"
 #include "sample_encoders.h"
 
 #include <algorithm>

@@ -8,7 +8,7 @@
 #include "blockette/station.h"
 #include "blockette/timespan.h"
 #include "blockette/volume.h"
-#include "fields/fields.h"
+#include "quarry/fields.h"
 #include "seedio/seed.h"
 
 #include <algorithm>

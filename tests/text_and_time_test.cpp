@@ -1,9 +1,9 @@
 // Numbers in text, the calendar, and time texts.
 #include "blockette/scan.h"
-#include "fields/time_text.h"
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
 #include "platform/text.h"
+#include "quarry/time.h"
 #include "state.h"
 
 #include <array>

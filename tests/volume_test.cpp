@@ -4,7 +4,7 @@
 #include "sample_encoders.h"
 #include "support.h"
 
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include <algorithm>
 #include <fcntl.h>

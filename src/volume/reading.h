@@ -5,9 +5,9 @@
 // with its own fields and with what follows it, so that one damaged byte costs little.
 #pragma once
 
+#include "quarry/volume.h"
 #include "volume/channel_lengths.h"
 #include "volume/framing.h"
-#include "volume/volume.h"
 #include "volume/window.h"
 
 namespace quarry {
