@@ -36,6 +36,8 @@ void print(const quarry::DataRecord& record) {
     std::visit([](const auto& values) { print(values); }, samples->values);
     if (samples->missing > 0)
         std::cerr << "byte " << record.offset << ": " << samples->missing << " samples are missing\n";
+    if (samples->last_agrees == false)
+        std::cerr << "byte " << record.offset << ": the last sample is not the one that the record states\n";
 }
 
 } // namespace

@@ -131,10 +131,10 @@ std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t nbytes
 // --- the data formats ----------------------------------------------------------------------------------
 
 struct SeedFormat {
-    const char* seed;      // the family name as volumes write it (blockette 030, field 3)
-    const char* css;       // the CSS 3.0 datatype of the decoded output
-    std::int32_t size;     // bytes of decoded output for each sample instant
-    Decoder convert;       //
+    const char* seed;  // the family name as volumes write it (blockette 030, field 3)
+    const char* css;   // the CSS 3.0 datatype of the decoded output
+    std::int32_t size; // bytes of decoded output for each sample instant
+    Decoder convert;
     std::int32_t raw_size; // raw bytes of a sample instant, for a decoder that ignores `nbytes`; else 0
     int encoding;          // of blockette 1000 (field 3) that means this format, or -1
 };
