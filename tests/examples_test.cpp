@@ -14,7 +14,11 @@ std::string damaged_demonstration() {
 }
 
 const std::map<std::string, std::string> volumes = {
-    {"demo", demonstration_volume()}, {"damaged", damaged_demonstration()}, {"empty", ""}};
+    {"demo", demonstration_volume()},
+    {"volume.seed", demonstration_volume()},
+    {"volume.seed.gz", compressed("gzip -c", demonstration_volume())},
+    {"damaged", damaged_demonstration()},
+    {"empty", ""}};
 
 // In the folder of the program.
 std::string example(const std::string& command) {
@@ -27,6 +31,7 @@ const bool examples = make_recorded_tests(
         {"PrintSamples", example("print_samples demo | awk '/samples/ || NR % 200 == 0'"), volumes},
         {"PrintSamplesOfDamage", example("print_samples damaged >out; echo $?; wc -l <out"), volumes},
         {"PrintEpochs", example("print_epochs demo | grep -v '  stage [12]'"), volumes},
+        {"Snippets", example("snippets | grep -vE '^-?[0-9]+$'"), volumes},
         {"SumSamples", example("sum_samples demo missing empty damaged demo"), volumes},
     });
 

@@ -1,6 +1,6 @@
 // What can go wrong with an input of bytes.
 //
-//     quarry::VolumeReader reader = quarry::VolumeReader::of_path("volume.seed.gz");
+//     quarry::VolumeReader reader = quarry::VolumeReader::of_path("missing.seed");
 //     if (reader.error().kind == quarry::ByteError::Kind::system)
 //         std::cerr << quarry::describe(reader.error()) << '\n'; // No such file or directory
 #pragma once

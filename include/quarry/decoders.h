@@ -4,7 +4,7 @@
 //
 //     std::vector<float> samples(1000);                 // room for what is decoded
 //     quarry::seismic_data_ptr = samples.data();
-//     const std::int32_t status = quarry::decode_steim2(data, 1000, bytes_of_data, is_swapped);
+//     const std::int32_t status = quarry::decode_steim(data, 1000, bytes_of_data, is_swapped);
 //     if (status < 0)
 //         std::cerr << "samples are missing\n";
 //

@@ -26,8 +26,11 @@ export -f compile
 export prefix
 xargs -P "$(nproc)" -I {} bash -c 'compile {}' <"$work/headers"
 
-cmake -S "$source/tests/consumer" -B "$work/build" -DSOURCE="$example" -DCMAKE_PREFIX_PATH="$prefix" \
-    -DCMAKE_CXX_FLAGS="$flags" >"$work/configure.log"
+# The project of the document.
+mkdir "$work/project"
+cp "$example" "$work/project/program.cpp"
+awk '/^```cmake/ {on = 1; next} /^```/ {on = 0} on' "$source/docs/library.md" >"$work/project/CMakeLists.txt"
+cmake -S "$work/project" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="$flags" >"$work/configure.log"
 cmake --build "$work/build" >"$work/build.log"
 
 # The prefix is not where the library was configured for: both ways must find it all the same.
@@ -36,7 +39,7 @@ words=$(PKG_CONFIG_PATH=$(dirname "$config") pkg-config --cflags --libs quarry)
 # shellcheck disable=SC2086 # flags are several words
 "${CXX:-c++}" -std=c++20 $flags "$example" $words -o "$work/by_pkg_config"
 
-"$work/build/consumer" "$volume" >"$work/found_by_cmake.txt"
+"$work/build/program" "$volume" >"$work/found_by_cmake.txt"
 "$work/by_pkg_config" "$volume" >"$work/found_by_pkg_config.txt"
 cmp "$work/found_by_cmake.txt" "$work/found_by_pkg_config.txt"
 if ! grep -qxF -- "$expected" "$work/found_by_cmake.txt"; then
