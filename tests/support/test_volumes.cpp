@@ -59,18 +59,25 @@ std::string records(const Kind& kind, std::size_t count) {
     return records(std::vector<Kind>(count, kind));
 }
 
-// Three blockettes 053 and the end of a 051 in the next record; its beginning may be cut in its head.
-std::string long_headers(std::size_t record_size, std::size_t filler) {
-    std::string poles = "A01001002" + exponent(1) + exponent(1) + "000020";
-    for (int i = 0; i < 20; ++i)
+// Blockettes 053 that go on over three logical records of 256 bytes.
+std::string continued_headers() {
+    std::string poles = "A01001002" + exponent(1) + exponent(1) + "000010";
+    for (int i = 0; i < 10; ++i)
         poles += exponent(i) + exponent(-i) + exponent(0) + exponent(0);
     const std::string response = blockette(53, poles);
-    return VolumeBuilder(static_cast<int>(record_size))
-        .control('V',
-                 blockette(10, record_size == 256 ? " 2.408~~~Quarry~Made up~" : " 2.412~~~Quarry~Made up~"))
-        .control('S', response + response + response + blockette(59, std::string(filler, 'x')) +
-                          blockette(51, "2005,001~2005,090~0001000000"))
+    return VolumeBuilder(256)
+        .control('V', blockette(10, " 2.408~~~Quarry~Made up~"))
+        .control('S', response + response + response)
         .bytes();
+}
+
+// The first of two logical records of 256 bytes ends within type and length of a blockette.
+std::string cut_head() {
+    const std::string filler = blockette(59, std::string(256 - 8 - 7 - 4, 'x'));
+    const std::string comment = blockette(51, "2005,001~2005,090~0001000000");
+    std::string volume = "000001S " + filler + comment.substr(0, 4) + "000002S*" + comment.substr(4);
+    volume.resize(512, ' ');
+    return volume;
 }
 
 } // namespace
@@ -104,12 +111,12 @@ std::map<std::string, std::string> test_volumes() {
         {"mixed-lengths",
          records({{10, 4096}, {3, 128}, {11, 65536}, {-1, 256}, {5, 256}, {1, 8192}, {-1, 4096}})},
         {"garbage-between", records({11, 512}, 3) + std::string(320, 'g') + records({11, 512}, 2) +
-                                std::string(4096 + 64, 'g') + records({-1, 512}, 2) + std::string(64, 'g') +
-                                records({3, 128}, 2)},
+                                std::string(4096 + 64, 'g') + records({{-1, 512}, {-1, 512}, {11, 512}}) +
+                                std::string(64, 'g') + records({3, 128}, 2)},
         {"blanks-between", std::string(512, ' ') + records({11, 512}, 2) + std::string(8192, '\0') +
                                records({3, 256}, 2) + std::string(1024, ' ') + records({11, 512}, 1)},
-        {"continued", long_headers(256, 40) + records({10, 512}, 2)},
-        {"cut-heads", long_headers(4096, 4096 - 3 * 1003 - 8 - 7 - 4) + records({10, 512}, 2)},
+        {"continued", continued_headers() + records({10, 512}, 2)},
+        {"cut-head", cut_head() + records({10, 512}, 2)},
         {"cut", demonstration.substr(0, demonstration.size() - 300)},
     };
     for (std::uint64_t seed = 1; seed <= 4; ++seed) {
