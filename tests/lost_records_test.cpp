@@ -44,7 +44,7 @@ void damage(const std::string& volume, const std::vector<Extent>& records, const
 // Each byte of the header and of the blockettes, and some of the data.
 Cost cost_of_bytes(const std::string& volume, std::uint64_t seed) {
     constexpr std::size_t head = 64;
-    constexpr std::size_t rounds = 4;
+    constexpr std::size_t rounds = 8;
     Random random(seed);
     Cost cost;
     const std::vector<Extent> records = data_records(volume);
@@ -56,7 +56,8 @@ Cost cost_of_bytes(const std::string& volume, std::uint64_t seed) {
                 static_cast<std::size_t>(record.offset) +
                 (within < head ? within
                                : below(&random, std::min(room, static_cast<std::size_t>(record.length))));
-            const char byte = damaging_byte(&random);
+            // Small numbers are other lengths.
+            const char byte = i % 2 == 0 ? static_cast<char>(below(&random, 24)) : damaging_byte(&random);
             if (byte != volume[at])
                 damage(volume, records, record, at, byte, &cost);
         }
@@ -67,7 +68,7 @@ Cost cost_of_bytes(const std::string& volume, std::uint64_t seed) {
 // damaged and have no length of their own, so that the next sound record tells it.
 TEST(LostRecords, OfOneDamagedByte) {
     const std::map<std::string, std::int64_t> largest_loss{
-        {"blanks-between", 1}, {"garbage-between", 56}, {"mixed-lengths", 51}, {"no-1000", 389}};
+        {"garbage-between", 146}, {"mixed-lengths", 136}, {"no-1000", 1014}};
     for (const auto& [name, volume] : test_volumes()) {
         if (name.starts_with("damaged"))
             continue;

@@ -69,6 +69,8 @@ private:
     Length declared_length();
     bool record_within(std::int64_t place, const Length& length);
     std::size_t settled_length(const Length& declared);
+    std::optional<std::int64_t> record_between(std::int64_t begin, std::int64_t end);
+    std::size_t length_up_to(std::size_t distance) const;
     void describe_record(DataRecord* record);
     bool list_blockettes(DataRecord* record);
 
