@@ -11,7 +11,7 @@
 // items_per_second are samples, bytes_per_second raw bytes (of `write`: none). The figure that counts is the
 // ratio to copy and write, which says how far the decoder is from what the memory allows.
 #include "decode/formats.h"
-#include "decode/sample_cursor.h"
+#include "quarry/decoders.h"
 #include "sample_encoders.h"
 
 #include <benchmark/benchmark.h>

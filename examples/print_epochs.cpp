@@ -1,7 +1,7 @@
 // Prints the channel epochs of a volume, the stages of their responses, and what does not fit together:
 //
 //     print_epochs VOLUME
-#include "quarry/inventory/inventory.h"
+#include <quarry/inventory.h>
 
 #include <array>
 #include <iostream>

@@ -1,64 +1,62 @@
-// Prints the samples of a SEED volume: print_samples VOLUME
+// Prints the samples of a volume, a line for each data record and then one for each sample:
 //
-// Each data record gives a line with its channel, start time and number of samples, then one line for each
-// sample instant with the values of its components (three for the Geoscope formats, else one). Text that a
-// channel records is printed as it is. Messages about damage go to standard error.
+//     print_samples VOLUME
+#include <quarry/samples.h>
+#include <quarry/time.h>
+#include <quarry/volume.h>
 
-#include <quarry/blockette/blockette.h>
-#include <quarry/platform/message_log.h>
-#include <quarry/platform/parameter_file.h>
-#include <quarry/seedio/decode.h>
-#include <quarry/seedio/seed.h>
-#include <quarry/state.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <array>
+#include <charconv>
+#include <iostream>
 
 namespace {
 
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-void print_record(quarry::blk_dh_t* dh) {
-    char* output = nullptr;
-    const char* csstype = nullptr;
-    quarry::decode_data(dh, &output, &csstype);
-    const std::unique_ptr<char, Free> owner(output);
-
-    std::printf("%s_%s_%s_%s %s %d samples\n", dh->network_code, dh->stn_id, dh->chan_id, dh->loc_id,
-                dh->start_time, dh->nsamps);
-    if (std::strcmp(csstype, "as") == 0) {
-        std::printf("%.*s\n", dh->nsamps, output);
-    } else if (std::strcmp(csstype, "t4") == 0) {
-        const int components = quarry::seed_format_map[static_cast<std::size_t>(dh->type)].size / 4;
-        const auto* samples = reinterpret_cast<const float*>(output);
-        for (int i = 0; i < dh->nsamps; ++i)
-            for (int j = 0; j < components; ++j)
-                std::printf("%.9g%c", static_cast<double>(samples[j * dh->nsamps + i]),
-                            j + 1 < components ? ' ' : '\n');
+// With as many digits as tell the value from any other.
+template <class Number>
+void print(const std::vector<Number>& values) {
+    std::array<char, 32> text;
+    for (const Number value : values) {
+        const char* end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+        std::cout.write(text.data(), end - text.data()) << '\n';
     }
+}
+
+void print(const std::string& text) {
+    std::cout << text << '\n';
+}
+
+void print(const quarry::DataRecord& record) {
+    std::cout << record.network << '.' << record.station << '.' << record.location << '.' << record.channel
+              << ' ' << quarry::IsoTime(record.start).text() << ' ' << record.header.samples << " samples\n";
+    const std::optional<quarry::Samples> samples = quarry::samples_of(record);
+    if (!samples) {
+        std::cerr << "byte " << record.offset << ": no known encoding\n";
+        return;
+    }
+    std::visit([](const auto& values) { print(values); }, samples->values);
+    if (samples->missing > 0)
+        std::cerr << "byte " << record.offset << ": " << samples->missing << " samples are missing\n";
+    if (samples->last_agrees == false)
+        std::cerr << "byte " << record.offset << ": the last sample is not the one that the record states\n";
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fprintf(stderr, "usage: %s VOLUME\n", argv[0]);
-        return 1;
+        std::cerr << "usage: " << argv[0] << " VOLUME\n";
+        return 2;
     }
-    quarry::log_init(argc, argv);
-    quarry::param_read("quarry", &quarry::Parameters); // aliases of data formats, if there is such a file
-    quarry::read_handle_t* handle = quarry::seed_read(argv[1]);
-    void* record = nullptr;
-    int type = 0;
-    while (quarry::read_blk(handle, &record, &type) != 0) {
-        const quarry::BlockettePointer owner(record, {type});
-        if (record != nullptr && type == -1)
-            print_record(static_cast<quarry::blk_dh_t*>(record));
+    quarry::VolumeReader reader = quarry::VolumeReader::of_path(argv[1]);
+    while (const quarry::Item* item = reader.next()) {
+        if (const auto* record = std::get_if<quarry::DataRecord>(item))
+            print(*record);
+        else if (const auto* damage = std::get_if<quarry::Damage>(item))
+            std::cerr << quarry::describe(*damage) << '\n';
     }
-    quarry::free_handle(handle);
-    return 0;
+    if (reader.error().kind != quarry::ByteError::Kind::none) {
+        std::cerr << argv[1] << ": " << quarry::describe(reader.error()) << '\n';
+        return 2;
+    }
+    return std::cout.flush() ? 0 : 2;
 }

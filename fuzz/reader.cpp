@@ -4,8 +4,8 @@
 #include "fuzz.h"
 
 #include "blockette/blockette.h"
+#include "quarry/decoders.h"
 #include "sdd/sdd.h"
-#include "seedio/decode.h"
 #include "seedio/rseed.h"
 #include "seedio/seed.h"
 #include "state.h"

@@ -2,7 +2,7 @@
 // thread, unguarded.
 //
 // The last station and channel records (blk_050, blk_052) are kept by blockette/station.h, the decoders'
-// output cursor by decode/sample_cursor.h.
+// output cursor by quarry/decoders.h.
 #pragma once
 
 #include "platform/containers.h"

@@ -2,20 +2,11 @@
 // back, damaged records. The host is little-endian.
 #include "support.h"
 
-#include "decode/decode_32bit.h"
-#include "decode/decode_asro.h"
-#include "decode/decode_cdsn.h"
-#include "decode/decode_dwwssn.h"
-#include "decode/decode_geoscope.h"
-#include "decode/decode_ieeefloat.h"
-#include "decode/decode_sro.h"
-#include "decode/decode_steim.h"
-#include "decode/decode_steim2.h"
-#include "decode/decode_usnsn.h"
+#include "blockette/data_header.h"
 #include "decode/formats.h"
 #include "platform/text.h"
+#include "quarry/decoders.h"
 #include "sample_encoders.h"
-#include "seedio/decode.h"
 #include "state.h"
 
 #include <array>

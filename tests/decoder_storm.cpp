@@ -5,10 +5,10 @@
 // aborts at a broken promise. The rounds are the same for the same seed.
 
 #include "damaged_volumes.h"
-#include "decode/decode_usnsn.h"
 #include "decode/formats.h"
 #include "decoder_promises.h"
 #include "fuzz.h"
+#include "quarry/decoders.h"
 #include "sample_encoders.h"
 
 #include <climits>

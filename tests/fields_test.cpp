@@ -2,7 +2,7 @@
 #include "support.h"
 
 #include "blockette/sdblknam.h"
-#include "fields/fields.h"
+#include "quarry/fields.h"
 
 #include <algorithm>
 #include <fstream>

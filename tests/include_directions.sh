@@ -1,14 +1,28 @@
 #!/usr/bin/env bash
 # The listing and the commands are two ways to read a volume that share only what is below both: no file of
-# the one includes a file of the other.
+# the one includes a file of the other. A public header belongs to a folder, and includes public headers only.
 # usage: include_directions.sh SOURCE-DIRECTORY
 set -euo pipefail
 cd "$1"
 listing='sdd|seedio|listing|blockette|state\.h'
-open='commands|check|report|inventory|volume|fields'
+inventory='inventory/|quarry/(inventory|data_found)\.h'
+volume='volume/|quarry/(volume|samples)\.h'
+fields='fields/|quarry/fields\.h'
+open="commands/|check/|report/|$inventory|$volume|$fields"
+# The lines of files that include what they must not: includes PATTERN FILE...
+includes() {
+    local pattern=$1
+    shift
+    grep -rnE "#include [\"<]($pattern)" "$@" || true
+}
+public=../include/quarry
 found=$({
-    grep -rnE "#include \"($open)/" sdd seedio listing blockette state.* || true
-    grep -rnE "#include \"($listing)" $(ls -d commands check report inventory volume fields 2>/dev/null) || true
-    grep -rnE "#include \"($listing|$open)" decode platform || true
+    includes "$open" sdd seedio listing blockette state.*
+    includes "$listing" $(ls -d commands check report inventory volume fields 2>/dev/null)
+    includes "$listing|$open" decode platform $public/{byte_error,decoders,fixed_header,time}.h
+    includes "commands/|check/|report/" inventory volume fields
+    includes "$inventory" volume fields $public/{volume,samples,fields}.h
+    includes "$volume" fields $public/fields.h
+    grep -rn '#include "' $public | grep -v '"quarry/' || true
 })
 [ -z "$found" ] || { echo "$found"; exit 1; }

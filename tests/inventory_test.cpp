@@ -2,8 +2,8 @@
 
 #include "support.h"
 
-#include "inventory/data_found.h"
-#include "inventory/inventory.h"
+#include "quarry/data_found.h"
+#include "quarry/inventory.h"
 
 #include <gmock/gmock.h>
 

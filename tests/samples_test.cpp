@@ -4,7 +4,7 @@
 #include "sample_encoders.h"
 #include "support.h"
 
-#include "volume/samples.h"
+#include "quarry/samples.h"
 
 #include <algorithm>
 #include <bit>

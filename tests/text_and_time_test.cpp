@@ -1,9 +1,9 @@
 // The calendar and time texts.
 #include "support.h"
 
-#include "fields/time_text.h"
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
+#include "quarry/time.h"
 
 #include <array>
 #include <climits>

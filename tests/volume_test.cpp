@@ -3,7 +3,7 @@
 #include "sample_encoders.h"
 #include "support.h"
 
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -381,7 +381,9 @@ TEST(Volume, OneDamagedByteCostsNoOtherRecord) {
 
 TEST(Volume, EveryByteBelongsToOneItem) {
     const std::string volume = demonstration_volume();
-    for (std::uint64_t round = 0; round < 3000; ++round) {
+    const char* more = std::getenv("QUARRY_MUTATIONS");
+    const std::uint64_t rounds = more != nullptr ? std::stoull(more) : 3000;
+    for (std::uint64_t round = 0; round < rounds; ++round) {
         Random random(round);
         const std::string mutation = damaged(volume, &random);
         ASSERT_TRUE(read(mutation).adds_up) << round;

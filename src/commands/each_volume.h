@@ -2,8 +2,8 @@
 #pragma once
 
 #include "commands/command_line.h"
+#include "quarry/volume.h"
 #include "report/ordered_output.h"
-#include "volume/volume.h"
 
 #include <functional>
 

@@ -2,10 +2,9 @@
 
 #include "commands/command_line.h"
 #include "commands/each_volume.h"
-#include "fields/time_text.h"
-#include "platform/iso_time.h"
+#include "quarry/samples.h"
+#include "quarry/time.h"
 #include "report/json_writer.h"
-#include "volume/samples.h"
 
 #include <algorithm>
 #include <array>

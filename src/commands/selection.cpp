@@ -1,6 +1,6 @@
 #include "commands/selection.h"
 
-#include "fields/time_text.h"
+#include "quarry/time.h"
 
 #include <algorithm>
 #include <array>

@@ -112,10 +112,4 @@ int parse_data_record_header(Steim* state) {
     return result;
 }
 
-const char* translate_number(int code, std::span<const Xlat> table) {
-    const auto row =
-        std::find_if(table.begin(), table.end(), [code](const Xlat& entry) { return entry.num == code; });
-    return row == table.end() ? nullptr : row->name;
-}
-
 } // namespace quarry

@@ -2,7 +2,7 @@
 // both. The one place that knows where these fields stand.
 #pragma once
 
-#include "decode/fixed_header.h"
+#include "quarry/fixed_header.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -51,12 +51,6 @@ void for_each_data_blockette(std::span<const char> record, std::size_t offset, b
     }
 }
 
-// Row of a table from a code to a name.
-struct Xlat {
-    const char* name;
-    int num;
-};
-
 // Blockette 100, Sample Rate: the actual sample rate, samples per second (field 3).
 struct S100 {
     int type;
@@ -95,8 +89,5 @@ bool is_ok_quality(char code);
 // Returns 0, or -1 for a record without a whole fixed header or with a blockette 1000 whose length exponent
 // is not in 7 to 30.
 int parse_data_record_header(Steim* state);
-
-// Name of the row whose number is `code`, or null.
-const char* translate_number(int code, std::span<const Xlat> table);
 
 } // namespace quarry

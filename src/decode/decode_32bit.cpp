@@ -1,4 +1,4 @@
-#include "decode/decode_32bit.h"
+#include "quarry/decoders.h"
 
 #include "decode/plain_words.h"
 

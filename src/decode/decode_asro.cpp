@@ -1,6 +1,4 @@
-#include "decode/decode_asro.h"
-
-#include "decode/decode_sro.h"
+#include "quarry/decoders.h"
 
 namespace quarry {
 

@@ -1,4 +1,4 @@
-#include "decode/decode_cdsn.h"
+#include "quarry/decoders.h"
 
 #include "decode/plain_words.h"
 #include "decode/word_values.h"

@@ -1,4 +1,4 @@
-#include "decode/decode_steim.h"
+#include "quarry/decoders.h"
 
 #include "decode/steim_levels.h"
 #include "platform/message_log.h"

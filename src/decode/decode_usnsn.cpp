@@ -1,8 +1,8 @@
 #include "decode/decode_usnsn.h"
 
-#include "decode/sample_cursor.h"
 #include "platform/bytes.h"
 #include "platform/memory.h"
+#include "quarry/decoders.h"
 
 #include <algorithm>
 #include <array>
@@ -97,7 +97,7 @@ private:
 };
 constexpr std::int64_t unbounded = std::numeric_limits<std::int64_t>::max();
 
-// The decompressor's position and counters, as decode_usnsn.h explains them.
+// The decompressor's position and counters, as quarry/decoders.h explains them.
 struct Decompressor {
     std::int32_t prnt = 0;
     std::int32_t ipt = 0;
@@ -269,7 +269,7 @@ std::int32_t Decompressor::decompress(const Record& record, std::int32_t maxx, s
     return ldcmprs;
 }
 
-// Runs on the variables of decode_usnsn.h.
+// Runs on the variables of quarry/decoders.h.
 template <class Run>
 void run_on_variables(Run run) {
     Decompressor state{prnt, ipt, nct, ifr, iovr, ldcmprs, npt, id0};

@@ -1,15 +1,7 @@
 #include "decode/formats.h"
 
-#include "decode/decode_32bit.h"
-#include "decode/decode_asro.h"
-#include "decode/decode_cdsn.h"
-#include "decode/decode_dwwssn.h"
-#include "decode/decode_geoscope.h"
-#include "decode/decode_ieeefloat.h"
-#include "decode/decode_sro.h"
-#include "decode/decode_steim.h"
-#include "decode/decode_steim2.h"
-#include "decode/decode_usnsn.h"
+#include "platform/bytes.h"
+#include "quarry/decoders.h"
 
 #include <algorithm>
 #include <array>
@@ -50,6 +42,12 @@ const int seed_format_count = static_cast<int>(formats.size());
 const std::span<const Xlat> seedname = encodings;
 const int nseedname = static_cast<int>(encodings.size());
 
+const char* translate_number(int code, std::span<const Xlat> table) {
+    const auto row =
+        std::find_if(table.begin(), table.end(), [code](const Xlat& entry) { return entry.num == code; });
+    return row == table.end() ? nullptr : row->name;
+}
+
 std::int32_t decode_unknown(char* data, std::int32_t, std::int32_t, int) {
     seismic_data_ptr = static_cast<float*>(static_cast<void*>(data));
     return -1;
@@ -59,6 +57,14 @@ std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t, int) 
     if (nsamples > 0)
         std::memcpy(seismic_data_ptr, data, static_cast<std::size_t>(nsamples));
     return 1;
+}
+
+std::uint16_t swap_2byte(std::uint16_t word) {
+    return reverse_bytes(word);
+}
+
+std::uint32_t swap_4byte(std::uint32_t word) {
+    return reverse_bytes(word);
 }
 
 } // namespace quarry

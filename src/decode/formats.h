@@ -4,20 +4,9 @@
 // row's place is the format's data type number, `format_NAME`; number 0 is the unknown format.
 #pragma once
 
-#include "decode/data_record.h"
-#include "decode/sample_cursor.h"
+#include "quarry/decoders.h"
 
-#include <cstdint>
-#include <span>
-
-// Each row X gives
-//   NAME      for its number in the code
-//   seed      the family name as volumes write it (blockette 030, field 3)
-//   css       the CSS 3.0 datatype of the decoded output
-//   size      bytes of decoded output for each sample instant
-//   convert   the decoder
-//   raw_size  raw bytes of a sample instant, for a decoder that ignores `nbytes`; 0 for one that does not
-//   encoding  the encoding format of blockette 1000 (field 3) that means this format, or -1
+// Each row X gives the name for its number in the code, then what SeedFormat holds of it.
 #define QUARRY_DATA_FORMATS(X)                                                                               \
     X(unknown, "", "**", 0, decode_unknown, 0, -1)                                                           \
     X(integer_32, "32-Bit Integer Format", "t4", 4, decode_32bit, 4, 3)                                      \
@@ -47,29 +36,5 @@ enum DataFormat : int {
     QUARRY_DATA_FORMATS(QUARRY_FORMAT_NUMBER)
 #undef QUARRY_FORMAT_NUMBER
 };
-
-struct SeedFormat {
-    const char* seed;
-    const char* css;
-    std::int32_t size;
-    Decoder convert;
-    std::int32_t raw_size;
-    int encoding;
-};
-
-// The rows by data type number.
-extern const std::span<const SeedFormat> seed_format_map;
-extern const int seed_format_count;
-
-// The format names by encoding format of blockette 1000, in order of the codes.
-extern const std::span<const Xlat> seedname;
-extern const int nseedname;
-
-// A Decoder that does not decode: points the cursor at the raw bytes themselves and returns -1.
-std::int32_t decode_unknown(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
-
-// A Decoder of text: copies `nsamples` bytes, ignoring `nbytes`, to where the cursor points, and does not
-// move the cursor. Returns 1.
-std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 
 } // namespace quarry

@@ -1,8 +1,8 @@
 // The loop of the formats that give each sample a word of its own.
 #pragma once
 
-#include "decode/sample_cursor.h"
 #include "decode/swap_in_place.h"
+#include "quarry/decoders.h"
 
 #include <algorithm>
 #include <cstdint>

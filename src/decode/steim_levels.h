@@ -1,8 +1,8 @@
 // What the words of the two Steim levels hold.
 #pragma once
 
-#include "decode/sample_cursor.h"
 #include "decode/steim_frames.h"
+#include "quarry/decoders.h"
 
 namespace quarry::steim {
 

@@ -1,4 +1,4 @@
-#include "fields/fields.h"
+#include "quarry/fields.h"
 
 #include "platform/bytes.h"
 #include "platform/text.h"

@@ -5,7 +5,7 @@
 // tables.cpp makes the public tables of it and checks them as it is compiled.
 #pragma once
 
-#include "fields/fields.h"
+#include "quarry/fields.h"
 
 #include <array>
 

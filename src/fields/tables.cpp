@@ -1,8 +1,8 @@
 // The public tables, made of the layouts at compile time.
 
 #include "decode/catalogue.h"
-#include "fields/fields.h"
 #include "fields/layouts.h"
+#include "quarry/fields.h"
 
 #include <algorithm>
 #include <array>

@@ -8,8 +8,8 @@
 // of the same text are two.
 #pragma once
 
-#include "inventory/inventory.h"
 #include "inventory/keys.h"
+#include "quarry/inventory.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "inventory/data_found.h"
+#include "quarry/data_found.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The dictionaries of texts: blockettes 030 to 035.
 #pragma once
 
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 namespace quarry {
 

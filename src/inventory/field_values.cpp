@@ -1,6 +1,6 @@
 #include "inventory/field_values.h"
 
-#include "fields/time_text.h"
+#include "quarry/time.h"
 
 namespace quarry {
 

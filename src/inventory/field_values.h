@@ -1,8 +1,8 @@
 // Values of fields, as the records of the inventory hold them.
 #pragma once
 
-#include "fields/fields.h"
-#include "inventory/inventory.h"
+#include "quarry/fields.h"
+#include "quarry/inventory.h"
 
 #include <span>
 #include <string>

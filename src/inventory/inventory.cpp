@@ -1,4 +1,4 @@
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 #include "platform/text.h"
 

@@ -1,7 +1,7 @@
 // The keys of one volume: where each is defined and used, and which of that does not fit together.
 #pragma once
 
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 #include <map>
 #include <string_view>

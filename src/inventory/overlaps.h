@@ -1,7 +1,7 @@
 // Epochs of one station or channel that overlap.
 #pragma once
 
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 namespace quarry {
 

@@ -1,7 +1,7 @@
 // Responses out of their blockettes: 053 to 058, 061 and 062, and their twins of the dictionary, 041 to 048.
 #pragma once
 
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 namespace quarry {
 

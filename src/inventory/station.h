@@ -1,7 +1,7 @@
 // Volumes, stations, channels and comments out of their blockettes: 005, 008, 010, 050, 051, 052, 059.
 #pragma once
 
-#include "inventory/inventory.h"
+#include "quarry/inventory.h"
 
 namespace quarry {
 

@@ -16,7 +16,7 @@
 // other.
 #pragma once
 
-#include "platform/byte_error.h"
+#include "quarry/byte_error.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "platform/iso_time.h"
+#include "quarry/time.h"
 
 #include <algorithm>
 #include <chrono>

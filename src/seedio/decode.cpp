@@ -1,5 +1,6 @@
-#include "seedio/decode.h"
+#include "quarry/decoders.h"
 
+#include "decode/formats.h"
 #include "platform/bytes.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"

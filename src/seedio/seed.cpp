@@ -7,7 +7,7 @@
 #include "platform/memory.h"
 #include "platform/message_log.h"
 #include "platform/text.h"
-#include "seedio/decode.h"
+#include "quarry/decoders.h"
 #include "seedio/rseed.h"
 #include "state.h"
 

@@ -1,6 +1,6 @@
 #include "volume/channel_lengths.h"
 
-#include "fields/time_text.h"
+#include "quarry/time.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 // The lengths of data records that the headers of a volume declare, by channel and time.
 #pragma once
 
-#include "fields/fields.h"
+#include "quarry/fields.h"
 
 #include <cstdint>
 #include <map>

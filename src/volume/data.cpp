@@ -154,7 +154,30 @@ std::size_t VolumeReader::Reading::settled_length(const Length& declared) {
     for (std::size_t size = shortest_record_size; size < declared.bytes; size *= 2)
         if (record_within(at_ + signed_size(size), declared))
             return size;
-    return declared.bytes;
+    const std::int64_t end = at_ + signed_size(declared.bytes);
+    if (framing::find_candidate(window_.at(end, framing::header_size), 0) == 0 || ends_at(end))
+        return declared.bytes;
+    // Nothing confirms the length: it must not lead over another record, wherever that begins.
+    const auto next = record_between(at_ + signed_size(shortest_record_size), end);
+    return next ? length_up_to(static_cast<std::size_t>(*next - at_)) : declared.bytes;
+}
+
+std::optional<std::int64_t> VolumeReader::Reading::record_between(std::int64_t begin, std::int64_t end) {
+    for (std::int64_t place = begin; place < end; ++place) {
+        const std::string_view bytes = window_.at(place, static_cast<std::size_t>(end - place));
+        const std::size_t candidate = framing::find_candidate(bytes, 0);
+        if (candidate == std::string_view::npos)
+            return std::nullopt;
+        place += signed_size(candidate);
+        if (resumes_at(place))
+            return place;
+    }
+    return std::nullopt;
+}
+
+// A likely length of a record behind which another one begins at this distance.
+std::size_t VolumeReader::Reading::length_up_to(std::size_t distance) const {
+    return last_length_ != 0 && last_length_ <= distance ? last_length_ : std::bit_floor(distance);
 }
 
 // Lists the data blockettes; false if their chain is damaged.

@@ -1,7 +1,7 @@
 #include "volume/framing.h"
 
 #include "decode/data_record.h"
-#include "fields/fields.h"
+#include "quarry/fields.h"
 
 #include <algorithm>
 

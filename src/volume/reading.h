@@ -5,9 +5,9 @@
 // with its own fields and with what follows it, so that one damaged byte costs little.
 #pragma once
 
+#include "quarry/volume.h"
 #include "volume/channel_lengths.h"
 #include "volume/framing.h"
-#include "volume/volume.h"
 #include "volume/window.h"
 
 namespace quarry {
@@ -69,6 +69,8 @@ private:
     Length declared_length();
     bool record_within(std::int64_t place, const Length& length);
     std::size_t settled_length(const Length& declared);
+    std::optional<std::int64_t> record_between(std::int64_t begin, std::int64_t end);
+    std::size_t length_up_to(std::size_t distance) const;
     void describe_record(DataRecord* record);
     bool list_blockettes(DataRecord* record);
 

@@ -1,4 +1,4 @@
-#include "volume/samples.h"
+#include "quarry/samples.h"
 
 #include "decode/decode_usnsn.h"
 #include "decode/steim_levels.h"

@@ -1,4 +1,4 @@
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include "platform/text.h"
 #include "volume/reading.h"

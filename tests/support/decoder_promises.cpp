@@ -1,7 +1,6 @@
 #include "decoder_promises.h"
 
-#include "decode/decode_usnsn.h"
-#include "seedio/decode.h"
+#include "quarry/decoders.h"
 
 #include <algorithm>
 #include <cstdio>

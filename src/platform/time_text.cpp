@@ -1,4 +1,4 @@
-#include "fields/time_text.h"
+#include "quarry/time.h"
 
 #include "platform/calendar.h"
 

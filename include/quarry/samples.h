@@ -11,7 +11,7 @@
 // The bytes are not changed, and there is no state: any number of threads may decode at once.
 #pragma once
 
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include <bit>
 #include <cstddef>

@@ -7,7 +7,7 @@
 //         std::cout << channel.station << ' ' << channel.channel << ' ' << channel.data[0].records << '\n';
 #pragma once
 
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include <array>
 #include <cstddef>

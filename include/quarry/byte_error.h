@@ -1,4 +1,8 @@
 // What can go wrong with an input of bytes.
+//
+//     quarry::VolumeReader reader = quarry::VolumeReader::of_path("missing.seed");
+//     if (reader.error().kind == quarry::ByteError::Kind::system)
+//         std::cerr << quarry::describe(reader.error()) << '\n'; // No such file or directory
 #pragma once
 
 #include <string>

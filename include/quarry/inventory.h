@@ -17,7 +17,7 @@
 // volumes do), so a key means its last definition before the blockette that uses it, else the first one.
 #pragma once
 
-#include "volume/volume.h"
+#include "quarry/volume.h"
 
 #include <algorithm>
 #include <cstdint>

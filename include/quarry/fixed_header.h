@@ -1,4 +1,7 @@
 // The fixed header of a data record, as far as it is binary.
+//
+//     const quarry::FixedHeader& header = record.header; // of a quarry::DataRecord
+//     const bool begins_an_event = (header.activity_flags & 0x04) != 0;
 #pragma once
 
 #include <cstdint>

@@ -23,9 +23,9 @@
 // some 100 bytes, however long the input is.
 #pragma once
 
-#include "decode/fixed_header.h"
-#include "fields/fields.h"
-#include "platform/byte_error.h"
+#include "quarry/byte_error.h"
+#include "quarry/fields.h"
+#include "quarry/fixed_header.h"
 
 #include <bit>
 #include <cstddef>
