@@ -33,7 +33,7 @@ unsigned kinds_of(std::string_view list) {
     return kinds;
 }
 
-// --- names of flags and damage -------------------------------------------------------------------------
+// --- names of flags -------------------------------------------------------------------------
 
 using FlagNames = std::array<std::string_view, 8>;
 constexpr FlagNames activity_names{
@@ -55,12 +55,6 @@ constexpr FlagNames quality_names{"amplifier_saturation",
                                   "telemetry_synchronisation_error",
                                   "digital_filter_may_be_charging",
                                   "time_tag_questionable"};
-
-constexpr std::array<std::string_view, 12> damage_names{
-    "compressed_data", "after_compressed_data", "no_record",    "input_ends",
-    "sequence_number", "record_length",         "no_blockette", "blockette_length",
-    "blockette_cut",   "blockette_chain",       "data_offset",  "field"};
-static_assert(damage_names.size() == static_cast<std::size_t>(DamageKind::field) + 1);
 
 constexpr int first_data_blockette = 100;
 
@@ -118,7 +112,7 @@ private:
         if (!shows(damage_kind))
             return;
         begin(damage_kind, damage.offset, damage.logical_record);
-        json_.field("damage", damage_names[static_cast<std::size_t>(damage.kind)]);
+        json_.field("damage", name_of(damage.kind));
         json_.field("bytes", damage.bytes);
         if (damage.blockette > 0)
             json_.field("blockette", damage.blockette);
