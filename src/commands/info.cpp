@@ -223,7 +223,8 @@ struct Shown {
 class VolumeInfo {
 public:
     VolumeInfo(const CommandLine& line, const Shown& shown, VolumeReader* reader, OrderedOutput::Part* out)
-        : selection_(line.selection), shown_(shown), reader_(*reader), out_(out->text()) {}
+        : selection_(line.selection), has_span_(line.has("--from") || line.has("--to")), shown_(shown),
+          reader_(*reader), out_(out->text()) {}
 
     // Returns true if the volume is sound.
     bool write() {
@@ -268,7 +269,7 @@ private:
     void take(const DataRecord& record) {
         if (!selection_.takes_station(record.network, record.station) ||
             !selection_.takes_channel(record.location, record.channel) ||
-            !selection_.takes_span(record.start, end_of(record)))
+            (has_span_ && !selection_.takes_span(record.start, end_of(record))))
             return;
         builder_.add(record);
         for (const DataBlocketteExtent& blockette : record.blockettes) {
@@ -422,6 +423,7 @@ private:
     }
 
     const Selection& selection_;
+    bool has_span_; // of time in the selection
     const Shown& shown_;
     VolumeReader& reader_;
     std::string& out_;

@@ -17,9 +17,11 @@ public:
     // Separated by commas; "--" stands for a blank code.
     explicit Codes(std::string_view list);
 
-    bool takes(std::string_view code) const;
+    bool takes(std::string_view code) const { return globs_.empty() || is_matched(code); }
 
 private:
+    bool is_matched(std::string_view code) const;
+
     std::vector<std::string> globs_;
 };
 

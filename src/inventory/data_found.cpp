@@ -41,8 +41,8 @@ std::size_t epoch_at(const ChannelData& channel, std::int64_t time) {
 }
 
 void compare_with_next(const DataRecord& record, EpochData* data) {
-    const double half_a_sample = 0.5e6 / record.rate;
-    const auto late = static_cast<double>(record.start - data->next);
+    constexpr double half_a_sample = 0.5e6; // microseconds times samples per second
+    const double late = static_cast<double>(record.start - data->next) * record.rate;
     if (data->goes_on && late > half_a_sample)
         ++data->gaps;
     if (data->goes_on && late < -half_a_sample)
