@@ -150,7 +150,7 @@ constexpr auto channel_columns = std::to_array<ChannelColumn>({
     {{"rate", 3, number}, rate_cell},
     {{"azimuth", 14, number}, [](Line of) { return of_epoch(of, &ChannelEpoch::azimuth); }},
     {{"dip", 15, number}, [](Line of) { return of_epoch(of, &ChannelEpoch::dip); }},
-    {{"sensor", 8, text, 8}, sensor_cell},
+    {{"sensor", 8, text, 14}, sensor_cell},
     {{"sensitivity", 9, number}, [](Line of) { return sensitivity_cell(of, &Gain::value); }},
     {{"units", 10, text, 6}, units_cell},
     {{"hertz", 17, number}, [](Line of) { return sensitivity_cell(of, &Gain::frequency); }},
@@ -224,7 +224,7 @@ class VolumeInfo {
 public:
     VolumeInfo(const CommandLine& line, const Shown& shown, VolumeReader* reader, OrderedOutput::Part* out)
         : selection_(line.selection), has_span_(line.has("--from") || line.has("--to")), shown_(shown),
-          reader_(*reader), out_(out->text()) {}
+          reader_(*reader), number_(out->number()), out_(out->text()) {}
 
     // Returns true if the volume is sound.
     bool write() {
@@ -302,6 +302,7 @@ private:
 
     void write_title() {
         const std::string name = shown_on_terminal(reader_.name());
+        out_ += number_ > 0 ? "\n" : "";
         out_ += (shown_.width > 0 ? cut_text(name, shown_.width) : name) + "\n";
     }
 
@@ -426,6 +427,7 @@ private:
     bool has_span_; // of time in the selection
     const Shown& shown_;
     VolumeReader& reader_;
+    std::size_t number_; // of the volume
     std::string& out_;
     Fields fields_ = {};
     std::array<DamageCount, damage_kinds> damages_ = {};

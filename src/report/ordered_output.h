@@ -24,6 +24,8 @@ public:
         Part& operator=(const Part&) = delete;
         ~Part() { output_.end(number_, &text_); }
 
+        std::size_t number() const { return number_; }
+
         // Text to be added to; `settle` is called now and then, after whole lines.
         std::string& text() { return text_; }
         void settle() {

@@ -155,13 +155,27 @@ void Table::write_text(std::size_t width, std::string* out) const {
     for (const auto& row : rows_)
         write_line(
             columns_, widths, [&row](std::size_t i) { return std::string_view(row[i]); }, out);
-    std::string without;
+    write_left_out(widths, width, out);
+}
+
+// In lines of the width. Titles are ASCII.
+void Table::write_left_out(const std::vector<std::size_t>& widths, std::size_t width,
+                           std::string* out) const {
+    std::string line;
     const std::vector<std::size_t> all = this->widths(0);
-    for (std::size_t i = 0; i < widths.size(); ++i)
-        if (widths[i] == 0 && all[i] > 0)
-            without.append(without.empty() ? "(no room: " : ", ").append(columns_[i].title);
-    if (!without.empty())
-        *out += cut_text(without + ")", width) + "\n";
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        if (widths[i] > 0 || all[i] == 0)
+            continue;
+        const std::string_view title = columns_[i].title;
+        line += line.empty() ? "(no room: " : ", ";
+        if (line.find_last_not_of(' ') + 3 + title.size() > width) {
+            *out += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+            line = " ";
+        }
+        line += title;
+    }
+    if (!line.empty())
+        *out += line + ")\n";
 }
 
 void Table::write_rows(std::string_view first, std::string* out) const {

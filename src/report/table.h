@@ -41,7 +41,7 @@ public:
     std::size_t rows() const { return rows_.size(); }
 
     // Titles and rows in columns, none longer than the width; 0: as wide as need be. Columns without any
-    // content are not shown; a last line names those that had no room.
+    // content are not shown; those that had no room are named at the end.
     void write_text(std::size_t width, std::string* out) const;
 
     // Rows with a tab after the first cell, which all of them share, and between the others; the titles
@@ -51,6 +51,7 @@ public:
 
 private:
     std::vector<std::size_t> widths(std::size_t limit) const;
+    void write_left_out(const std::vector<std::size_t>& widths, std::size_t width, std::string* out) const;
 
     std::span<const Column> columns_;
     std::vector<std::vector<std::string>> rows_ = {};
