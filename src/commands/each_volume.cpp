@@ -19,14 +19,13 @@ VolumeReader reader_of(const std::string& name) {
 class VolumeLoop {
 public:
     VolumeLoop(const CommandLine& line, const VolumeWork& work, std::string_view front)
-        : line_(line), work_(work), front_(front), output_(STDOUT_FILENO, [this] { progress_.hide(); }),
+        : line_(line), work_(work), front_(front),
+          output_(STDOUT_FILENO, static_cast<std::size_t>(line.jobs), [this] { progress_.hide(); }),
           progress_(line.volumes) {}
 
     ExitStatus run() {
-        const std::size_t threads =
-            std::min<std::size_t>(static_cast<std::size_t>(line_.jobs), line_.volumes.size());
         std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < threads; ++i)
+        for (int i = 1; i < line_.jobs; ++i)
             others.emplace_back([this] { work_off(); });
         work_off();
         others.clear();
@@ -36,7 +35,7 @@ public:
     }
 
 private:
-    // Takes one volume after the other until none is left.
+    // Takes one volume after the other until none is left, then helps with the rest.
     void work_off() {
         for (std::size_t i = next_++; i < line_.volumes.size(); i = next_++) {
             OrderedOutput::Part out = output_.part(i);
@@ -49,6 +48,7 @@ private:
             }
             progress_.finish(i);
         }
+        output_.help(line_.volumes.size());
     }
 
     void treat(const std::string& name, OrderedOutput::Part& out) {

@@ -3,7 +3,7 @@
 
 #include "commands/command_line.h"
 #include "commands/each_volume.h"
-#include "inventory/contents.h"
+#include "commands/selected.h"
 #include "platform/iso_time.h"
 #include "platform/terminal_text.h"
 #include "report/table.h"
@@ -223,16 +223,15 @@ struct Shown {
 class VolumeInfo {
 public:
     VolumeInfo(const CommandLine& line, const Shown& shown, VolumeReader* reader, OrderedOutput::Part* out)
-        : selection_(line.selection), has_span_(line.has("--from") || line.has("--to")), shown_(shown),
-          reader_(*reader), number_(out->number()), out_(out->text()) {}
+        : selection_(line.selection), shown_(shown), reader_(*reader), number_(out->number()),
+          out_(out->text()) {}
 
     // Returns true if the volume is sound.
     bool write() {
         while (const Item* item = reader_.next())
             std::visit([this](const auto& one) { take(one); }, *item);
         contents_ = builder_.finish();
-        rows_ = channel_rows(contents_);
-        std::erase_if(rows_, [this](const ChannelRow& row) { return !takes(row); });
+        rows_ = selected_rows(contents_, selection_);
         if (!reader_.totals().holds_seed())
             return true;
         if (!shown_.for_programs)
@@ -267,9 +266,7 @@ private:
     }
 
     void take(const DataRecord& record) {
-        if (!selection_.takes_station(record.network, record.station) ||
-            !selection_.takes_channel(record.location, record.channel) ||
-            (has_span_ && !selection_.takes_span(record.start, end_of(record))))
+        if (!takes(selection_, record))
             return;
         builder_.add(record);
         for (const DataBlocketteExtent& blockette : record.blockettes) {
@@ -279,18 +276,6 @@ private:
             for (const FieldProblem& problem : fields_.problems)
                 take(damage_of(reader_.name(), record, blockette, problem));
         }
-    }
-
-    bool takes_span(const Moment& start, const Moment& end) const {
-        const Selection unbounded;
-        return selection_.takes_span(start.microseconds.value_or(unbounded.from),
-                                     end.microseconds.value_or(unbounded.to));
-    }
-
-    bool takes(const ChannelRow& row) const {
-        return selection_.takes_station(row.network, row.station) &&
-               selection_.takes_channel(row.location, row.channel) &&
-               (row.epoch == nullptr || takes_span(row.epoch->start, row.epoch->end));
     }
 
     bool is_sound() const {
@@ -401,7 +386,7 @@ private:
             table->add({code, "", "", "", "", "", "", cell(Integer(line.channels)), ""});
         else
             for (const StationEpoch& epoch : line.station->epochs)
-                if (takes_span(epoch.start, epoch.end))
+                if (takes_span(selection_, epoch.start, epoch.end))
                     table->add(
                         {code, epoch.site, cell(epoch.latitude), cell(epoch.longitude), cell(epoch.elevation),
                          cell(epoch.start), cell(epoch.end), cell(Integer(line.channels)),
@@ -424,7 +409,6 @@ private:
     }
 
     const Selection& selection_;
-    bool has_span_; // of time in the selection
     const Shown& shown_;
     VolumeReader& reader_;
     std::size_t number_; // of the volume

@@ -1,0 +1,14 @@
+// The objects of assembled headers that quarry json writes: station epochs, and channel epochs with their
+// responses and the data found.
+#pragma once
+
+#include "commands/json_lines.h"
+#include "commands/selection.h"
+#include "inventory/contents.h"
+
+namespace quarry {
+
+void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines);
+void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines);
+
+} // namespace quarry
