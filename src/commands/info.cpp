@@ -343,8 +343,10 @@ private:
     void write_table(const Table& table, std::string_view title) {
         if (shown_.for_programs)
             return table.write_rows(shown_on_terminal(reader_.name()), &out_);
-        if (table.rows() == 0)
+        if (table.rows() == 0) {
+            out_ += shown_.volume ? "" : "none\n";
             return;
+        }
         if (shown_.volume)
             out_.append("\n").append(title).append("\n");
         table.write_text(shown_.width, &out_);
