@@ -417,7 +417,7 @@ private:
     std::string& out_;
     Fields fields_ = {};
     std::array<DamageCount, damage_kinds> damages_ = {};
-    ContentsBuilder builder_ = {};
+    ContentsBuilder builder_{Responses::sensitivity};
     Contents contents_ = {};
     std::vector<ChannelRow> rows_ = {};
 };

@@ -153,10 +153,11 @@ private:
         if (!assembles())
             return;
         const Contents contents = builder_.finish();
+        const auto settle = [this] { out_.settle(); };
         if (options().shows(station_kind))
-            write_stations(contents, selection_, &lines_);
+            write_stations(contents, selection_, &lines_, settle);
         if (options().shows(channel_kind))
-            write_channels(contents, selection_, &lines_);
+            write_channels(contents, selection_, &lines_, settle);
     }
 
     void write_summary() {
@@ -190,7 +191,7 @@ private:
     JsonLines lines_;
     Fields fields_ = {};
     RecordBatch batch_ = {};
-    ContentsBuilder builder_ = {};
+    ContentsBuilder builder_{Responses::all};
     bool station_taken_ = true;
     bool channel_taken_ = true;
     std::int64_t records_ = 0;

@@ -2,7 +2,8 @@
 
 #include "commands/selected.h"
 #include "platform/iso_time.h"
-#include "volume/samples.h"
+
+#include <limits>
 
 namespace quarry {
 
@@ -254,7 +255,8 @@ private:
 
 } // namespace
 
-void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines) {
+void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle) {
     for (const Network& network : contents.inventory.networks)
         for (const Station& station : network.stations)
             for (const StationEpoch& epoch : station.epochs) {
@@ -266,10 +268,12 @@ void write_stations(const Contents& contents, const Selection& selection, JsonLi
                 json.field("station", std::string_view(station.code));
                 InventoryLines(contents.inventory, &json).station(epoch);
                 lines->end();
+                settle();
             }
 }
 
-void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines) {
+void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle) {
     for (const ChannelRow& row : selected_rows(contents, selection)) {
         const ChannelEpoch* epoch = row.epoch;
         JsonWriter& json = epoch != nullptr
@@ -281,6 +285,7 @@ void write_channels(const Contents& contents, const Selection& selection, JsonLi
         if (row.data != nullptr)
             InventoryLines(contents.inventory, &json).data(*row.data);
         lines->end();
+        settle();
     }
 }
 

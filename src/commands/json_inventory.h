@@ -6,9 +6,14 @@
 #include "commands/selection.h"
 #include "inventory/contents.h"
 
+#include <functional>
+
 namespace quarry {
 
-void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines);
-void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines);
+// `settle` is called after each line.
+void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle);
+void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle);
 
 } // namespace quarry

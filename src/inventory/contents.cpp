@@ -57,8 +57,20 @@ std::vector<ChannelRow> channel_rows(const Contents& contents) {
     return rows;
 }
 
+// A 060 refers to gains (048), too.
+bool ContentsBuilder::is_needless(const Fields& fields) const {
+    const int type = fields.type;
+    const bool is_response =
+        (type >= 41 && type <= 48) || (type >= 53 && type <= 62 && type != 59 && type != 60);
+    const bool is_sensitivity =
+        type == 48 || (type == 58 && integer_field(fields.fields, "stage_sequence_number") == 0);
+    return responses_ == Responses::sensitivity && is_response && !is_sensitivity;
+}
+
 void ContentsBuilder::add(const ControlBlockette& blockette, const Fields& fields) {
     using Limits = std::numeric_limits<std::int64_t>;
+    if (is_needless(fields))
+        return;
     builder_.add(blockette, fields);
     if (is_volume_header(blockette.type) || blockette.type == 50) {
         network_ = text_value(fields.fields, "network_code");

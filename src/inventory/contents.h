@@ -1,6 +1,6 @@
 // What a volume holds: its headers assembled, and the data found of each channel epoch.
 //
-//     quarry::ContentsBuilder builder;
+//     quarry::ContentsBuilder builder(quarry::Responses::all);
 //     builder.add(blockette, fields); // each control blockette with its decoded fields
 //     builder.add(record);            // each data record
 //     const quarry::Contents contents = builder.finish();
@@ -11,6 +11,7 @@
 #include "inventory/builder.h"
 #include "inventory/data_found.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,8 +34,16 @@ struct ChannelRow {
 // are views of the contents.
 std::vector<ChannelRow> channel_rows(const Contents& contents);
 
+// What of the responses is kept: they are most of the headers of many volumes.
+enum class Responses : std::uint8_t {
+    all,
+    sensitivity // gains of stage 0; the inventory's findings about keys are then incomplete
+};
+
 class ContentsBuilder {
 public:
+    explicit ContentsBuilder(Responses responses) : responses_(responses) {}
+
     void add(const ControlBlockette& blockette, const Fields& fields);
     void add(const DataRecord& record) { found_.add(record); }
 
@@ -42,6 +51,9 @@ public:
     Contents finish();
 
 private:
+    bool is_needless(const Fields& fields) const;
+
+    Responses responses_;
     InventoryBuilder builder_;
     DataFound found_;
     std::string network_, station_; // of the last 050
