@@ -27,8 +27,9 @@ std::string record_of_no_rate() {
 
 std::string many_records() {
     std::string bytes;
-    for (int i = 0; i < 8000; ++i)
-        bytes += one_record({.hour = i / 3600, .minute = i / 60 % 60, .second = i % 60, .samples = i % 7});
+    for (int i = 0; i < 4000; ++i)
+        bytes +=
+            one_record({.minute = i / 60 % 60, .second = i % 60, .samples = i % 7}) + record_of_no_rate();
     return bytes;
 }
 
