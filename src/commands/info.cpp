@@ -343,7 +343,7 @@ private:
     void write_table(const Table& table, std::string_view title) {
         if (shown_.for_programs)
             return table.write_rows(shown_on_terminal(reader_.name()), &out_);
-        if (table.rows() == 0) {
+        if (table.empty()) {
             out_ += shown_.volume ? "" : "none\n";
             return;
         }
@@ -358,7 +358,7 @@ private:
             std::vector<std::string> cells;
             for (const ChannelColumn& column : channel_columns)
                 cells.push_back(column.cell({row, contents_.inventory}));
-            table.add(std::move(cells));
+            table.add(cells);
         }
         return table;
     }

@@ -56,6 +56,16 @@ std::string fitted(const Column& column, std::string_view cell, std::size_t widt
                                                          : cut_text(cell, width);
 }
 
+// The parts of a text with the separator between them; none of an empty one.
+template <class Visit>
+void for_each_part(std::string_view text, char separator, Visit visit) {
+    for (std::size_t at = 0; !text.empty() && at <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, at), text.size());
+        visit(text.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
 template <class CellOf>
 void write_line(std::span<const Column> columns, const std::vector<std::size_t>& widths, CellOf cell_of,
                 std::string* out) {
@@ -114,19 +124,23 @@ std::string cut_text(std::string_view text, std::size_t width) {
     return cut;
 }
 
-void Table::add(std::vector<std::string> row) {
-    for (std::string& cell : row)
-        cell = shown_text(cell);
-    rows_.push_back(std::move(row));
+void Table::add(const std::vector<std::string>& row) {
+    rows_ += rows_.empty() ? "" : "\n";
+    for (std::size_t i = 0; i < row.size(); ++i)
+        rows_.append(i > 0 ? "\t" : "").append(shown_text(row[i]));
 }
 
 // The width of each column, 0 for one that is not shown.
 std::vector<std::size_t> Table::widths(std::size_t limit) const {
     std::vector<std::size_t> natural(columns_.size(), 0);
-    for (const auto& row : rows_)
-        for (std::size_t i = 0; i < row.size(); ++i)
-            if (const std::size_t width = text_width(row[i]); width > 0)
-                natural[i] = std::max({natural[i], width, columns_[i].title.size()});
+    for_each_part(rows_, '\n', [&](std::string_view row) {
+        auto column = columns_.begin();
+        for_each_part(row, '\t', [&](std::string_view cell) {
+            const auto i = static_cast<std::size_t>(column++ - columns_.begin());
+            if (!cell.empty())
+                natural[i] = std::max({natural[i], text_width(cell), columns_[i].title.size()});
+        });
+    });
     if (limit == 0 || whole_width(natural) <= limit)
         return natural;
 
@@ -152,9 +166,13 @@ void Table::write_text(std::size_t width, std::string* out) const {
     const std::vector<std::size_t> widths = this->widths(width);
     write_line(
         columns_, widths, [this](std::size_t i) { return columns_[i].title; }, out);
-    for (const auto& row : rows_)
+    std::vector<std::string_view> cells;
+    for_each_part(rows_, '\n', [&](std::string_view row) {
+        cells.clear();
+        for_each_part(row, '\t', [&cells](std::string_view cell) { cells.push_back(cell); });
         write_line(
-            columns_, widths, [&row](std::size_t i) { return std::string_view(row[i]); }, out);
+            columns_, widths, [&cells](std::size_t i) { return cells[i]; }, out);
+    });
     write_left_out(widths, width, out);
 }
 
@@ -179,12 +197,8 @@ void Table::write_left_out(const std::vector<std::size_t>& widths, std::size_t w
 }
 
 void Table::write_rows(std::string_view first, std::string* out) const {
-    for (const auto& row : rows_) {
-        *out += first;
-        for (const std::string& cell : row)
-            *out += '\t' + cell;
-        *out += '\n';
-    }
+    for_each_part(rows_, '\n',
+                  [&](std::string_view row) { out->append(first).append("\t").append(row).append("\n"); });
 }
 
 void Table::write_titles(std::string_view first, std::string* out) const {

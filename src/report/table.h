@@ -36,9 +36,9 @@ public:
     explicit Table(std::span<const Column> columns) : columns_(columns) {}
 
     // A cell for each column.
-    void add(std::vector<std::string> row);
+    void add(const std::vector<std::string>& row);
 
-    std::size_t rows() const { return rows_.size(); }
+    bool empty() const { return rows_.empty(); }
 
     // Titles and rows in columns, none longer than the width; 0: as wide as need be. Columns without any
     // content are not shown; those that had no room are named at the end.
@@ -54,7 +54,7 @@ private:
     void write_left_out(const std::vector<std::size_t>& widths, std::size_t width, std::string* out) const;
 
     std::span<const Column> columns_;
-    std::vector<std::vector<std::string>> rows_ = {};
+    std::string rows_ = {}; // with ends of line between, their cells with tabs: tables may be long
 };
 
 // Bytes of a volume as UTF-8, control characters as their codes.

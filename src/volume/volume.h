@@ -71,9 +71,9 @@ struct Damage {
     bool operator==(const Damage&) const = default;
 };
 
-// The kind as a name ("no_record"), in words ("no logical record begins here"), and the whole damage as one line without an end of
-// line: "volume.seed: byte 4096, logical record 2, blockette 053: ...". Texts of the volume are not in it,
-// names of inputs are as given.
+// The kind as a name ("no_record") and in words ("no logical record begins here"), and the whole damage as
+// one line without an end of line: "volume.seed: byte 4096, logical record 2, blockette 053: ...". Texts of
+// the volume are not in it, names of inputs are as given.
 std::string_view name_of(DamageKind kind);
 std::string_view describe(DamageKind kind);
 std::string describe(const Damage& damage);
