@@ -355,9 +355,11 @@ private:
     Table channels() const {
         Table table(channel_titles);
         for (const ChannelRow& row : rows_) {
-            std::vector<std::string> cells;
-            for (const ChannelColumn& column : channel_columns)
-                cells.push_back(column.cell({row, contents_.inventory}));
+            std::vector<std::string> cells(channel_columns.size());
+            std::transform(channel_columns.begin(), channel_columns.end(), cells.begin(),
+                           [&](const ChannelColumn& column) {
+                               return column.cell({row, contents_.inventory});
+                           });
             table.add(cells);
         }
         return table;
@@ -462,7 +464,8 @@ std::string titles(const Shown& shown) {
 
 ExitStatus write_info(const CommandLine& line) {
     const Shown shown = shown_by(line);
-    if (shown.for_programs && shown.stations + shown.channels + shown.damage > 1) {
+    const std::array tables{shown.stations, shown.channels, shown.damage};
+    if (shown.for_programs && std::count(tables.begin(), tables.end(), true) > 1) {
         report_trouble(line.command, "--tsv: one of --stations, --channels, --damage");
         return failed;
     }

@@ -37,9 +37,9 @@ void add_epochs(const Contents& contents, std::vector<ChannelRow>* rows) {
 
 void add_data_outside(const Contents& contents, std::vector<ChannelRow>* rows) {
     for (const ChannelData& channel : contents.data)
-        if (channel.data[0].records > 0)
+        if (channel.data.front().records > 0)
             rows->push_back({channel.network, channel.station, channel.location, channel.channel, nullptr,
-                             &channel.data[0]});
+                             &channel.data.front()});
 }
 
 } // namespace

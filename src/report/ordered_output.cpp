@@ -20,7 +20,7 @@ std::string taken(std::string* text) {
 } // namespace
 
 // Only the thread whose turn it is comes here. The others go on while it writes.
-void OrderedOutput::write_out(Lock* lock, std::string text) {
+void OrderedOutput::write_out(Lock* lock, const std::string& text) {
     if (text.empty() || error_ != 0)
         return;
     lock->unlock();
@@ -42,11 +42,11 @@ void OrderedOutput::write_out(Lock* lock, std::string text) {
 
 // Writes what was kept of the part whose turn it is.
 void OrderedOutput::begin_turn(Lock* lock) {
-    auto kept = backlog_.extract(turn_);
+    const auto kept = backlog_.extract(turn_);
     if (kept.empty())
         return;
     backlog_size_ -= kept.mapped().size();
-    write_out(lock, std::move(kept.mapped()));
+    write_out(lock, kept.mapped());
 }
 
 void OrderedOutput::add_piece(Piece piece) {
@@ -82,7 +82,7 @@ void OrderedOutput::write_pieces(Lock* lock, std::size_t left) {
             pieces_.pop_front();
             if (first->trouble)
                 std::rethrow_exception(first->trouble);
-            write_out(lock, std::move(first->text));
+            write_out(lock, first->text);
         } else if (pieces_.size() <= left) {
             return;
         } else if (!do_a_job(lock)) {

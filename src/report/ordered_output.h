@@ -94,7 +94,7 @@ private:
     void add_piece(Piece piece);
     void write_pieces(Lock* lock, std::size_t left);
     bool do_a_job(Lock* lock);
-    void write_out(Lock* lock, std::string text);
+    void write_out(Lock* lock, const std::string& text);
 
     int descriptor_;
     std::size_t threads_;
