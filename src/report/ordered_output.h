@@ -82,7 +82,7 @@ private:
     using Lock = std::unique_lock<std::mutex>;
 
     static constexpr std::size_t piece_size = std::size_t{1} << 16;
-    static constexpr std::size_t largest_backlog = std::size_t{4} << 20;
+    static constexpr std::size_t largest_backlog = std::size_t{2} << 20;
     static constexpr std::size_t pieces_a_thread = 4;
 
     void settle(std::size_t number, std::string* text);
