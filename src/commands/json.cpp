@@ -138,7 +138,8 @@ private:
     void give_batch() {
         if (batch_.size() == 0)
             return;
-        const auto batch = std::make_shared<const RecordBatch>(std::exchange(batch_, {}));
+        const auto batch =
+            std::make_shared<const RecordBatch>(std::exchange(batch_, RecordBatch(batch_room)));
         out_.defer([shared = shared_, batch](std::string* text) {
             text->reserve(text->size() + 2 * batch->bytes());
             JsonLines lines(shared->options, text);
@@ -185,6 +186,7 @@ private:
     }
 
     static constexpr std::size_t batch_size = std::size_t{1} << 17;
+    static constexpr std::size_t batch_room = batch_size + (std::size_t{1} << 12);
 
     const Selection& selection_;
     std::shared_ptr<Shared> shared_;
@@ -192,7 +194,7 @@ private:
     OrderedOutput::Part& out_;
     JsonLines lines_;
     Fields fields_ = {};
-    RecordBatch batch_ = {};
+    RecordBatch batch_{0}; // has room once there was one
     ContentsBuilder builder_{Responses::all};
     bool station_taken_ = true;
     bool channel_taken_ = true;

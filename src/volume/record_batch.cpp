@@ -3,6 +3,9 @@
 namespace quarry {
 
 void RecordBatch::add(const DataRecord& record) {
+    constexpr std::size_t usual_records = 256;
+    if (entries_.empty())
+        entries_.reserve(usual_records);
     entries_.push_back({record, bytes_.size(), blockettes_.size()});
     bytes_.insert(bytes_.end(), record.bytes.begin(), record.bytes.end());
     blockettes_.insert(blockettes_.end(), record.blockettes.begin(), record.blockettes.end());

@@ -10,6 +10,9 @@ namespace quarry {
 
 class RecordBatch {
 public:
+    // For about so many bytes of records.
+    explicit RecordBatch(std::size_t bytes) { bytes_.reserve(bytes); }
+
     void add(const DataRecord& record);
 
     std::size_t size() const { return entries_.size(); }
