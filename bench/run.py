@@ -1,8 +1,8 @@
 """Measures quarry beside its floors and prints a table for each part of the benchmark.
 
-    run.py BUILD [--quick] [--work] [--growth] [--decoders] [--cost] [--rounds N] [--json FILE]
+    run.py BUILD [--quick] [--work] [--growth] [--decoders] [--commands] [--cost] [--rounds N] [--json FILE]
 
-Without --work, --growth, --decoders or --cost: the first three. The times are processor time, user and
+Without --work, --growth, --decoders, --commands or --cost: all but the last. The times are processor time, user and
 system, of one process; ratios are medians of the ratios of runs next to each other. "MISS" marks what is
 above its goal. The exit status is 0 if all ran and gave right results, whatever the times.
 """
@@ -25,6 +25,9 @@ from measuring import Bench, Insane, mark, median, print_table, require, tempora
 MEGABYTE = 1 << 20
 MEMORY_GOAL = 8  # MiB
 GROWTH_GOAL = 1.5
+COMMAND_MEMORY_GOAL = 16  # MiB, and the size of the headers
+RECORD_GOAL = 1.2  # microseconds
+THREADS_GOAL = 1.7
 
 
 class Sizes:
@@ -313,8 +316,65 @@ def measure_growth(bench, sizes, results):
     measure_growth_with_epochs(bench, sizes, results)
 
 
+def check_info(bench, volume):
+    """The totals of quarry info are those of the floor that sums the headers."""
+    rows = [line.split("|") for line in bench.output([bench.program("floor_sum"), volume, "512"]).splitlines()]
+    lines = bench.output([bench.quarry, "info", "--tsv", volume]).splitlines()
+    titles = lines[0].split("\t")
+    for title, column in (("records", 1), ("samples", 2)):
+        cells = [line.split("\t")[titles.index(title)] for line in lines[1:]]
+        require(sum(int(cell or 0) for cell in cells) == sum(int(row[column]) for row in rows), f"info: wrong {title}")
+
+
+def measure_one_volume(bench, sizes, results):
+    """quarry info beside its floor, quarry json by the record."""
+    records = sizes.data // 512
+    volume = data_volume(bench, "data-512", 512, records)
+    check_info(bench, volume)
+    commands = {"floor": [bench.program("floor_sum"), volume, "512"], "info": [bench.quarry, "info", volume],
+                "json": [bench.quarry, "json", volume]}
+    rounds = [{name: bench.finished(command) for name, command in commands.items()} for _ in range(sizes.rounds)]
+    ratio = median([one["info"].cpu / one["floor"].cpu for one in rounds])
+    cost_of_record = median([one["json"].cpu for one in rounds]) / records * 1e6
+    results["commands"] = {"info_ratio": ratio, "json_record": cost_of_record}
+    peaks = [max(one[name].peak for one in rounds) for name in ("info", "json")]
+    headers = bench.volume("control", "control", megabytes=sizes.control)
+    of_headers = bench.finished([bench.quarry, "info", headers])
+    goal_of_headers = COMMAND_MEMORY_GOAL + os.path.getsize(headers) // MEGABYTE
+    print_table(f"Commands, 512-byte records ({records})", ["work", "", "goal", "", "peak MiB", "goal", ""],
+                [["info / sum", f"{ratio:.2f}", 3, mark(ratio, 3), f"{peaks[0]:.1f}", COMMAND_MEMORY_GOAL,
+                  mark(peaks[0], COMMAND_MEMORY_GOAL)],
+                 ["json, µs a record", f"{cost_of_record:.2f}", RECORD_GOAL, mark(cost_of_record, RECORD_GOAL),
+                  f"{peaks[1]:.1f}", COMMAND_MEMORY_GOAL, mark(peaks[1], COMMAND_MEMORY_GOAL)],
+                 [f"info, {sizes.control} MB of control headers, s", f"{of_headers.cpu:.2f}", "", "",
+                  f"{of_headers.peak:.1f}", goal_of_headers, mark(of_headers.peak, goal_of_headers)]])
+    bench.remove("control")
+
+
+def measure_threads(bench, sizes, results):
+    """Time that passes with two volumes in one thread and in two; on a busy machine it tells nothing."""
+    volumes = [data_volume(bench, name, 512, sizes.data // 512) for name in ("data-512", "second-512")]
+    rows = []
+    for name in ("info", "json"):
+        samples = [[bench.finished([bench.quarry, name, "--jobs", str(jobs)] + volumes) for jobs in (1, 2)]
+                   for _ in range(sizes.rounds)]
+        gain = median([one.wall / two.wall for one, two in samples])
+        rows.append({"command": name, "gain": gain, "peak": max(two.peak for _, two in samples)})
+    results["threads"] = rows
+    print_table("Two volumes in two threads, against one thread", ["command", "times as fast", "goal", "", "peak MiB",
+                                                                   "goal", ""],
+                [[row["command"], f"{row['gain']:.2f}", THREADS_GOAL, mark(THREADS_GOAL, row["gain"]),
+                  f"{row['peak']:.1f}", COMMAND_MEMORY_GOAL, mark(row["peak"], COMMAND_MEMORY_GOAL)] for row in rows])
+    bench.remove("data-512", "second-512")
+
+
+def measure_commands(bench, sizes, results):
+    measure_one_volume(bench, sizes, results)
+    measure_threads(bench, sizes, results)
+
+
 PARTS = {"work": measure_works, "growth": measure_growth, "decoders": measure_decoders,
-         "cost": cost.measure_cost}
+         "commands": measure_commands, "cost": cost.measure_cost}
 
 
 def parse_arguments():
@@ -333,7 +393,7 @@ def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     sizes = Sizes(arguments.quick)
     sizes.rounds = arguments.rounds or sizes.rounds
-    chosen = [part for part in PARTS if getattr(arguments, part)] or ["work", "growth", "decoders"]
+    chosen = [part for part in PARTS if getattr(arguments, part)] or ["work", "growth", "decoders", "commands"]
     results = {}
     with temporary_directory(sizes.space) as directory:
         bench = Bench(os.path.abspath(arguments.build), directory)

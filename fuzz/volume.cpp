@@ -3,12 +3,12 @@
 
 #include "fuzz.h"
 
-#include "fields/fields.h"
 #include "inventory/builder.h"
-#include "inventory/data_found.h"
 #include "platform/byte_source.h"
-#include "volume/samples.h"
-#include "volume/volume.h"
+#include "quarry/data_found.h"
+#include "quarry/fields.h"
+#include "quarry/samples.h"
+#include "quarry/volume.h"
 
 #include <algorithm>
 #include <array>

@@ -21,8 +21,8 @@ def damaged(volume, seed):
     return bytes(content)
 
 
-def lines_of(quarry, volume):
-    run = subprocess.run([quarry, "json", "--samples", "-"], input=volume, stdout=subprocess.PIPE, check=False)
+def lines_of(quarry, volume, option):
+    run = subprocess.run([quarry, "json", option, "-"], input=volume, stdout=subprocess.PIPE, check=False)
     if run.returncode not in (0, 1, 2):
         sys.exit(f"status {run.returncode}")
     return run.stdout.decode("utf-8").splitlines()
@@ -37,7 +37,7 @@ def main():
     with open(schema_path, encoding="utf-8") as file:
         schema = json.load(file)
     jsonschema.Draft202012Validator.check_schema(schema)
-    # Each kind against its own definition: the messages of oneOf name all five.
+    # Each kind against its own definition: the messages of oneOf name all of them.
     validators = {kind: jsonschema.Draft202012Validator({"$ref": f"#/$defs/{kind}", "$defs": schema["$defs"]})
                   for kind in schema["properties"]["kind"]["enum"]}
     kinds = set()
@@ -45,7 +45,7 @@ def main():
         with open(path, "rb") as file:
             volume = file.read()
         for content in [volume, *(damaged(volume, seed) for seed in range(3))]:
-            for line in lines_of(quarry, content):
+            for line in lines_of(quarry, content, "--samples") + lines_of(quarry, content, "--inventory"):
                 if any(ord(character) < 0x20 or 0x7F <= ord(character) < 0xA0 for character in line):
                     sys.exit(f"control character: {line!r}")
                 found = json.loads(line, parse_constant=not_finite)

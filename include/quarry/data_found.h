@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quarry {
@@ -24,6 +25,7 @@ namespace quarry {
 struct EpochData {
     std::int64_t epoch_start; // microseconds since 1970, before the end; both extreme for records outside all
     std::int64_t epoch_end;
+    std::int64_t epoch_place = -1; // as given to expect; -1 for records outside all
 
     std::int64_t records = 0;
     std::int64_t samples = 0;
@@ -45,31 +47,32 @@ struct ChannelData {
     std::string network, station, location, channel;
     // The records outside all epochs first, then an epoch each, in the order of expect.
     std::vector<EpochData> data;
+    bool is_ordered = true; // no epoch begins before the end of the one before
 };
 
 class DataFound {
 public:
     // Keeps records of the channel that begin in the epoch apart. Where epochs overlap the last one counts.
+    // The place is any number that tells the caller which epoch it is.
     void expect(std::string_view network, std::string_view station, std::string_view location,
-                std::string_view channel, std::int64_t start, std::int64_t end);
+                std::string_view channel, std::int64_t start, std::int64_t end, std::int64_t place = 0);
 
     void add(const DataRecord& record);
 
     // In order of first mention.
     const std::vector<ChannelData>& channels() const { return channels_; }
+    std::vector<ChannelData> take() && { return std::move(channels_); }
 
 private:
     using Codes = std::array<char, 12>; // as they stand in a record's header
     struct Hash {
-        std::size_t operator()(const Codes& codes) const {
-            return std::hash<std::string_view>()({codes.data(), codes.size()});
-        }
+        std::size_t operator()(const Codes& codes) const;
     };
-    std::size_t index_of(const Codes& codes, std::string_view network, std::string_view station,
-                         std::string_view location, std::string_view channel);
+    std::size_t index_of(std::string_view network, std::string_view station, std::string_view location,
+                         std::string_view channel);
 
     std::vector<ChannelData> channels_;
-    std::unordered_map<Codes, std::size_t, Hash> index_; // into them; blanks and NULs are told apart
+    std::unordered_map<Codes, std::size_t, Hash> index_ = {}; // into them, by codes as headers have them
     Codes last_codes_ = {};
     std::size_t last_ = 0;
 };

@@ -120,6 +120,10 @@ struct Fields {
 Fields decode_blockette(int type, std::string_view text, std::endian order = std::endian::big);
 void decode_blockette(int type, std::string_view text, std::endian order, Fields* fields);
 
+// True if decode_blockette finds no problem in a data blockette of the type, whatever its bytes are: they are
+// integers, and so many bytes hold all of them.
+bool is_sound_by_size(int type, std::size_t size);
+
 // Access by name within the fields of a blockette or a row: the first field of the name, or null; its value
 // if it has one of that kind (an integer is a real too).
 const Field* find_field(std::span<const Field> fields, std::string_view name);

@@ -19,6 +19,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -42,6 +43,9 @@ struct Samples {
 
 // True for the encodings that can be decoded: 0 to 5, 10 to 16, 30 and 32.
 bool is_known_encoding(int encoding);
+
+// A short name of such an encoding, "Steim2"; empty for another one.
+std::string_view encoding_name(int encoding);
 
 // Decodes `count` samples from the payload of a record in the encoding and word order of its blockette 1000;
 // none for any other encoding. Words of USNSN always have their most significant byte first.

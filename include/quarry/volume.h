@@ -55,6 +55,7 @@ enum class DamageKind : std::uint8_t {
     data_offset,           // the beginning of data is outside the record or within its header
     field,                 // of a blockette, as its FieldProblem says
 };
+inline constexpr std::size_t damage_kinds = static_cast<std::size_t>(DamageKind::field) + 1;
 
 // What is wrong and where. It owns its texts.
 struct Damage {
@@ -70,9 +71,10 @@ struct Damage {
     bool operator==(const Damage&) const = default;
 };
 
-// The kind in words ("no logical record begins here"), and the whole damage as one line without an end of
-// line: "volume.seed: byte 4096, logical record 2, blockette 053: ...". Texts of the volume are not in it,
-// names of inputs are as given.
+// The kind as a name ("no_record") and in words ("no logical record begins here"), and the whole damage as
+// one line without an end of line: "volume.seed: byte 4096, logical record 2, blockette 053: ...". Texts of
+// the volume are not in it, names of inputs are as given.
+std::string_view name_of(DamageKind kind);
 std::string_view describe(DamageKind kind);
 std::string describe(const Damage& damage);
 

@@ -8,11 +8,12 @@
 
 namespace quarry {
 
+extern const Command info_command;
 extern const Command json_command;
 
 namespace {
 
-constexpr std::array commands{&json_command};
+constexpr std::array commands{&info_command, &json_command};
 
 } // namespace
 

@@ -18,15 +18,14 @@ VolumeReader reader_of(const std::string& name) {
 
 class VolumeLoop {
 public:
-    VolumeLoop(const CommandLine& line, const VolumeWork& work)
-        : line_(line), work_(work), output_(STDOUT_FILENO, [this] { progress_.hide(); }),
+    VolumeLoop(const CommandLine& line, const VolumeWork& work, std::string_view front)
+        : line_(line), work_(work), front_(front),
+          output_(STDOUT_FILENO, static_cast<std::size_t>(line.jobs), [this] { progress_.hide(); }),
           progress_(line.volumes) {}
 
     ExitStatus run() {
-        const std::size_t threads =
-            std::min<std::size_t>(static_cast<std::size_t>(line_.jobs), line_.volumes.size());
         std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < threads; ++i)
+        for (int i = 1; i < line_.jobs; ++i)
             others.emplace_back([this] { work_off(); });
         work_off();
         others.clear();
@@ -36,10 +35,12 @@ public:
     }
 
 private:
-    // Takes one volume after the other until none is left.
+    // Takes one volume after the other until none is left, then helps with the rest.
     void work_off() {
         for (std::size_t i = next_++; i < line_.volumes.size(); i = next_++) {
             OrderedOutput::Part out = output_.part(i);
+            if (i == 0)
+                out.write(front_);
             try {
                 treat(line_.volumes[i], out);
             } catch (const std::exception& error) {
@@ -47,6 +48,7 @@ private:
             }
             progress_.finish(i);
         }
+        output_.help(line_.volumes.size());
     }
 
     void treat(const std::string& name, OrderedOutput::Part& out) {
@@ -71,6 +73,7 @@ private:
 
     const CommandLine& line_;
     const VolumeWork& work_;
+    std::string_view front_;
     OrderedOutput output_;
     Progress progress_;
     std::mutex mutex_ = {};
@@ -80,8 +83,8 @@ private:
 
 } // namespace
 
-ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work) {
-    const ExitStatus status = VolumeLoop(line, work).run();
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front) {
+    const ExitStatus status = VolumeLoop(line, work, front).run();
     return line.list_failed ? failed : status;
 }
 

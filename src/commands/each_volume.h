@@ -13,8 +13,8 @@ namespace quarry {
 // volume is sound. It may be called in several threads at once.
 using VolumeWork = std::function<bool(VolumeReader& reader, OrderedOutput::Part& out)>;
 
-// Does it for each volume. Reports what cannot be read or holds no SEED, and goes on. Returns the command's
-// exit status.
-ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work);
+// Does it for each volume. Reports what cannot be read or holds no SEED, and goes on. `front` is written
+// before all the rest. Returns the command's exit status.
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front = {});
 
 } // namespace quarry

@@ -53,10 +53,10 @@ Codes::Codes(std::string_view list) {
     }
 }
 
-bool Codes::takes(std::string_view code) const {
-    return globs_.empty() || std::any_of(globs_.begin(), globs_.end(), [code](const std::string& glob) {
-               return fnmatch(glob.c_str(), std::string(code).c_str(), 0) == 0;
-           });
+bool Codes::is_matched(std::string_view code) const {
+    return std::any_of(globs_.begin(), globs_.end(), [code](const std::string& glob) {
+        return fnmatch(glob.c_str(), std::string(code).c_str(), 0) == 0;
+    });
 }
 
 std::optional<std::int64_t> time_argument(std::string_view text) {

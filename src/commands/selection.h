@@ -17,19 +17,23 @@ public:
     // Separated by commas; "--" stands for a blank code.
     explicit Codes(std::string_view list);
 
-    bool takes(std::string_view code) const;
+    bool takes(std::string_view code) const { return globs_.empty() || is_matched(code); }
 
 private:
+    bool is_matched(std::string_view code) const;
+
     std::vector<std::string> globs_;
 };
 
 struct Selection {
+    using Limits = std::numeric_limits<std::int64_t>;
+
     Codes networks = {};
     Codes stations = {};
     Codes locations = {};
     Codes channels = {};
-    std::int64_t from = std::numeric_limits<std::int64_t>::min(); // microseconds since 1970
-    std::int64_t to = std::numeric_limits<std::int64_t>::max();   // the first that is not taken
+    std::int64_t from = Limits::min(); // microseconds since 1970
+    std::int64_t to = Limits::max();   // the first that is not taken
 
     bool takes_station(std::string_view network, std::string_view station) const {
         return networks.takes(network) && stations.takes(station);
@@ -37,6 +41,7 @@ struct Selection {
     bool takes_channel(std::string_view location, std::string_view channel) const {
         return locations.takes(location) && channels.takes(channel);
     }
+    bool has_span() const { return from > Limits::min() || to < Limits::max(); }
     // True if what goes from the first to the last microsecond lies in the span or reaches into it.
     bool takes_span(std::int64_t first, std::int64_t last) const { return last >= from && first < to; }
 };

@@ -11,9 +11,6 @@ namespace {
 
 constexpr int first_plausible_year = 1970;
 constexpr int last_plausible_year = 2030;
-constexpr std::size_t year_offset = 20;
-constexpr std::size_t fraction_offset = 28;
-constexpr std::size_t correction_offset = 40;
 constexpr std::size_t type_and_next_size = 4;
 constexpr std::size_t b100_size = 8; // as far as they are read
 constexpr std::size_t b1000_size = 8;
@@ -40,34 +37,8 @@ S1000 decode_b1000(std::span<const char> record, const DataBlockette& at) {
 
 } // namespace
 
-// Offsets within the data record:
-// 20 year, day of year                unsigned 16-bit each
-// 24 hour, minute, second             8-bit each
-// 27 unused
-// 28 0.0001 s                         unsigned 16-bit
-// 30 number of samples                unsigned 16-bit
-// 32 sample rate factor, multiplier   signed 16-bit each
-// 36 activity, I/O, quality flags     8-bit each
-// 39 number of blockettes             8-bit
-// 40 time correction                  signed 32-bit
-// 44 beginning of data                unsigned 16-bit
-// 46 first blockette                  unsigned 16-bit
-FixedHeader decode_fixed_header(std::span<const char> record, bool swapped) {
-    const auto u16 = [&](std::size_t at) { return load_swapped<std::uint16_t>(&record[at], swapped); };
-    const auto s16 = [&](std::size_t at) { return load_swapped<std::int16_t>(&record[at], swapped); };
-    const auto u8 = [&](std::size_t at) { return byte_at(record, at); };
-    return {u16(year_offset), u16(22),
-            u8(24),           u8(25),
-            u8(26),           u16(fraction_offset),
-            u16(30),          s16(32),
-            s16(34),          u8(36),
-            u8(37),           u8(38),
-            u8(39),           load_swapped<std::int32_t>(&record[correction_offset], swapped),
-            u16(44),          u16(46)};
-}
-
 bool is_swapped_by_year(std::span<const char> record) {
-    const auto year = load<std::int16_t>(&record[year_offset]);
+    const auto year = load<std::int16_t>(&record[20]);
     return year < first_plausible_year || year > last_plausible_year;
 }
 

@@ -2,6 +2,7 @@
 // both. The one place that knows where these fields stand.
 #pragma once
 
+#include "platform/bytes.h"
 #include "quarry/fixed_header.h"
 
 #include <cstddef>
@@ -21,7 +22,29 @@ inline constexpr std::size_t record_front_size = 136;
 inline constexpr std::size_t logical_header_size = 8;
 
 // The fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
-FixedHeader decode_fixed_header(std::span<const char> record, bool swapped);
+// Inline, so that a caller pays for those that it uses.
+//
+// Offsets within the data record:
+// 20 year, day of year                unsigned 16-bit each
+// 24 hour, minute, second             8-bit each
+// 27 unused
+// 28 0.0001 s                         unsigned 16-bit
+// 30 number of samples                unsigned 16-bit
+// 32 sample rate factor, multiplier   signed 16-bit each
+// 36 activity, I/O, quality flags     8-bit each
+// 39 number of blockettes             8-bit
+// 40 time correction                  signed 32-bit
+// 44 beginning of data                unsigned 16-bit
+// 46 first blockette                  unsigned 16-bit
+inline FixedHeader decode_fixed_header(std::span<const char> record, bool swapped) {
+    const auto u16 = [&](std::size_t at) { return load_swapped<std::uint16_t>(&record[at], swapped); };
+    const auto s16 = [&](std::size_t at) { return load_swapped<std::int16_t>(&record[at], swapped); };
+    const auto u8 = [&](std::size_t at) { return load<std::uint8_t>(&record[at]); };
+    return {
+        u16(20), u16(22), u8(24), u8(25), u8(26), u16(28), u16(30),
+        s16(32), s16(34), u8(36), u8(37), u8(38), u8(39),  load_swapped<std::int32_t>(&record[40], swapped),
+        u16(44), u16(46)};
+}
 
 // True if the year of the record, at least fixed_header_size bytes, is not plausible (1970 to 2030) in the
 // host's byte order.

@@ -225,6 +225,17 @@ Fields decode_blockette(int type, std::string_view text, std::endian order) {
     return fields;
 }
 
+bool is_sound_by_size(int type, std::size_t size) {
+    const BlocketteSpec* spec = blockette_spec(type);
+    std::size_t needed = 0;
+    for (const FieldSpec& field : spec != nullptr ? spec->fields : std::span<const FieldSpec>()) {
+        if (!is_binary_number(field.kind) || field.kind == FieldKind::f32 || field.repeats > 0)
+            return false;
+        needed += std::size_t{field.width} * field.times;
+    }
+    return size >= needed;
+}
+
 const Field* find_field(std::span<const Field> fields, std::string_view name) {
     const auto field = std::find_if(fields.begin(), fields.end(),
                                     [name](const Field& candidate) { return candidate.spec->name == name; });

@@ -12,10 +12,6 @@ namespace quarry {
 
 namespace {
 
-bool is_volume_header(int type) {
-    return type == 5 || type == 8 || type == 10;
-}
-
 // The element whose key is `key`, in order of the keys; it is added if it is missing.
 template <class T, class Key, class KeyOf>
 T* find_or_add(std::vector<T>* sorted, const Key& key, KeyOf key_of, T added) {

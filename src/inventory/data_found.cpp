@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace quarry {
@@ -23,17 +24,25 @@ bool holds(const EpochData& epoch, std::int64_t time) {
     return epoch.epoch_start <= time && time < epoch.epoch_end;
 }
 
-// The epoch of the time: the last one that holds it, else the records outside all.
+// The epoch of the time: the last one that holds it, else the records outside all. Those that begin after it
+// need not be looked at where all are in order.
 std::size_t epoch_at(const ChannelData& channel, std::int64_t time) {
-    std::size_t index = channel.data.size() - 1;
-    while (index > 0 && !holds(channel.data[index], time))
+    const auto begins_later = [](std::int64_t one, const EpochData& epoch) {
+        return one < epoch.epoch_start;
+    };
+    const auto begin = channel.data.begin();
+    const auto end = channel.is_ordered ? std::upper_bound(begin + 1, channel.data.end(), time, begins_later)
+                                        : channel.data.end();
+    std::ptrdiff_t index = end - begin - 1;
+    const std::ptrdiff_t last = channel.is_ordered ? std::max<std::ptrdiff_t>(index - 1, 0) : 0;
+    while (index > last && !holds(begin[index], time))
         --index;
-    return index;
+    return holds(begin[index], time) ? static_cast<std::size_t>(index) : 0;
 }
 
 void compare_with_next(const DataRecord& record, EpochData* data) {
-    const double half_a_sample = 0.5e6 / record.rate;
-    const auto late = static_cast<double>(record.start - data->next);
+    constexpr double half_a_sample = 0.5e6; // microseconds times samples per second
+    const double late = static_cast<double>(record.start - data->next) * record.rate;
     if (data->goes_on && late > half_a_sample)
         ++data->gaps;
     if (data->goes_on && late < -half_a_sample)
@@ -58,26 +67,18 @@ void add_to(EpochData* data, const DataRecord& record) {
 
 } // namespace
 
-std::size_t DataFound::index_of(const Codes& codes, std::string_view network, std::string_view station,
-                                std::string_view location, std::string_view channel) {
-    if (const auto known = index_.find(codes); known != index_.end())
-        return known->second;
-    const auto found = std::find_if(channels_.begin(), channels_.end(), [&](const ChannelData& one) {
-        return one.network == network && one.station == station && one.location == location &&
-               one.channel == channel;
-    });
-    const auto index = static_cast<std::size_t>(found - channels_.begin());
-    if (found == channels_.end())
-        channels_.push_back({std::string(network),
-                             std::string(station),
-                             std::string(location),
-                             std::string(channel),
-                             {EpochData{Limits::min(), Limits::max()}}});
-    return index_[codes] = index;
+std::size_t DataFound::Hash::operator()(const Codes& codes) const {
+    std::uint64_t front = 0;
+    std::uint32_t back = 0;
+    std::memcpy(&front, codes.data(), sizeof front);
+    std::memcpy(&back, codes.data() + sizeof front, sizeof back);
+    const std::uint64_t mixed = (front ^ std::uint64_t{back} << 21) * 0x9E3779B97F4A7C15;
+    return mixed ^ mixed >> 32;
 }
 
-void DataFound::expect(std::string_view network, std::string_view station, std::string_view location,
-                       std::string_view channel, std::int64_t start, std::int64_t end) {
+// By the codes filled up with blanks, which is one of the ways they stand in headers.
+std::size_t DataFound::index_of(std::string_view network, std::string_view station, std::string_view location,
+                                std::string_view channel) {
     Codes codes;
     codes.fill(' ');
     const auto put = [&codes](std::string_view code, std::size_t at, std::size_t width) {
@@ -88,14 +89,31 @@ void DataFound::expect(std::string_view network, std::string_view station, std::
     put(location, 5, 2);
     put(channel, 7, 3);
     put(network, 10, 2);
-    channels_[index_of(codes, network, station, location, channel)].data.push_back(EpochData{start, end});
+    const auto [known, is_new] = index_.try_emplace(codes, channels_.size());
+    if (is_new)
+        channels_.push_back({std::string(network),
+                             std::string(station),
+                             std::string(location),
+                             std::string(channel),
+                             {EpochData{Limits::min(), Limits::max()}}});
+    return known->second;
+}
+
+void DataFound::expect(std::string_view network, std::string_view station, std::string_view location,
+                       std::string_view channel, std::int64_t start, std::int64_t end, std::int64_t place) {
+    ChannelData& one = channels_[index_of(network, station, location, channel)];
+    one.is_ordered = one.is_ordered && (one.data.size() == 1 || one.data.back().epoch_end <= start);
+    one.data.push_back(EpochData{start, end, place});
 }
 
 void DataFound::add(const DataRecord& record) {
     Codes codes;
     std::copy_n(record.bytes.begin() + codes_offset, codes.size(), codes.begin());
     if (channels_.empty() || codes != last_codes_) {
-        last_ = index_of(codes, record.network, record.station, record.location, record.channel);
+        const auto known = index_.find(codes);
+        last_ = known != index_.end() ? known->second
+                                      : index_[codes] = index_of(record.network, record.station,
+                                                                 record.location, record.channel);
         last_codes_ = codes;
     }
     ChannelData& channel = channels_[last_];

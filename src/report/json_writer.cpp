@@ -143,7 +143,7 @@ void JsonWriter::value(std::string_view text) {
 }
 
 void JsonWriter::utf8_value(std::string_view text) {
-    if (!is_utf8(text))
+    if (std::all_of(text.begin(), text.end(), is_plain) || !is_utf8(text))
         return value(text);
     std::string* out = engine_->begin_text();
     while (!text.empty()) {

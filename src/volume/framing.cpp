@@ -135,13 +135,16 @@ bool begins_sound_blockette(std::string_view bytes) {
 std::optional<std::endian> header_order(std::string_view front) {
     if (front.size() < fixed_header_size)
         return std::nullopt;
-    const FixedHeader big = header_in(front, std::endian::big);
-    const FixedHeader little = header_in(front, std::endian::little);
-    if (makes_sense(big) && makes_sense(little))
-        return sense_of_the_rest(little) > sense_of_the_rest(big) ? std::endian::little : std::endian::big;
-    if (makes_sense(big))
+    const bool is_big = makes_sense(header_in(front, std::endian::big));
+    const bool is_little = makes_sense(header_in(front, std::endian::little));
+    if (is_big && is_little)
+        return sense_of_the_rest(header_in(front, std::endian::little)) >
+                       sense_of_the_rest(header_in(front, std::endian::big))
+                   ? std::endian::little
+                   : std::endian::big;
+    if (is_big)
         return std::endian::big;
-    return makes_sense(little) ? std::optional(std::endian::little) : std::nullopt;
+    return is_little ? std::optional(std::endian::little) : std::nullopt;
 }
 
 Kind plausible_beginning(std::string_view front) {

@@ -105,24 +105,25 @@ Samples decode_usnsn(const Area& area) {
 
 struct Encoding {
     int code; // in blockette 1000
+    std::string_view name;
     Samples (*decode)(const Area& area);
 };
 constexpr std::array encodings{
-    Encoding{0, decode_text},
-    Encoding{1, decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
-    Encoding{2, decode_units<std::int32_t, 3, value_of_three_bytes>},
-    Encoding{3, decode_words<std::int32_t, std::int32_t, as_number<std::int32_t>>},
-    Encoding{4, decode_words<float, std::uint32_t, as_float>},
-    Encoding{5, decode_words<double, std::uint64_t, as_double>},
-    Encoding{10, decode_steim<steim::Level1>},
-    Encoding{11, decode_steim<steim::Level2>},
-    Encoding{12, decode_units<std::int32_t, 3, value_of_three_bytes>},
-    Encoding{13, decode_words<float, std::uint16_t, geoscope_value<3>>},
-    Encoding{14, decode_words<float, std::uint16_t, geoscope_value<4>>},
-    Encoding{15, decode_usnsn},
-    Encoding{16, decode_words<std::int32_t, std::uint16_t, cdsn_value>},
-    Encoding{30, decode_words<float, std::uint16_t, sro_value>},
-    Encoding{32, decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
+    Encoding{0, "text", decode_text},
+    Encoding{1, "int16", decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
+    Encoding{2, "int24", decode_units<std::int32_t, 3, value_of_three_bytes>},
+    Encoding{3, "int32", decode_words<std::int32_t, std::int32_t, as_number<std::int32_t>>},
+    Encoding{4, "float32", decode_words<float, std::uint32_t, as_float>},
+    Encoding{5, "float64", decode_words<double, std::uint64_t, as_double>},
+    Encoding{10, "Steim1", decode_steim<steim::Level1>},
+    Encoding{11, "Steim2", decode_steim<steim::Level2>},
+    Encoding{12, "Geoscope24", decode_units<std::int32_t, 3, value_of_three_bytes>},
+    Encoding{13, "Geoscope16_3", decode_words<float, std::uint16_t, geoscope_value<3>>},
+    Encoding{14, "Geoscope16_4", decode_words<float, std::uint16_t, geoscope_value<4>>},
+    Encoding{15, "USNSN", decode_usnsn},
+    Encoding{16, "CDSN", decode_words<std::int32_t, std::uint16_t, cdsn_value>},
+    Encoding{30, "SRO", decode_words<float, std::uint16_t, sro_value>},
+    Encoding{32, "DWWSSN", decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
 };
 
 const Encoding* find_encoding(int code) {
@@ -135,6 +136,11 @@ const Encoding* find_encoding(int code) {
 
 bool is_known_encoding(int encoding) {
     return find_encoding(encoding) != nullptr;
+}
+
+std::string_view encoding_name(int encoding) {
+    const Encoding* row = find_encoding(encoding);
+    return row != nullptr ? row->name : "";
 }
 
 std::optional<Samples> decode_samples(std::span<const char> payload, int encoding, std::endian word_order,

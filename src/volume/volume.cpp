@@ -13,21 +13,25 @@ namespace quarry {
 
 namespace {
 
-constexpr std::array<std::string_view, 12> kind_texts{
-    "the compressed data are damaged",
-    "the compressed data are followed by something else",
-    "no logical record begins here",
-    "the input ends within a logical record",
-    "the sequence number is not a number",
-    "the declared record length does not lead to the next record",
-    "no blockette begins here",
-    "the length of the blockette does not lead to the next one",
-    "the rest of the blockette is missing",
-    "the chain of data blockettes is broken",
-    "the beginning of data is not in the record",
-    "the field does not hold what it should",
+struct KindRow {
+    std::string_view name;
+    std::string_view text;
 };
-static_assert(kind_texts.size() == static_cast<std::size_t>(DamageKind::field) + 1);
+constexpr std::array kinds{
+    KindRow{"compressed_data", "the compressed data are damaged"},
+    KindRow{"after_compressed_data", "the compressed data are followed by something else"},
+    KindRow{"no_record", "no logical record begins here"},
+    KindRow{"input_ends", "the input ends within a logical record"},
+    KindRow{"sequence_number", "the sequence number is not a number"},
+    KindRow{"record_length", "the declared record length does not lead to the next record"},
+    KindRow{"no_blockette", "no blockette begins here"},
+    KindRow{"blockette_length", "the length of the blockette does not lead to the next one"},
+    KindRow{"blockette_cut", "the rest of the blockette is missing"},
+    KindRow{"blockette_chain", "the chain of data blockettes is broken"},
+    KindRow{"data_offset", "the beginning of data is not in the record"},
+    KindRow{"field", "the field does not hold what it should"},
+};
+static_assert(kinds.size() == damage_kinds);
 
 std::string what_is_wrong(const Damage& damage) {
     if (damage.kind == DamageKind::field)
@@ -51,7 +55,11 @@ Damage field_damage(std::string_view input, std::int64_t offset, std::int64_t lo
 } // namespace
 
 std::string_view describe(DamageKind kind) {
-    return kind_texts[static_cast<std::size_t>(kind)];
+    return kinds[static_cast<std::size_t>(kind)].text;
+}
+
+std::string_view name_of(DamageKind kind) {
+    return kinds[static_cast<std::size_t>(kind)].name;
 }
 
 std::string describe(const Damage& damage) {

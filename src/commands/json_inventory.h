@@ -1,0 +1,19 @@
+// The objects of assembled headers that quarry json writes: station epochs, and channel epochs with their
+// responses and the data found.
+#pragma once
+
+#include "commands/json_lines.h"
+#include "commands/selection.h"
+#include "inventory/contents.h"
+
+#include <functional>
+
+namespace quarry {
+
+// `settle` is called after each line.
+void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle);
+void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
+                    const std::function<void()>& settle);
+
+} // namespace quarry

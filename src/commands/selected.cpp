@@ -1,0 +1,26 @@
+#include "commands/selected.h"
+
+namespace quarry {
+
+bool takes(const Selection& selection, const DataRecord& record) {
+    return selection.takes_station(record.network, record.station) &&
+           selection.takes_channel(record.location, record.channel) &&
+           (!selection.has_span() || selection.takes_span(record.start, end_of(record)));
+}
+
+bool takes_span(const Selection& selection, const Moment& start, const Moment& end) {
+    return selection.takes_span(start.microseconds.value_or(Selection::Limits::min()),
+                                end.microseconds.value_or(Selection::Limits::max()));
+}
+
+std::vector<ChannelRow> selected_rows(const Contents& contents, const Selection& selection) {
+    std::vector<ChannelRow> rows = channel_rows(contents);
+    std::erase_if(rows, [&](const ChannelRow& row) {
+        return !selection.takes_station(row.network, row.station) ||
+               !selection.takes_channel(row.location, row.channel) ||
+               (row.epoch != nullptr && !takes_span(selection, row.epoch->start, row.epoch->end));
+    });
+    return rows;
+}
+
+} // namespace quarry

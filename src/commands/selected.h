@@ -1,0 +1,19 @@
+// What a selection takes of headers and data.
+#pragma once
+
+#include "commands/selection.h"
+#include "inventory/contents.h"
+
+#include <vector>
+
+namespace quarry {
+
+bool takes(const Selection& selection, const DataRecord& record);
+
+// Times that are missing or are no times leave the span open.
+bool takes_span(const Selection& selection, const Moment& start, const Moment& end);
+
+// The channel rows that it takes. Data in them have been selected record by record.
+std::vector<ChannelRow> selected_rows(const Contents& contents, const Selection& selection);
+
+} // namespace quarry

@@ -1,0 +1,211 @@
+#include "report/table.h"
+
+#include "platform/terminal_text.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+namespace quarry {
+
+namespace {
+
+constexpr std::size_t between = 2;                      // blanks between columns
+constexpr std::array<std::size_t, 3> times{10, 16, 19}; // characters of a day, of a minute, of a second
+constexpr std::string_view ellipsis = "\xe2\x80\xa6";
+
+// The bytes of the character of UTF-8 that the text begins with.
+std::size_t character_size(std::string_view text) {
+    std::size_t size = 1;
+    while (size < text.size() && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+        ++size;
+    return size;
+}
+
+// Scripts with wide characters begin at U+1100, which UTF-8 writes E1 84 80.
+std::size_t character_width(std::string_view character) {
+    return character.size() > 2 && character != ellipsis && character >= "\xe1\x84\x80" ? 2 : 1;
+}
+
+std::size_t least_width(const Column& column, std::size_t natural) {
+    const std::size_t least = column.kind == Column::Kind::time ? times[0] : column.least;
+    return least > 0 ? std::min(natural, std::max(least, column.title.size())) : natural;
+}
+
+// What of the room helps a column that has `width`.
+std::size_t growth(const Column& column, std::size_t width, std::size_t natural, std::size_t room) {
+    std::size_t grown = std::min(natural, width + room);
+    if (column.kind == Column::Kind::time && grown < natural)
+        grown = std::max(width, *(std::upper_bound(times.begin(), times.end(), grown) - 1));
+    return grown - width;
+}
+
+// With the blanks between those that are shown.
+std::size_t whole_width(const std::vector<std::size_t>& widths) {
+    std::size_t whole = 0;
+    for (const std::size_t width : widths)
+        whole += width > 0 ? width + (whole > 0 ? between : 0) : 0;
+    return whole;
+}
+
+std::string fitted(const Column& column, std::string_view cell, std::size_t width) {
+    if (text_width(cell) <= width)
+        return std::string(cell);
+    const bool is_ascii = text_width(cell) == cell.size();
+    return column.kind == Column::Kind::time && is_ascii ? std::string(cell.substr(0, width))
+                                                         : cut_text(cell, width);
+}
+
+// The parts of a text with the separator between them; none of an empty one.
+template <class Visit>
+void for_each_part(std::string_view text, char separator, Visit visit) {
+    for (std::size_t at = 0; !text.empty() && at <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, at), text.size());
+        visit(text.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
+template <class CellOf>
+void write_line(std::span<const Column> columns, const std::vector<std::size_t>& widths, CellOf cell_of,
+                std::string* out) {
+    std::size_t blanks = 0;
+    bool is_first = true;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (widths[i] == 0)
+            continue;
+        blanks += is_first ? 0 : between;
+        is_first = false;
+        const std::string cell = fitted(columns[i], cell_of(i), widths[i]);
+        const std::size_t padding = widths[i] - text_width(cell);
+        const bool is_right = columns[i].kind == Column::Kind::number;
+        if (!cell.empty())
+            out->append(blanks + (is_right ? padding : 0), ' ').append(cell);
+        blanks = cell.empty() ? blanks + widths[i] : is_right ? 0 : padding;
+    }
+    *out += '\n';
+}
+
+} // namespace
+
+std::string shown_text(std::string_view bytes) {
+    std::string text;
+    for (const char character : bytes) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte >= 0xA0)
+            text += static_cast<char>(0xC0 | byte >> 6);
+        text += byte >= 0xA0 ? static_cast<char>(0x80 | (byte & 0x3F)) : character;
+    }
+    return has_controls(text) ? shown_on_terminal(text) : text;
+}
+
+std::size_t text_width(std::string_view text) {
+    std::size_t width = 0;
+    while (!text.empty()) {
+        const std::size_t size = character_size(text);
+        width += character_width(text.substr(0, size));
+        text.remove_prefix(size);
+    }
+    return width;
+}
+
+std::string cut_text(std::string_view text, std::size_t width) {
+    if (text_width(text) <= width)
+        return std::string(text);
+    std::string cut;
+    for (std::size_t used = 1; width > 0;) { // by the mark
+        const std::string_view character = text.substr(0, character_size(text));
+        used += character_width(character);
+        if (used > width)
+            return cut.append(ellipsis);
+        cut += character;
+        text.remove_prefix(character.size());
+    }
+    return cut;
+}
+
+void Table::add(const std::vector<std::string>& row) {
+    rows_ += rows_.empty() ? "" : "\n";
+    for (std::size_t i = 0; i < row.size(); ++i)
+        rows_.append(i > 0 ? "\t" : "").append(shown_text(row[i]));
+}
+
+// The width of each column, 0 for one that is not shown.
+std::vector<std::size_t> Table::widths(std::size_t limit) const {
+    std::vector<std::size_t> natural(columns_.size(), 0);
+    for_each_part(rows_, '\n', [&](std::string_view row) {
+        auto column = columns_.begin();
+        for_each_part(row, '\t', [&](std::string_view cell) {
+            const auto i = static_cast<std::size_t>(column++ - columns_.begin());
+            if (!cell.empty())
+                natural[i] = std::max({natural[i], text_width(cell), columns_[i].title.size()});
+        });
+    });
+    if (limit == 0 || whole_width(natural) <= limit)
+        return natural;
+
+    std::vector<std::size_t> by_rank(columns_.size());
+    std::iota(by_rank.begin(), by_rank.end(), std::size_t{0});
+    std::stable_sort(by_rank.begin(), by_rank.end(), [this](std::size_t one, std::size_t other) {
+        return columns_[one].rank < columns_[other].rank;
+    });
+    std::vector<std::size_t> widths(columns_.size());
+    for (std::size_t i = 0; i < widths.size(); ++i)
+        widths[i] = least_width(columns_[i], natural[i]);
+    for (std::size_t i = by_rank.size() - 1; i > 0 && whole_width(widths) > limit; --i)
+        widths[by_rank[i]] = 0;
+    if (whole_width(widths) > limit)
+        widths[by_rank[0]] = limit;
+    for (const std::size_t i : by_rank)
+        if (widths[i] > 0)
+            widths[i] += growth(columns_[i], widths[i], natural[i], limit - whole_width(widths));
+    return widths;
+}
+
+void Table::write_text(std::size_t width, std::string* out) const {
+    const std::vector<std::size_t> widths = this->widths(width);
+    write_line(
+        columns_, widths, [this](std::size_t i) { return columns_[i].title; }, out);
+    std::vector<std::string_view> cells;
+    for_each_part(rows_, '\n', [&](std::string_view row) {
+        cells.clear();
+        for_each_part(row, '\t', [&cells](std::string_view cell) { cells.push_back(cell); });
+        write_line(
+            columns_, widths, [&cells](std::size_t i) { return cells[i]; }, out);
+    });
+    write_left_out(widths, width, out);
+}
+
+// In lines of the width. Titles are ASCII.
+void Table::write_left_out(const std::vector<std::size_t>& widths, std::size_t width,
+                           std::string* out) const {
+    std::string line;
+    const std::vector<std::size_t> all = this->widths(0);
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        if (widths[i] > 0 || all[i] == 0)
+            continue;
+        const std::string_view title = columns_[i].title;
+        line += line.empty() ? "(no room: " : ", ";
+        if (line.find_last_not_of(' ') + 3 + title.size() > width) {
+            *out += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+            line = " ";
+        }
+        line += title;
+    }
+    if (!line.empty())
+        *out += line + ")\n";
+}
+
+void Table::write_rows(std::string_view first, std::string* out) const {
+    for_each_part(rows_, '\n',
+                  [&](std::string_view row) { out->append(first).append("\t").append(row).append("\n"); });
+}
+
+void Table::write_titles(std::string_view first, std::string* out) const {
+    *out += first;
+    for (const Column& column : columns_)
+        out->append("\t").append(column.title);
+    *out += '\n';
+}
+
+} // namespace quarry

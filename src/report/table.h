@@ -1,0 +1,67 @@
+// Tables of a report: for people in columns, as wide as the terminal, and for programs with tabs.
+//
+//     constexpr std::array columns{Column{"station", 1}, Column{"site", 3, Column::Kind::text, 8}};
+//     Table table(columns);
+//     table.add({"XX.DEM1", site});
+//     table.write_text(80, &text);
+//
+// Cells are bytes of a volume: those beyond ASCII count as Latin-1, control characters are shown as their
+// codes. What is written is UTF-8.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarry {
+
+struct Column {
+    enum class Kind : std::uint8_t {
+        text,
+        number, // stands on the right
+        time,   // ISO 8601, which may be cut to the second, the minute or the day
+    };
+    std::string_view title;
+    int rank; // columns of the highest rank are the first that a narrow terminal leaves out
+    Kind kind = Kind::text;
+    std::size_t least = 0; // characters to which a text may be cut; 0: it is never cut
+};
+
+class Table {
+public:
+    // The columns outlive the table.
+    explicit Table(std::span<const Column> columns) : columns_(columns) {}
+
+    // A cell for each column.
+    void add(const std::vector<std::string>& row);
+
+    bool empty() const { return rows_.empty(); }
+
+    // Titles and rows in columns, none longer than the width; 0: as wide as need be. Columns without any
+    // content are not shown; those that had no room are named at the end.
+    void write_text(std::size_t width, std::string* out) const;
+
+    // Rows with a tab after the first cell, which all of them share, and between the others; the titles
+    // alike.
+    void write_rows(std::string_view first, std::string* out) const;
+    void write_titles(std::string_view first, std::string* out) const;
+
+private:
+    std::vector<std::size_t> widths(std::size_t limit) const;
+    void write_left_out(const std::vector<std::size_t>& widths, std::size_t width, std::string* out) const;
+
+    std::span<const Column> columns_;
+    std::string rows_ = {}; // with ends of line between, their cells with tabs: tables may be long
+};
+
+// Bytes of a volume as UTF-8, control characters as their codes.
+std::string shown_text(std::string_view bytes);
+
+// The columns of a terminal that a text takes, at most. The text cut to so many, its end marked.
+std::size_t text_width(std::string_view text);
+std::string cut_text(std::string_view text, std::size_t width);
+
+} // namespace quarry
