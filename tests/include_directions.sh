@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$1"
 listing='sdd|seedio|listing|blockette|state\.h'
-inventory='inventory/|quarry/(inventory|data_found)\.h'
+inventory='inventory/|quarry/(inventory|data_found|coverage)\.h'
 volume='volume/|quarry/(volume|samples)\.h'
 fields='fields/|quarry/fields\.h'
 open="commands/|check/|report/|$inventory|$volume|$fields"

@@ -1,0 +1,151 @@
+#include "quarry/coverage.h"
+
+#include "inventory/segments.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace quarry {
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000;
+constexpr std::int64_t day = 86'400 * second;
+constexpr double longest =
+    1e15; // microseconds, some thirty years: no span of a record or tolerance is longer
+
+constexpr int leaps_forward = 1 << 4; // activity flags: a second was put in,
+constexpr int leaps_back = 1 << 5;    // or left out
+
+std::int64_t microseconds(double count) {
+    return static_cast<std::int64_t>(std::clamp(count, 0.0, longest));
+}
+
+std::int64_t midnight_before(std::int64_t time) {
+    return time - (time % day + day) % day;
+}
+
+// By how much the time after the record is another one than its samples say. A second that is put in is counted
+// where it is over: a record that ends within it goes on in it. It stands as the first one of the next day.
+std::int64_t leap(const DataRecord& record, std::int64_t next) {
+    if ((record.header.activity_flags & leaps_back) != 0)
+        return second;
+    if ((record.header.activity_flags & leaps_forward) == 0)
+        return 0;
+    const std::int64_t midnight = midnight_before(record.start - second) + day;
+    const bool ends_in_it = next >= midnight && next < midnight + second;
+    return ends_in_it ? 0 : -second;
+}
+
+} // namespace
+
+std::int64_t Tolerance::at(double rate) const {
+    return microseconds(seconds ? *seconds * 1e6 : samples / rate * 1e6);
+}
+
+std::optional<Segment> segment_of(const DataRecord& record) {
+    if (!(record.rate > 0) || !std::isfinite(record.rate) || record.header.samples == 0)
+        return std::nullopt;
+    const std::int64_t duration = microseconds(std::round(record.header.samples * 1e6 / record.rate));
+    const std::int64_t next = record.start + std::max<std::int64_t>(duration, 1);
+    return Segment{record.start, next + leap(record, next), record.header.samples, 1, record.rate,
+                   record.rate};
+}
+
+std::int64_t last_sample(const Segment& segment) {
+    return std::max(segment.start, segment.next - microseconds(std::round(1e6 / segment.last_rate)));
+}
+
+bool is_same_rate(double one, double other) {
+    return one == other || std::abs(one - other) < 1e-4 * std::max(one, other);
+}
+
+std::vector<TimeSpan> covered_times(const ChannelCoverage& channel, const Tolerance& tolerance) {
+    std::vector<TimeSpan> times;
+    for (const Segment& segment : channel.segments)
+        if (!times.empty() && segment.start <= times.back().end + tolerance.at(segment.rate))
+            times.back().end = std::max(times.back().end, segment.next);
+        else
+            times.push_back({segment.start, segment.next});
+    return times;
+}
+
+// --- channels ------------------------------------------------------------------------------------------
+
+struct Coverage::Channel {
+    explicit Channel(const Tolerance& tolerance) : segments(tolerance) {}
+    SegmentMerger segments;
+    ChannelCoverage totals = {};
+};
+
+Coverage::Coverage(Tolerance tolerance) : tolerance_(tolerance) {}
+Coverage::~Coverage() = default;
+
+std::size_t Coverage::Hash::operator()(const Codes& codes) const {
+    return std::hash<std::string_view>()({codes.data(), codes.size()});
+}
+
+Coverage::Entry Coverage::entry_of(const DataRecord& record) {
+    Entry entry{{}, segment_of(record), record.start, 0, record.header.samples};
+    entry.end = entry.segment ? last_sample(*entry.segment) : record.start;
+    char* at = entry.codes.data();
+    const auto put = [&at](std::string_view code, std::size_t width) {
+        std::copy(code.begin(), code.end(), at);
+        at += width;
+    };
+    put(record.network, 2);
+    put(record.station, 5);
+    put(record.location, 2);
+    put(record.channel, 3);
+    return entry;
+}
+
+Coverage::Channel& Coverage::channel_of(const Codes& codes) {
+    if (last_ == nullptr || codes != last_codes_) {
+        std::unique_ptr<Channel>& channel = channels_[codes];
+        if (channel == nullptr)
+            channel = std::make_unique<Channel>(tolerance_);
+        last_ = channel.get();
+        last_codes_ = codes;
+    }
+    return *last_;
+}
+
+void Coverage::add(const Entry& entry) {
+    Channel& channel = channel_of(entry.codes);
+    ChannelCoverage& totals = channel.totals;
+    totals.first = totals.records == 0 ? entry.start : std::min(totals.first, entry.start);
+    totals.last = totals.records == 0 ? entry.end : std::max(totals.last, entry.end);
+    ++totals.records;
+    totals.samples += entry.samples;
+    if (entry.segment)
+        channel.segments.add(*entry.segment);
+}
+
+std::vector<ChannelCoverage> Coverage::finish() {
+    std::vector<ChannelCoverage> channels;
+    for (auto& [codes, channel] : std::exchange(channels_, {})) {
+        ChannelCoverage& one = channels.emplace_back(std::move(channel->totals));
+        const std::string_view text(codes.data(), codes.size());
+        const auto code = [text](std::size_t at, std::size_t width) {
+            return std::string(text.substr(at, std::min(text.find('\0', at) - at, width)));
+        };
+        one.network = code(0, 2);
+        one.station = code(2, 5);
+        one.location = code(7, 2);
+        one.channel = code(9, 3);
+        arrange(channel->segments.take(), tolerance_, &one);
+        channel.reset();
+    }
+    last_ = nullptr;
+    std::sort(channels.begin(), channels.end(), [](const ChannelCoverage& one, const ChannelCoverage& other) {
+        return std::tie(one.network, one.station, one.location, one.channel) <
+               std::tie(other.network, other.station, other.location, other.channel);
+    });
+    return channels;
+}
+
+} // namespace quarry
