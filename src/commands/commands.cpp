@@ -8,12 +8,13 @@
 
 namespace quarry {
 
+extern const Command coverage_command;
 extern const Command info_command;
 extern const Command json_command;
 
 namespace {
 
-constexpr std::array commands{&info_command, &json_command};
+constexpr std::array commands{&coverage_command, &info_command, &json_command};
 
 } // namespace
 

@@ -3,6 +3,7 @@
 
 #include "commands/command_line.h"
 #include "commands/each_volume.h"
+#include "commands/field_damage.h"
 #include "commands/selected.h"
 #include "platform/terminal_text.h"
 #include "quarry/samples.h"
@@ -13,8 +14,6 @@
 #include <array>
 #include <charconv>
 #include <map>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace quarry {
 
@@ -260,8 +259,7 @@ private:
 
     void take(const ControlBlockette& blockette) {
         decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
-        for (const FieldProblem& problem : fields_.problems)
-            take(damage_of(reader_.name(), blockette, problem));
+        for_each_damage(reader_.name(), blockette, fields_, [this](const Damage& damage) { take(damage); });
         builder_.add(blockette, fields_);
     }
 
@@ -269,13 +267,7 @@ private:
         if (!takes(selection_, record))
             return;
         builder_.add(record);
-        for (const DataBlocketteExtent& blockette : record.blockettes) {
-            if (is_sound_by_size(blockette.type, text_of(record, blockette).size()))
-                continue;
-            decode_blockette(blockette.type, text_of(record, blockette), record.header_order, &fields_);
-            for (const FieldProblem& problem : fields_.problems)
-                take(damage_of(reader_.name(), record, blockette, problem));
-        }
+        for_each_damage(reader_.name(), record, &fields_, [this](const Damage& damage) { take(damage); });
     }
 
     bool is_sound() const {
@@ -425,20 +417,6 @@ private:
 };
 
 // --- the command ---------------------------------------------------------------------------------------
-
-// The columns of the terminal that standard output is: COLUMNS where that is set; 0 if it is none.
-std::size_t terminal_width() {
-    constexpr std::size_t usual = 80;
-    constexpr std::size_t largest = 10'000;
-    if (isatty(STDOUT_FILENO) != 1)
-        return 0;
-    const char* columns = std::getenv("COLUMNS");
-    const std::size_t set = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
-    if (set > 0)
-        return std::min(set, largest);
-    winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
-}
 
 Shown shown_by(const CommandLine& line) {
     const bool is_chosen = line.has("--stations") || line.has("--channels") || line.has("--damage");

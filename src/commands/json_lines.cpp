@@ -288,19 +288,24 @@ void JsonLines::write_samples(const DataRecord& record) {
 
 void JsonLines::write_codes(std::string_view network, std::string_view station, std::string_view location,
                             std::string_view channel) {
-    json_.field("network", network);
-    json_.field("station", station);
-    json_.field("location", location);
-    json_.field("channel", channel);
-    source_.assign("FDSN:").append(network) += '_';
-    source_.append(station) += '_';
-    source_.append(location);
+    quarry::write_codes(network, station, location, channel, &json_, &source_);
+}
+
+void write_codes(std::string_view network, std::string_view station, std::string_view location,
+                 std::string_view channel, JsonWriter* json, std::string* room) {
+    json->field("network", network);
+    json->field("station", station);
+    json->field("location", location);
+    json->field("channel", channel);
+    room->assign("FDSN:").append(network) += '_';
+    room->append(station) += '_';
+    room->append(location);
     if (channel.size() == 3)
         for (const char code : channel)
-            (source_ += '_') += code;
+            (*room += '_') += code;
     else
-        (source_ += '_').append(channel);
-    json_.field("source", std::string_view(source_));
+        (*room += '_').append(channel);
+    json->field("source", std::string_view(*room));
 }
 
 } // namespace quarry

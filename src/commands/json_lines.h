@@ -50,7 +50,6 @@ public:
     JsonWriter& begin(Kind kind, std::int64_t offset, std::int64_t logical_record);
     void end();
 
-    // Members: the codes of a channel and its FDSN source identifier.
     void write_codes(std::string_view network, std::string_view station, std::string_view location,
                      std::string_view channel);
 
@@ -72,5 +71,9 @@ private:
     std::vector<Damage> problems_ = {}; // of the data record
     std::string source_ = {};
 };
+
+// Members: the codes of a channel and its FDSN source identifier. The room is memory to write that in.
+void write_codes(std::string_view network, std::string_view station, std::string_view location,
+                 std::string_view channel, JsonWriter* json, std::string* room);
 
 } // namespace quarry

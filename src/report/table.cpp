@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <numeric>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace quarry {
 
@@ -206,6 +209,37 @@ void Table::write_titles(std::string_view first, std::string* out) const {
     for (const Column& column : columns_)
         out->append("\t").append(column.title);
     *out += '\n';
+}
+
+void Table::write_csv(std::string* out) const {
+    const auto write = [out](std::string_view cell, bool is_first) {
+        *out += is_first ? "" : ",";
+        const bool is_plain = cell.find_first_of(",\"") == std::string_view::npos;
+        *out += is_plain ? "" : "\"";
+        for (const char byte : cell)
+            out->append(byte == '"' ? 2 : 1, byte);
+        *out += is_plain ? "" : "\"";
+    };
+    for (const Column& column : columns_)
+        write(column.title, &column == columns_.data());
+    *out += '\n';
+    for_each_part(rows_, '\n', [&](std::string_view row) {
+        for_each_part(row, '\t', [&](std::string_view cell) { write(cell, cell.data() == row.data()); });
+        *out += '\n';
+    });
+}
+
+std::size_t terminal_width() {
+    constexpr std::size_t usual = 80;
+    constexpr std::size_t largest = 10'000;
+    if (isatty(STDOUT_FILENO) != 1)
+        return 0;
+    const char* columns = std::getenv("COLUMNS");
+    const std::size_t set = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
+    if (set > 0)
+        return std::min(set, largest);
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
 }
 
 } // namespace quarry

@@ -49,6 +49,9 @@ public:
     void write_rows(std::string_view first, std::string* out) const;
     void write_titles(std::string_view first, std::string* out) const;
 
+    // Titles and rows with commas.
+    void write_csv(std::string* out) const;
+
 private:
     std::vector<std::size_t> widths(std::size_t limit) const;
     void write_left_out(const std::vector<std::size_t>& widths, std::size_t width, std::string* out) const;
@@ -63,5 +66,8 @@ std::string shown_text(std::string_view bytes);
 // The columns of a terminal that a text takes, at most. The text cut to so many, its end marked.
 std::size_t text_width(std::string_view text);
 std::string cut_text(std::string_view text, std::size_t width);
+
+// The columns of the terminal that standard output is: COLUMNS where that is set; 0 if it is none.
+std::size_t terminal_width();
 
 } // namespace quarry
