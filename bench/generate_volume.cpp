@@ -3,7 +3,8 @@
 //   generate_volume KIND [NAME=NUMBER ...] [NAME=WORD ...] > VOLUME
 //
 //   data       data records of `channels` channels in turn, `size` bytes each, `records` of them; the control
-//              headers describe the channels unless `described` is 0
+//              headers describe the channels unless `described` is 0; they begin whole seconds apart, and
+//              continue each other if their `samples`, which may be left out, fill these at 20 Hz
 //   control    control headers of `megabytes`, stations with their responses
 //   epochs     `count` epochs of one channel, whose `order` is ascending, descending, random, or, for epochs
 //              that lie within each other, narrowing or widening; then
@@ -200,7 +201,8 @@ void write_data(const Arguments& arguments) {
         }
     put(headers.bytes());
 
-    const int samples = static_cast<int>(size - 64) * 7 / 8;
+    const int room = static_cast<int>(size - 64) * 7 / 8;
+    const int samples = arguments.contains("samples") ? static_cast<int>(number(arguments, "samples")) : room;
     const std::int64_t step = samples / sample_rate;
     constexpr std::int64_t first = 15LL * 365 * 86400;
     DataRecords data(size, samples);

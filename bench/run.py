@@ -27,6 +27,8 @@ MEMORY_GOAL = 8  # MiB
 GROWTH_GOAL = 1.5
 COMMAND_MEMORY_GOAL = 16  # MiB, and the size of the headers
 RECORD_GOAL = 1.2  # microseconds
+COVERAGE_GOAL = 0.4
+COVERAGE_MEMORY_GOAL = 64  # MiB
 THREADS_GOAL = 1.7
 
 
@@ -41,6 +43,7 @@ class Sizes:
         self.growth = [4, 16] if quick else [64, 512, 4096]  # MiB
         self.epochs = [100, 2_000] if quick else [100, 1_000, 10_000, 100_000]
         self.epoch_records = 2_048 if quick else 131_072
+        self.coverage_records = (100_000 if quick else 10_000_000)
         self.decoder_seconds = 0.01 if quick else 0.1
         self.space = (200 if quick else 4_000) * MEGABYTE
 
@@ -368,8 +371,29 @@ def measure_threads(bench, sizes, results):
     bench.remove("data-512", "second-512")
 
 
+def measure_coverage(bench, sizes, results):
+    """Records of 60 channels in turn, all continuous and in order, out of a pipe."""
+    records = sizes.coverage_records
+    generator = bench.generator("data", size=512, records=records, channels=60, described=1, samples=380)
+    out = bench.path("coverage")
+    samples = [bench.measure_piped(generator, [bench.quarry, "coverage", "--csv", "-"], out=out)
+               for _ in range(min(sizes.rounds, 3))]
+    require(all(sample.status == 0 for sample in samples), "coverage: failed")
+    with open(out, encoding="utf-8") as table:
+        rows = [line.split(",") for line in table.read().splitlines()[1:]]
+    require(len(rows) == 60 and all(row[3:7] == ["1", "0", "0", "0"] for row in rows), "coverage: wrong segments")
+    cost_of_record = median([sample.cpu for sample in samples]) / records * 1e6
+    peak = max(sample.peak for sample in samples)
+    results["coverage"] = {"records": records, "record": cost_of_record, "peak": peak}
+    print_table(f"quarry coverage, {records} records of 512 bytes",
+                ["µs a record", "goal", "", "peak MiB", "goal", ""],
+                [[f"{cost_of_record:.3f}", COVERAGE_GOAL, mark(cost_of_record, COVERAGE_GOAL), f"{peak:.1f}",
+                  COVERAGE_MEMORY_GOAL, mark(peak, COVERAGE_MEMORY_GOAL)]])
+
+
 def measure_commands(bench, sizes, results):
     measure_one_volume(bench, sizes, results)
+    measure_coverage(bench, sizes, results)
     measure_threads(bench, sizes, results)
 
 

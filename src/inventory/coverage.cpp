@@ -28,8 +28,9 @@ std::int64_t midnight_before(std::int64_t time) {
     return time - (time % day + day) % day;
 }
 
-// By how much the time after the record is another one than its samples say. A second that is put in is counted
-// where it is over: a record that ends within it goes on in it. It stands as the first one of the next day.
+// By how much the time after the record is another one than its samples say. A second that is put in is
+// counted where it is over: a record that ends within it goes on in it. It stands as the first one of the
+// next day.
 std::int64_t leap(const DataRecord& record, std::int64_t next) {
     if ((record.header.activity_flags & leaps_back) != 0)
         return second;
