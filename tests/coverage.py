@@ -77,6 +77,7 @@ def volumes_of(dice):
         "within": run_of("JIT", base, 60, 100, 20, jitter=lambda i: dice.randrange(-12_500, 12_501)),
         "beyond": run_of("JIB", base, 60, 100, 20, jitter=lambda i: dice.randrange(-60_000, 60_001)),
         "slow": run_of("VHZ", base, 30, 60, -10) + run_of("VHZ", base + 30 * 600 * SECOND + 6 * SECOND, 3, 60, -10),
+        "short": run_of("SHO", base, 60, 2, -10),
         "thirds": run_of("THR", base, 200, 7, -3, 10),
         "no rate": [made("LOG", base + i * SECOND, 100, 0) for i in range(5)],
         "no samples": plain[:2] + [made("BHZ", base + 900 * SECOND, 0, 20)] + [made("ACE", base, 0, 20)],

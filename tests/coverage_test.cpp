@@ -45,6 +45,11 @@ const bool tests = make_recorded_tests(
     "Coverage",
     {
         {"Tables", "$quarry coverage --gaps --days later days; $quarry coverage --gaps tiny later", volumes},
+        {"Plot",
+         "$quarry coverage --plot --channel ?H? days later; $quarry coverage --plot --channel LOG days; "
+         "for columns in 30 60; do COLUMNS=$columns script -qec '$quarry coverage --plot --station DEM1 "
+         "--from 2005-02-01T10:20 --to 2005-02-01T11:10 days tiny' /dev/null </dev/null; done",
+         volumes},
         {"Json", "$quarry coverage --json --gaps --days later days tiny", volumes},
         {"Csv", "for o in '' --gaps --days; do $quarry coverage --csv $o days later; done", volumes},
         {"SpanAndSelection",
@@ -56,7 +61,7 @@ const bool tests = make_recorded_tests(
          "$quarry coverage --channel LHZ --csv --gaps --tolerance $t days; echo $?; done",
          volumes},
         {"Status",
-         "for v in days damaged 'damaged missing days' '--csv --json days' '--csv --days --gaps days'; do "
+         "for v in days damaged 'damaged missing days' '--csv --json days' '--plot --csv days' '--csv --days --gaps days'; do "
          "$quarry coverage $v; echo $?; done; $quarry coverage days >/dev/full; echo $?",
          volumes},
         {"Terminal", "COLUMNS=60 script -qec '$quarry coverage --gaps days' /dev/null </dev/null", volumes},

@@ -92,7 +92,7 @@ private:
 // --- what is shown of a channel ------------------------------------------------------------------------
 
 struct Shown {
-    bool gaps, days, json, csv;
+    bool gaps, days, json, csv, plot;
     Tolerance tolerance;
     Selection selection;
 };
@@ -125,9 +125,23 @@ public:
         return longest;
     }
 
+    // Visits the parts, so many, of a span: how much of each is covered, in percent, and whether data overlap
+    // in it.
+    template <class Visit>
+    void for_each_part(const TimeSpan& span, std::size_t parts, Visit visit) const {
+        auto time = times_.begin();
+        for (std::size_t i = 0; i < parts; ++i) {
+            const TimeSpan part{place_in(span, i, parts), place_in(span, i + 1, parts)};
+            while (time != times_.end() && time->end <= part.start)
+                ++time;
+            visit(percent_of(part, time, 0), overlaps_in(part));
+        }
+    }
+
+    const TimeSpan& span() const { return span_; }
     bool has_times() const { return !times_.empty() && span_.start < span_.end; }
 
-    double percent() const { return percent_of(span_, times_.begin()); }
+    double percent() const { return percent_of(span_, times_.begin(), period_); }
 
     // Visits each day of the span with the percentage of it that is covered.
     template <class Visit>
@@ -136,10 +150,10 @@ public:
             return;
         auto time = times_.begin();
         for (std::int64_t start = span_.start - (span_.start % day + day) % day;
-             snapped(span_.end, start) > start; start += day) {
+             snapped(span_.end, start, period_) > start; start += day) {
             while (time != times_.end() && time->end <= start)
                 ++time;
-            visit(start, percent_of({start, start + day}, time));
+            visit(start, percent_of({start, start + day}, time, period_));
         }
     }
 
@@ -148,17 +162,33 @@ public:
 private:
     // Data that begin less than a sample after a span does have all samples from its start on; those that end
     // so soon have none in it.
-    std::int64_t snapped(std::int64_t time, std::int64_t start) const {
-        return time > start && time < start + period_ ? start : time;
+    static std::int64_t snapped(std::int64_t time, std::int64_t start, std::int64_t period) {
+        return time > start && time < start + period ? start : time;
     }
 
     // Of which the times from that one on cover so much.
-    double percent_of(const TimeSpan& span, std::vector<TimeSpan>::const_iterator one) const {
+    double percent_of(const TimeSpan& span, std::vector<TimeSpan>::const_iterator one,
+                      std::int64_t period) const {
         std::int64_t covered = 0;
-        for (; one != times_.end() && one->start < span.end; ++one)
-            covered += std::max<std::int64_t>(0, std::min(snapped(one->end, span.start), span.end) -
-                                                     std::max(snapped(one->start, span.start), span.start));
+        if (span.end <= span.start)
+            return 0;
+        for (; one != times_.end() && one->start < span.end; ++one) {
+            const std::int64_t start = std::max(snapped(one->start, span.start, period), span.start);
+            const std::int64_t end = std::min(snapped(one->end, span.start, period), span.end);
+            covered += std::max<std::int64_t>(0, end - start);
+        }
         return 100 * static_cast<double>(covered) / static_cast<double>(span.end - span.start);
+    }
+
+    static std::int64_t place_in(const TimeSpan& span, std::size_t part, std::size_t parts) {
+        return span.start + static_cast<std::int64_t>(static_cast<double>(span.end - span.start) *
+                                                      static_cast<double>(part) / static_cast<double>(parts));
+    }
+
+    bool overlaps_in(const TimeSpan& part) const {
+        return std::any_of(data.breaks.begin(), data.breaks.end(), [&part](const Break& one) {
+            return one.kind == Break::Kind::overlap && one.start < part.end && one.end > part.start;
+        });
     }
 
     std::vector<TimeSpan> times_;
@@ -338,6 +368,67 @@ private:
     const ChannelCoverage* coverage_ = nullptr;
 };
 
+// --- the plot ------------------------------------------------------------------------------------------
+
+// The sign of a part: more ink for more data.
+std::string_view sign_of(double percent, bool has_overlap) {
+    constexpr std::array<std::string_view, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
+    if (has_overlap)
+        return "X";
+    return percent <= 0 ? " " : shades[static_cast<std::size_t>(std::min(percent, 100.0) / 100 * 3)];
+}
+
+// A row of signs for each channel over the span of all of them, and the times at which it begins and ends.
+class Plot {
+public:
+    Plot(const std::vector<ChannelCoverage>& channels, const Shown& shown) {
+        for (const ChannelCoverage& channel : channels)
+            add(ChannelReport(channel, shown));
+    }
+
+    void write(std::size_t width, std::string* out) const {
+        std::size_t label_width = 0;
+        for (const auto& [label, report] : rows_)
+            label_width = std::max(label_width, text_width(label));
+        constexpr std::size_t least = 10;
+        const std::size_t parts = std::max(width, label_width + 2 + least) - label_width - 2;
+        for (const auto& [label, report] : rows_) {
+            out->append(label).append(label_width + 1 - text_width(label), ' ').append("|");
+            report.for_each_part(span_, parts, [out](double percent, bool has_overlap) {
+                *out += sign_of(percent, has_overlap);
+            });
+            *out += '\n';
+        }
+        if (rows_.empty())
+            *out += "none\n";
+        else
+            write_ends(label_width + 2, parts, out);
+    }
+
+private:
+    void add(ChannelReport report) {
+        if (!report.has_times())
+            return;
+        const TimeSpan span = report.span();
+        span_ =
+            rows_.empty() ? span : TimeSpan{std::min(span_.start, span.start), std::max(span_.end, span.end)};
+        rows_.emplace_back(shown_text(code_cell(report.data)), std::move(report));
+    }
+
+    void write_ends(std::size_t indent, std::size_t parts, std::string* out) const {
+        for (const std::size_t size : {std::size_t{19}, std::size_t{10}}) { // to the second, to the day
+            if (2 * size >= parts)
+                continue;
+            out->append(indent, ' ').append(time_cell(span_.start), 0, size);
+            out->append(parts - 2 * size, ' ').append(time_cell(span_.end), 0, size).append("\n");
+            return;
+        }
+    }
+
+    std::vector<std::pair<std::string, ChannelReport>> rows_ = {};
+    TimeSpan span_ = {};
+};
+
 // --- the report ----------------------------------------------------------------------------------------
 
 class Report {
@@ -348,6 +439,8 @@ public:
     void write() {
         if (shown_.json)
             return write_json();
+        if (shown_.plot)
+            return Plot(channels_, shown_).write(plot_width(), &out_.text());
         if (!shown_.csv || !(shown_.gaps || shown_.days))
             write_section({"", channel_titles, add_channel});
         if (shown_.gaps)
@@ -357,6 +450,12 @@ public:
     }
 
 private:
+    static std::size_t plot_width() {
+        constexpr std::size_t usual = 80;
+        const std::size_t width = terminal_width();
+        return width > 0 ? width : usual;
+    }
+
     void write_json() {
         CoverageLines lines(&out_.text());
         for (const ChannelCoverage& channel : channels_) {
@@ -404,15 +503,18 @@ std::optional<Tolerance> tolerance_of(std::string_view text) {
 }
 
 std::optional<Shown> shown_by(const CommandLine& line) {
-    Shown shown{line.has("--gaps"), line.has("--days"), line.has("--json"), line.has("--csv"), {},
+    Shown shown{line.has("--gaps"), line.has("--days"), line.has("--json"),
+                line.has("--csv"),  line.has("--plot"), {},
                 line.selection};
     const std::string_view given = line.value("--tolerance");
     const std::optional<Tolerance> tolerance = line.has("--tolerance") ? tolerance_of(given) : Tolerance{};
     if (!tolerance)
         report_trouble(line.command,
                        "--tolerance: 0.1s and 2samples are of its form, and not " + std::string(given));
-    else if (shown.csv && (shown.json || (shown.gaps && shown.days)))
-        report_trouble(line.command, "--csv: with one of --gaps and --days, and without --json");
+    else if (shown.csv + shown.json + shown.plot > 1)
+        report_trouble(line.command, "one of --plot, --json, --csv");
+    else if (shown.csv && shown.gaps && shown.days)
+        report_trouble(line.command, "--csv: one of --gaps, --days");
     else {
         shown.tolerance = *tolerance;
         return shown;
@@ -444,6 +546,7 @@ constexpr auto options = std::to_array<OptionRow>({
     {"--days", nullptr, "the percentage of each day too"},
     {"--tolerance", "TIME",
      "data that begin so far from their expected time still go on: 0.1s, 2samples; half a sample unless given"},
+    {"--plot", nullptr, "a row of blocks for each channel, as wide as the terminal; X where data overlap"},
     {"--json", nullptr, "JSON Lines, with the segments"},
     {"--csv", nullptr,
      "one table (channels unless --gaps or --days is given) with commas and a line of titles"},
@@ -458,6 +561,7 @@ const Command coverage_command{
     "Examples:\n"
     "  quarry coverage archive/*.mseed\n"
     "  quarry coverage --gaps --channel 'BH?' --from 2010-02-27 --to 2010-03-01 volume.seed\n"
+    "  quarry coverage --plot archive/*.mseed\n"
     "  quarry coverage --tolerance 2samples --csv --days *.seed\n"
     "  quarry coverage --json volume.seed | jq -c 'select(.kind == \"segment\") | [.source, .start, .end]'\n"
     "\n"
