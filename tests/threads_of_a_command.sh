@@ -11,7 +11,9 @@ run() {
     [ "$status" -le 2 ] || exit "$status"
     echo "$status"
 }
-run "$1" json --samples --jobs 1 "$2"/*.seed >"$one"
-run "$1" json --samples --jobs 8 "$2"/*.seed >"$many"
+for command in 'json --samples' 'coverage --json --gaps'; do
+    run "$1" $command --jobs 1 "$2"/*.seed >>"$one"
+    run "$1" $command --jobs 8 "$2"/*.seed >>"$many"
+done
 [ "$(wc -l <"$one")" -gt 400 ]
 cmp "$one" "$many"

@@ -139,6 +139,7 @@ std::vector<ChannelCoverage> Coverage::finish() {
         one.location = code(7, 2);
         one.channel = code(9, 3);
         arrange(channel->segments.take(), tolerance_, &one);
+        one.duplicates += channel->segments.duplicates();
         channel.reset();
     }
     last_ = nullptr;

@@ -10,7 +10,12 @@ namespace quarry {
 
 namespace {
 
+using Times = std::numeric_limits<std::int64_t>;
+
 constexpr double second = 1e6; // microseconds
+
+// So many segments are looked at where several could go on; hostile volumes have any number of them.
+constexpr int most_candidates = 64;
 
 // The second segment goes on after the first one: their samples together.
 Segment joined(const Segment& first, const Segment& then) {
@@ -72,11 +77,23 @@ void SegmentMerger::add(const Segment& segment) {
 }
 
 void SegmentMerger::store_open() {
-    if (!open_)
-        return;
-    const auto place = by_start_.emplace(open_->start, *open_);
-    by_next_.emplace(open_->next, place);
+    if (open_ && has_twin(*open_))
+        duplicates_ += open_->records;
+    else if (open_)
+        by_next_.emplace(Ends{open_->next, open_->start}, by_start_.emplace(open_->start, *open_));
     open_.reset();
+}
+
+bool SegmentMerger::has_twin(const Segment& segment) const {
+    auto at = by_next_.lower_bound({segment.next, segment.start});
+    for (int i = 0; i < most_candidates && at != by_next_.end(); ++i, ++at) {
+        const Segment& other = at->second->second;
+        if (other.next != segment.next || other.start != segment.start)
+            return false;
+        if (other.samples == segment.samples && is_same_rate(other.rate, segment.rate))
+            return true;
+    }
+    return false;
 }
 
 // The best one of those that end where the segment begins.
@@ -86,8 +103,9 @@ std::optional<SegmentMerger::ByStart::iterator> SegmentMerger::segment_before(co
     const auto merit = [&](const Segment& one) {
         return std::tuple(std::abs(one.next - segment.start), one.start);
     };
-    const auto end = by_next_.upper_bound(segment.start + tolerance);
-    for (auto at = by_next_.lower_bound(segment.start - tolerance); at != end; ++at)
+    auto at = by_next_.lower_bound({segment.start - tolerance, Times::min()});
+    const auto end = by_next_.upper_bound({segment.start + tolerance, Times::max()});
+    for (int i = 0; i < most_candidates && at != end; ++i, ++at)
         if (is_same_rate(at->second->second.last_rate, segment.rate) &&
             (!best || merit(at->second->second) < merit((*best)->second)))
             best = at->second;
@@ -101,8 +119,9 @@ std::optional<SegmentMerger::ByStart::iterator> SegmentMerger::segment_after(con
     const auto merit = [&](const Segment& one) {
         return std::tuple(std::abs(one.start - segment.next), -one.next);
     };
+    auto at = by_start_.lower_bound(segment.next - tolerance);
     const auto end = by_start_.upper_bound(segment.next + tolerance);
-    for (auto at = by_start_.lower_bound(segment.next - tolerance); at != end; ++at)
+    for (int i = 0; i < most_candidates && at != end; ++i, ++at)
         if (is_same_rate(segment.last_rate, at->second.rate) &&
             (!best || merit(at->second) < merit((*best)->second)))
             best = at;
@@ -111,7 +130,7 @@ std::optional<SegmentMerger::ByStart::iterator> SegmentMerger::segment_after(con
 
 Segment SegmentMerger::taken(ByStart::iterator place) {
     const Segment segment = place->second;
-    auto end = by_next_.lower_bound(segment.next);
+    auto end = by_next_.lower_bound({segment.next, segment.start});
     while (end->second != place)
         ++end;
     by_next_.erase(end);
@@ -123,12 +142,12 @@ void SegmentMerger::open(const Segment& segment) {
     open_ = segment;
     const std::int64_t from = segment.next - 3 * tolerance_of(segment);
     const auto start = by_start_.lower_bound(from);
-    const auto next = by_next_.lower_bound(from);
-    barrier_ = std::numeric_limits<std::int64_t>::max();
+    const auto next = by_next_.lower_bound({from, Times::min()});
+    barrier_ = Times::max();
     if (start != by_start_.end())
         barrier_ = start->first;
     if (next != by_next_.end())
-        barrier_ = std::min(barrier_, next->first);
+        barrier_ = std::min(barrier_, next->first.first);
 }
 
 std::vector<Segment> SegmentMerger::take() {

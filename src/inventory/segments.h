@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace quarry {
@@ -23,12 +24,17 @@ public:
     // All segments, by start, the longest first where several begin. The merger is empty then.
     std::vector<Segment> take();
 
+    // Records of segments that are not kept, because there are others of the same times.
+    std::int64_t duplicates() const { return duplicates_; }
+
 private:
     using ByStart = std::multimap<std::int64_t, Segment>;
+    using Ends = std::pair<std::int64_t, std::int64_t>; // where a segment goes on, and its start
 
     std::int64_t tolerance_of(const Segment& segment) const;
     bool extends_open(const Segment& segment) const;
     void store_open();
+    bool has_twin(const Segment& segment) const;
     std::optional<ByStart::iterator> segment_before(const Segment& segment) const;
     std::optional<ByStart::iterator> segment_after(const Segment& segment);
     Segment taken(ByStart::iterator place);
@@ -39,7 +45,8 @@ private:
     std::int64_t barrier_ =
         0;                  // where the next other segment begins or ends, seen from the end of the open one
     ByStart by_start_ = {}; // all but the open one
-    std::multimap<std::int64_t, ByStart::iterator> by_next_ = {};
+    std::multimap<Ends, ByStart::iterator> by_next_ = {};
+    std::int64_t duplicates_ = 0;
 };
 
 // The segments, by start, become those of the channel with its breaks and duplicates.
