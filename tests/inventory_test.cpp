@@ -165,8 +165,9 @@ TEST(DataFound, CountsByChannelAndEpoch) {
         if (const auto* record = std::get_if<DataRecord>(item))
             found.add(*record);
     ASSERT_EQ(found.channels().size(), 1);
-    const EpochData& outside = found.channels()[0].data.at(0);
-    const EpochData& within = found.channels()[0].data.at(1);
+    ASSERT_EQ(found.channels()[0].data.size(), 2);
+    const EpochData& within = found.channels()[0].data[0];
+    const EpochData& outside = found.channels()[0].data[1];
     EXPECT_EQ(outside.records, 1);
     EXPECT_EQ(within.records, 4);
     EXPECT_EQ(within.samples, 800);

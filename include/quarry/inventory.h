@@ -21,18 +21,63 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
 
 namespace quarry {
 
-using Integer = std::optional<std::int64_t>;
-using Real = std::optional<double>;
+// A number or none, as std::optional, in the room of the number: headers hold millions of them. What stands
+// for none, the least integer and NaN, is no number of a volume.
+template <class Number>
+class Maybe {
+public:
+    constexpr Maybe() = default;
+    constexpr Maybe(std::nullopt_t) {}
+    constexpr Maybe(Number number) : number_(number) {}
+    constexpr Maybe(const std::optional<Number>& number) : number_(number.value_or(none)) {}
+
+    constexpr bool has_value() const {
+        if constexpr (std::is_floating_point_v<Number>)
+            return number_ == number_;
+        else
+            return number_ != none;
+    }
+    constexpr explicit operator bool() const { return has_value(); }
+    constexpr Number operator*() const { return number_; } // of no meaning without a number
+    constexpr Number value_or(Number otherwise) const { return has_value() ? number_ : otherwise; }
+
+    friend constexpr bool operator==(Maybe one, Maybe other) {
+        return one.has_value() ? one.number_ == other.number_ : !other.has_value();
+    }
+    friend constexpr bool operator==(Maybe one, std::nullopt_t) { return !one.has_value(); }
+    friend constexpr bool operator==(Maybe one, const std::optional<Number>& other) {
+        return one == Maybe(other);
+    }
+    template <class Other>
+    requires std::is_arithmetic_v<Other>
+    friend constexpr bool operator==(Maybe one, Other other) {
+        return one.has_value() && one.number_ == other;
+    }
+    // None is less than any number.
+    friend constexpr bool operator<(Maybe one, Maybe other) {
+        return other.has_value() && (!one.has_value() || one.number_ < other.number_);
+    }
+
+private:
+    using Limits = std::numeric_limits<Number>;
+    static constexpr Number none = std::is_floating_point_v<Number> ? Limits::quiet_NaN() : Limits::min();
+    Number number_ = none;
+};
+
+using Integer = Maybe<std::int64_t>;
+using Real = Maybe<double>;
 
 // A blockette: its type, and where its first byte stands in the input.
 struct Place {

@@ -23,7 +23,10 @@ struct ResponseType {
 template <class T>
 std::vector<T> list(Row fields, std::string_view count, T (*read)(Row row)) {
     std::vector<T> values;
-    for (const Row row : rows_of(fields, count))
+    const GroupRows rows = rows_of(fields, count);
+    if (!rows.empty())
+        values.reserve((rows.fields().size() - 1) / (*rows.begin()).size() + 1);
+    for (const Row row : rows)
         values.push_back(read(row));
     return values;
 }
