@@ -23,6 +23,11 @@ void add(JsonWriter* json, std::string_view name, std::string_view text) {
         json->field(name, text);
 }
 
+void add(JsonWriter* json, std::string_view name, char letter) {
+    if (letter != 0)
+        json->field(name, std::string_view(&letter, 1));
+}
+
 void add(JsonWriter* json, std::string_view name, const Moment& moment) {
     add(json, name, moment.text);
     if (moment.microseconds)
