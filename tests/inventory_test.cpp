@@ -70,6 +70,9 @@ std::vector<std::string> findings_of(const Inventory& inventory) {
 
 const std::string head = b050("2000,001", "");
 
+static_assert(Real() == Real() && Real() == std::optional<double>() && Real(0) == 0 && Real() < Real(-1));
+static_assert(Integer() != 0 && Integer() < 0 && !(Integer(1) < Integer()) && Integer(2) != std::nullopt);
+
 TEST(Inventory, HoldsStationsAndChannelsAsTheyAreGiven) {
     const Inventory inventory = inventory_of(head + b052("2000,001", "2001,001"));
     EXPECT_THAT(findings_of(inventory), ElementsAre());

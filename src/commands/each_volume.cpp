@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -54,6 +56,9 @@ private:
                 out.write(front_);
             try {
                 treat(line_.volumes[i], out);
+            } catch (const std::bad_alloc&) {
+                out.drop_unfinished_line();
+                raise(failed, line_.volumes[i] + ": " + std::generic_category().message(ENOMEM));
             } catch (const std::exception& error) {
                 out.drop_unfinished_line();
                 raise(failed, line_.volumes[i] + ": " + error.what());

@@ -284,10 +284,14 @@ private:
 
     // --- the volume
 
+    std::string fitting(std::string_view line) const {
+        return shown_.width > 0 ? cut_text(line, shown_.width) : std::string(line);
+    }
+
     void write_title() {
         const std::string name = shown_on_terminal(reader_.name());
         out_ += number_ > 0 ? "\n" : "";
-        out_ += (shown_.width > 0 ? cut_text(name, shown_.width) : name) + "\n";
+        out_ += fitting(name) + "\n";
     }
 
     void write_line(std::string_view title, std::string_view content) {
@@ -297,7 +301,7 @@ private:
         std::string line(title);
         line.resize(title_width, ' ');
         line += shown_text(content);
-        out_ += (shown_.width > 0 ? cut_text(line, shown_.width) : line) + "\n";
+        out_ += fitting(line) + "\n";
     }
 
     void write_volume() {
@@ -345,7 +349,7 @@ private:
     void write_table(std::string_view title, std::span<const Column> columns, Give give) {
         const Table table(
             columns, [this, give](const Take& take) { (this->*give)(take); }, [this] { part_.settle(); });
-        const std::string front = shown_.volume ? "\n" + std::string(title) + "\n" : "";
+        const std::string front = shown_.volume ? "\n" + fitting(title) + "\n" : "";
         if (shown_.for_programs)
             table.write_rows(shown_on_terminal(reader_.name()), &out_);
         else if (!table.write_text(front, shown_.width, &out_) && !shown_.volume)

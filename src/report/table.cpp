@@ -172,13 +172,13 @@ void Table::write_left_out(const Widths& natural, const Widths& shown, std::size
         const std::string_view title = columns_[i].title;
         line += line.empty() ? "(no room: " : ", ";
         if (line.find_last_not_of(' ') + 3 + title.size() > width) {
-            *out += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+            *out += cut_text(line.substr(0, line.find_last_not_of(' ') + 1), width) + "\n";
             line = " ";
         }
         line += title;
     }
     if (!line.empty())
-        *out += line + ")\n";
+        *out += cut_text(line + ")", width) + "\n";
 }
 
 void Table::write_rows(std::string_view first, std::string* out) const {
