@@ -5,6 +5,7 @@
 #include "commands/json_inventory.h"
 #include "commands/json_lines.h"
 #include "commands/selected.h"
+#include "inventory/station.h"
 #include "quarry/time.h"
 #include "volume/record_batch.h"
 
@@ -38,6 +39,15 @@ unsigned kinds_of(std::string_view list, unsigned usual) {
     return kinds;
 }
 
+// What the header says of the volume, if it begins with one.
+VolumeHeader header_of(const Item* first) {
+    const auto* blockette = first != nullptr ? std::get_if<ControlBlockette>(first) : nullptr;
+    if (blockette == nullptr || !is_volume_header(blockette->type))
+        return {};
+    return read_volume_header({blockette->type, blockette->offset, blockette->logical_record},
+                              decode_blockette(blockette->type, blockette->text));
+}
+
 // --- one volume ----------------------------------------------------------------------------------------
 
 class VolumeLines {
@@ -47,8 +57,10 @@ public:
           out_(*out), lines_(shared_->options, &out->text()) {}
 
     bool write() {
-        lines_.volume();
-        while (const Item* item = reader_.next()) {
+        const Item* item = reader_.next();
+        if (options().shows(volume_kind))
+            write_volume(header_of(item), &lines_);
+        for (; item != nullptr; item = reader_.next()) {
             std::visit([this](const auto& one) { take(one); }, *item);
             out_.settle();
         }
