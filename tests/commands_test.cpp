@@ -92,6 +92,13 @@ const bool commands = make_recorded_tests(
          "for columns in 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
          "</dev/null | tr -d '\\r'; done; COLUMNS=60 script -qec '$quarry info --channels demo' /dev/null </dev/null",
          volumes},
+        {"Recipes",
+         "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " QUARRY_RECIPES
+         " >recipes; PATH=${quarry%/*}:$PATH sh recipes",
+         {{"volume.seed", demonstration_volume()},
+          {"archive/demo", demonstration_volume()},
+          {"archive/2005/damaged", volumes.at("damaged")},
+          {"archive/2005/plain", plain_records()}}},
         {"ANameAloneIsAVolume", "$quarry json | tail -3", volumes},
         {"FullOutputOfACommand", "$quarry json demo >/dev/full", volumes},
     });
