@@ -41,6 +41,7 @@ const std::map<std::string, std::string> volumes = {
          {.station = "AAA", .year = 2010, .samples = 2, .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
     {"damaged", one_record({.station = "BBB"}) + std::string(512, 'x') + one_record({.station = "CCC"})},
     {"plain", plain_records()},
+    {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"empty", ""},
     {"names", "sound\r\n\ndamaged\n"},
@@ -56,7 +57,9 @@ const bool commands = make_recorded_tests(
     {
         {"JsonOfTheDemonstration", "$quarry json demo", volumes},
         {"JsonSamples", "$quarry json --samples --kinds data sound", volumes},
-        {"JsonDamage", "$quarry json --kinds volume,damage,summary damaged", volumes},
+        {"JsonDamage",
+         "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,damage,summary damaged",
+         volumes},
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},
         {"JsonSelection",
