@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -355,8 +356,9 @@ struct Inventory {
     std::vector<Finding> findings; // in order of their places
 };
 
-// The inventory of all the control blockettes from here to the end of the input.
-Inventory read_inventory(VolumeReader* reader);
+// The inventory of all the control blockettes from here to the end of the input. Each item goes to `take`,
+// too, if there is one: so data records and damage can be had of an input that is read once.
+Inventory read_inventory(VolumeReader* reader, const std::function<void(const Item&)>& take = {});
 
 // --- look-up -------------------------------------------------------------------------------------------
 

@@ -34,6 +34,12 @@ void add(JsonWriter* json, std::string_view name, const Moment& moment) {
         json->field(std::string(name) + "_iso", IsoTime(*moment.microseconds).text());
 }
 
+// Bytes, of which the volume states the power of two.
+void add_length(JsonWriter* json, std::string_view name, const Integer& power) {
+    if (power && *power >= 0 && *power < 32)
+        json->field(name, std::int64_t{1} << *power);
+}
+
 template <class Items, class Write>
 void add_array(JsonWriter* json, std::string_view name, const Items& items, Write write) {
     json->key(name);
@@ -176,8 +182,7 @@ public:
         if (const auto* format =
                 find_definition(inventory_.dictionary.formats, epoch.format, epoch.place.offset))
             add(json_, "format", format->name);
-        if (epoch.record_length && *epoch.record_length >= 0 && *epoch.record_length < 32)
-            json_->field("record_length", std::int64_t{1} << *epoch.record_length);
+        add_length(json_, "record_length", epoch.record_length);
         add_span(epoch);
         add_comments(epoch.comments);
         add_objects(json_, "stages", epoch.stages, [this](const Stage& stage) {
@@ -259,6 +264,18 @@ private:
 };
 
 } // namespace
+
+void write_volume(const VolumeHeader& header, JsonLines* lines) {
+    JsonWriter& json = lines->begin(volume_kind);
+    add(&json, "version", header.version);
+    add_length(&json, "record_length", header.record_length);
+    add(&json, "start", header.start);
+    add(&json, "end", header.end);
+    add(&json, "written", header.written);
+    add(&json, "organization", header.organization);
+    add(&json, "label", header.label);
+    lines->end();
+}
 
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle) {

@@ -38,7 +38,6 @@ public:
     // Appends to the text. Both outlive the lines.
     JsonLines(const JsonOptions& options, std::string* out) : options_(options), json_(out) {}
 
-    void volume();
     void blockette(const ControlBlockette& blockette, const Fields& fields);
     void damage(const Damage& damage);
 

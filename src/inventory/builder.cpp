@@ -214,14 +214,17 @@ Inventory InventoryBuilder::finish() {
     return std::exchange(inventory_, {});
 }
 
-Inventory read_inventory(VolumeReader* reader) {
+Inventory read_inventory(VolumeReader* reader, const std::function<void(const Item&)>& take) {
     InventoryBuilder builder;
     Fields fields;
-    while (const Item* item = reader->next())
+    while (const Item* item = reader->next()) {
         if (const auto* blockette = std::get_if<ControlBlockette>(item)) {
             decode_blockette(blockette->type, blockette->text, std::endian::big, &fields);
             builder.add(*blockette, fields);
         }
+        if (take)
+            take(*item);
+    }
     return builder.finish();
 }
 
