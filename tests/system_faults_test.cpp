@@ -234,6 +234,10 @@ const bool system_faults = make_tests(
          0, "", 1},
         {"DatabaseEndlessView", endless_view + "-sINT" + interrupted, 128 + SIGINT, ""},
         {"DatabaseEndlessViewTerminated", endless_view + "-sTERM" + interrupted, 128 + SIGTERM, ""},
+        {"SignalWhileALineWaits",
+         "printf '%-512s' '000001A 0330015001text~' | cat - one >line; mv line one; " + endless_view +
+             "-sINT" + interrupted + " >out; status=$?; grep -q '^B033.*text' out && exit $status",
+         128 + SIGINT, ""},
 
         // The files of a database stay as they are, whoever is at them or was.
         {"FilesOfADatabase", sound_database + "sh check d", 0, "", 1},
