@@ -12,7 +12,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -31,15 +30,16 @@ struct EpochData {
     std::int64_t samples = 0;
     std::int64_t first = 0; // microseconds since 1970: the earliest first sample, the latest last one
     std::int64_t last = 0;
-    // Records that begin more than half a sample after the one before would have gone on, and before that.
-    // Records without a rate or without samples are left out of this.
+    // The record before says when the next sample is due. Gaps are records that begin more than half a sample
+    // later, overlaps those that begin more than half a sample earlier. Records without a rate or without
+    // samples are left out of this.
     std::int64_t gaps = 0;
     std::int64_t overlaps = 0;
     double rate = 0;                       // of the first record with one
     std::vector<int> encodings = {};       // in the order met; -1 for records without a blockette 1000
     std::vector<std::size_t> lengths = {}; // of records, bytes
 
-    std::int64_t next = 0; // where the record before would go on; of no meaning without records
+    std::int64_t next = 0; // where the record before would go on; meaningless without records
     bool goes_on = false;
 };
 

@@ -34,7 +34,7 @@ struct ChannelRow {
 // are views of the contents.
 std::vector<ChannelRow> channel_rows(const Contents& contents);
 
-// What of the responses is kept: they are most of the headers of many volumes.
+// Which part of the responses is kept: they are most of the headers of many volumes.
 enum class Responses : std::uint8_t {
     all,
     sensitivity // gains of stage 0; the inventory's findings about keys are then incomplete

@@ -45,8 +45,8 @@ char absent_from(std::string_view text) {
     return '\0';
 }
 
-// For a terminal: only the ends of lines that stand in the format stay such; those of the arguments are shown
-// as codes, like all control characters. A character that no argument holds marks the former.
+// For a terminal: the ends of lines in the format stay, those in the arguments are shown as codes, like all
+// control characters. A character that is in no argument marks the former.
 __attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const char* format,
                                                                          va_list arguments) {
     va_list again;
@@ -135,7 +135,6 @@ void log_die(int with_errno, const char* format, ...) {
     va_start(arguments, format);
     report(error_text, format, arguments);
     va_end(arguments);
-    flush_output(stdout);
     end_process(EXIT_FAILURE);
 }
 
@@ -147,7 +146,6 @@ void log_die_without_memory(const char* text) {
         std::snprintf(line.data(), line.size(), "%s: %s: %s\n", name, text, std::strerror(ENOMEM));
     log_flush(1);
     write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
-    flush_output(stdout);
     end_process(EXIT_FAILURE);
 }
 
