@@ -111,6 +111,7 @@ void log_init(int argc, const char* const* argv) {
 }
 
 void log_note(const char* format, ...) {
+    flush_output(stdout); // if that fails, the message about it must not bring this note with it
     if (pending_notes == nullptr)
         pending_notes = new std::vector<std::string>;
     va_list arguments;
