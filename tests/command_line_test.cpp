@@ -23,10 +23,14 @@ const std::string named = "ln -s \"$quarry\" quarry; ";
 const std::string installed = "mkdir bin etc; cp \"$quarry\" bin; mv first etc/quarry; ";
 const std::string in_its_place = " 2>&1 | sed \"s:$PWD/::\"";
 
+// The parts of a zero or pole and their errors.
+const std::string ones = " 1.00000E+00 1.00000E+00 1.00000E+00 1.00000E+00";
+
 // Texts that would move the cursor, forge a line or change the terminal's settings; "\303\251" is a letter.
 const std::map<std::string, std::string> volume_of_controls{
     {"volume", padded("000001V " + blockette(33, "001\33[2J\nquarry: forged\303\251\302\233\200\177~") +
-                          blockette(33, "\33\n\r~"),
+                          blockette(33, "\33\n\r~") +
+                          blockette(53, "A01001002" + padded("", 24) + "001" + ones + "001" + ones),
                       512)}};
 
 // The smallest limits at which the program is loaded at all, and what then ends it.
