@@ -40,13 +40,14 @@ __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, 
 // A character that the text does not hold, or NUL.
 char absent_from(std::string_view text) {
     for (int candidate = 1; candidate <= UCHAR_MAX; ++candidate)
-        if (candidate != '%' && text.find(static_cast<char>(candidate)) == std::string_view::npos)
+        if (text.find(static_cast<char>(candidate)) == std::string_view::npos)
             return static_cast<char>(candidate);
     return '\0';
 }
 
 // For a terminal: the ends of lines in the format stay, those in the arguments are shown as codes, like all
-// control characters. A character that is in no argument marks the former.
+// control characters. The former are marked by a character that is neither in the format (so it is not "%")
+// nor in an argument.
 __attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const char* format,
                                                                          va_list arguments) {
     va_list again;
