@@ -43,8 +43,8 @@ const std::map<std::string, std::string> volume_of_controls{
 // The smallest limits at which the program is loaded at all, and what then ends it.
 const std::string little_memory =
     "kib=4096; while (ulimit -v $kib; $quarry demo) >out 2>&1; [ $? = 127 ]; do kib=$((kib + 64)); done; "
-    "for step in $(seq 32); do (ulimit -v $kib; $quarry demo >out 2>err; "
-    "echo status $?, $(grep -c '^quarry: Out of memory in .*of' err) message); kib=$((kib + 16)); done | sort | uniq -c | sed 's/ *[0-9]* //'";
+    "for step in $(seq 32); do (ulimit -v $kib; $quarry demo >out 2>err); "
+    "echo status $?, $(grep -c '^quarry: Out of memory in .*of' err) message; kib=$((kib + 16)); done | sort | uniq -c | sed 's/ *[0-9]* //'";
 
 // A volume in parts, the first of which ends within padding and the last but one within a record. Each is
 // written when the line of the one before has arrived.

@@ -44,14 +44,19 @@ std::uint64_t packed_station(const char* stn) {
 }
 
 // Longer codes are cut as those of the epochs are.
+EpochGroup group_of_codes(std::uint64_t station_and_channel, std::uint64_t location) {
+    return {{static_cast<std::uint32_t>(station_and_channel >> 32),
+             static_cast<std::uint32_t>(station_and_channel), static_cast<std::uint32_t>(location)}};
+}
+
 EpochGroup channel_group(const char* stn, const char* chan_id, const char* loc_id) {
     constexpr std::size_t chan_id_size = sizeof rec_len_t::chan_id - 1;
-    return {packed_station(stn) << (8 * chan_id_size) | packed(chan_id, chan_id_size),
-            packed(loc_id, sizeof rec_len_t::loc_id - 1)};
+    return group_of_codes(packed_station(stn) << (8 * chan_id_size) | packed(chan_id, chan_id_size),
+                          packed(loc_id, sizeof rec_len_t::loc_id - 1));
 }
 
 EpochGroup station_group(const char* stn) {
-    return {packed_station(stn), 0};
+    return group_of_codes(packed_station(stn), 0);
 }
 
 template <class Epoch>

@@ -11,6 +11,7 @@
 #include "platform/containers.h"
 #include "platform/sorted_set.h"
 
+#include <array>
 #include <compare>
 #include <cstdint>
 
@@ -43,11 +44,10 @@ struct order_t {
 int rec_len_cmp(const rec_len_t& test, const rec_len_t& base);
 int order_cmp(const order_t& test, const order_t& base);
 
-// The codes of a channel or a station, packed to be compared fast: equal where the comparisons call all codes
-// equal.
+// The codes of a channel or a station, packed to be small and compared fast: equal where the comparisons call
+// all codes equal.
 struct EpochGroup {
-    std::uint64_t station_and_channel;
-    std::uint64_t location;
+    std::array<std::uint32_t, 3> words;
 
     auto operator<=>(const EpochGroup&) const = default;
 };
@@ -57,7 +57,8 @@ EpochGroup group_of(const order_t& epoch);
 
 inline std::uint64_t hash_of(const EpochGroup& group) {
     // Odd factors carry every bit into the upper ones.
-    return group.station_and_channel * 0x9E3779B97F4A7C15 + group.location * 0xC2B2AE3D27D4EB4F;
+    const std::uint64_t station_and_channel = std::uint64_t{group.words[0]} << 32 | group.words[1];
+    return station_and_channel * 0x9E3779B97F4A7C15 + group.words[2] * 0xC2B2AE3D27D4EB4F;
 }
 
 // Empty lists of epochs.

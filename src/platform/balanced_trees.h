@@ -5,13 +5,39 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <utility>
+#include <vector>
 
 namespace quarry {
 
 using TreeIndex = std::uint32_t;
 inline constexpr TreeIndex no_node = UINT32_MAX; // also the root of an empty tree
+
+// An array that grows without a second copy, and without room left unused but for a block.
+template <class T>
+class BlockedArray {
+public:
+    const T& operator[](std::size_t index) const { return blocks_[index / block_size][index % block_size]; }
+    T& operator[](std::size_t index) { return blocks_[index / block_size][index % block_size]; }
+    std::size_t size() const { return size_; }
+    void clear() {
+        blocks_.clear();
+        size_ = 0;
+    }
+
+    void push_back(T element) {
+        if (size_ % block_size == 0)
+            blocks_.emplace_back().reserve(block_size);
+        blocks_.back().push_back(std::move(element));
+        ++size_;
+    }
+
+private:
+    static constexpr std::size_t block_size = 64;
+
+    std::vector<std::vector<T>> blocks_;
+    std::size_t size_ = 0;
+};
 
 // What a node has besides its caller's data:
 //
@@ -93,7 +119,7 @@ private:
         return child;
     }
 
-    std::deque<Node> nodes_; // grows without a second copy
+    BlockedArray<Node> nodes_;
 };
 
 } // namespace quarry

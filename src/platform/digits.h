@@ -9,21 +9,23 @@
 
 namespace quarry {
 
-inline constexpr std::array<std::uint64_t, 20> powers_of_ten = [] {
+constexpr std::array<std::uint64_t, 20> make_powers_of_ten() {
     std::array<std::uint64_t, 20> powers{1};
     for (std::size_t i = 1; i < powers.size(); ++i)
         powers[i] = powers[i - 1] * 10;
     return powers;
-}();
+}
+inline constexpr auto powers_of_ten = make_powers_of_ten();
 
-inline constexpr std::array<char, 200> digit_pairs = [] {
+constexpr std::array<char, 200> make_digit_pairs() {
     std::array<char, 200> pairs{};
     for (std::size_t i = 0; i < 100; ++i) {
         pairs[2 * i] = static_cast<char>('0' + i / 10);
         pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
     }
     return pairs;
-}();
+}
+inline constexpr auto digit_pairs = make_digit_pairs();
 
 // The count of decimal digits, at least 1.
 inline std::size_t digit_count(std::uint64_t value) {

@@ -282,13 +282,12 @@ public:
     template <Conversion conversion, typename T>
     void append(const T& argument) {
         if constexpr (!is_quick<T>(conversion))
-            append_by_function(conversion, argument);
+            return append_by_function(conversion, argument);
         else if constexpr (std::is_array_v<T>)
-            append_text<conversion>(argument);
-        else if (std::is_signed_v<T> && argument < 0) [[unlikely]]
-            append_by_function(conversion, argument);
-        else
-            append_integer<conversion>(static_cast<std::uint64_t>(argument));
+            return append_text<conversion>(argument);
+        else if (!std::is_signed_v<T> || argument >= 0) [[likely]]
+            return append_integer<conversion>(static_cast<std::uint64_t>(argument));
+        append_by_function(conversion, argument);
     }
 
 private:
