@@ -91,7 +91,8 @@ void write_with_gathered(LineBuffer& /*gathered*/, std::FILE* /*stdout*/, std::s
 
 void write_to_stream(LineBuffer& line, std::FILE* stream, std::string_view text) {
     std::fwrite(line.text().data(), 1, line.text().size(), stream);
-    std::fwrite(text.data(), 1, text.size(), stream);
+    if (!text.empty()) // else it may be at null, which fwrite does not take
+        std::fwrite(text.data(), 1, text.size(), stream);
     line.clear();
 }
 
