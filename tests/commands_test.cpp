@@ -89,7 +89,7 @@ const bool commands = make_recorded_tests(
          "for o in '' --stations --damage '--damage --stations'; do $quarry info --tsv $o damaged demo controls; done",
          volumes},
         {"InfoOnATerminal",
-         "for columns in 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
+         "for columns in 9 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
          "</dev/null | tr -d '\\r'; done; COLUMNS=60 script -qec '$quarry info --channels demo' /dev/null </dev/null",
          volumes},
         {"ANameAloneIsAVolume", "$quarry json | tail -3", volumes},

@@ -70,6 +70,9 @@ std::vector<std::string> findings_of(const Inventory& inventory) {
 
 const std::string head = b050("2000,001", "");
 
+static_assert(Real() == Real() && Real() == std::optional<double>() && Real(0) == 0 && Real() < Real(-1));
+static_assert(Integer() != 0 && Integer() < 0 && !(Integer(1) < Integer()) && Integer(2) != std::nullopt);
+
 TEST(Inventory, HoldsStationsAndChannelsAsTheyAreGiven) {
     const Inventory inventory = inventory_of(head + b052("2000,001", "2001,001"));
     EXPECT_THAT(findings_of(inventory), ElementsAre());
@@ -165,8 +168,9 @@ TEST(DataFound, CountsByChannelAndEpoch) {
         if (const auto* record = std::get_if<DataRecord>(item))
             found.add(*record);
     ASSERT_EQ(found.channels().size(), 1);
-    const EpochData& outside = found.channels()[0].data.at(0);
-    const EpochData& within = found.channels()[0].data.at(1);
+    ASSERT_EQ(found.channels()[0].data.size(), 2);
+    const EpochData& within = found.channels()[0].data[0];
+    const EpochData& outside = found.channels()[0].data[1];
     EXPECT_EQ(outside.records, 1);
     EXPECT_EQ(within.records, 4);
     EXPECT_EQ(within.samples, 800);

@@ -13,7 +13,7 @@ namespace {
 // What the volume lacks is absent.
 
 template <class Number>
-void add(JsonWriter* json, std::string_view name, const std::optional<Number>& number) {
+void add(JsonWriter* json, std::string_view name, Maybe<Number> number) {
     if (number)
         json->field(name, *number);
 }
@@ -21,6 +21,11 @@ void add(JsonWriter* json, std::string_view name, const std::optional<Number>& n
 void add(JsonWriter* json, std::string_view name, std::string_view text) {
     if (!text.empty())
         json->field(name, text);
+}
+
+void add(JsonWriter* json, std::string_view name, char letter) {
+    if (letter != 0)
+        json->field(name, std::string_view(&letter, 1));
 }
 
 void add(JsonWriter* json, std::string_view name, const Moment& moment) {
@@ -123,7 +128,7 @@ void add_part(JsonWriter* json, const Gain& part) {
 void add_part(JsonWriter* json, const Fir& part) {
     json->field("response", "fir");
     add(json, "symmetry", part.symmetry);
-    add_array(json, "coefficients", part.coefficients, [json](const Real& coefficient) {
+    add_array(json, "coefficients", part.coefficients, [json](Real coefficient) {
         json->value(coefficient.value_or(std::numeric_limits<double>::quiet_NaN())); // null keeps its place
     });
 }
@@ -274,7 +279,7 @@ void write_stations(const Contents& contents, const Selection& selection, JsonLi
 
 void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle) {
-    for (const ChannelRow& row : selected_rows(contents, selection)) {
+    for_each_row(contents, selection, [&](const ChannelRow& row) {
         const ChannelEpoch* epoch = row.epoch;
         JsonWriter& json = epoch != nullptr
                                ? lines->begin(channel_kind, epoch->place.offset, epoch->place.logical_record)
@@ -286,7 +291,7 @@ void write_channels(const Contents& contents, const Selection& selection, JsonLi
             InventoryLines(contents.inventory, &json).data(*row.data);
         lines->end();
         settle();
-    }
+    });
 }
 
 } // namespace quarry

@@ -45,6 +45,9 @@ public:
             settle();
         }
 
+        // Where the part is given up in the middle of a line.
+        void drop_unfinished_line() { text_.resize(text_.rfind('\n') + 1); }
+
         // True if there are other threads, which may make text for this part.
         bool is_shared() const { return output_.threads_ > 1; }
         // What the job writes follows the text so far. `finish` returns once all jobs are done. Both
