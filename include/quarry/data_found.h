@@ -12,7 +12,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -31,8 +30,9 @@ struct EpochData {
     std::int64_t samples = 0;
     std::int64_t first = 0; // microseconds since 1970: the earliest first sample, the latest last one
     std::int64_t last = 0;
-    // Records that begin more than half a sample after the one before would have gone on, and before that.
-    // Records without a rate or without samples are left out of this.
+    // The record before says when the next sample is due. Gaps are records that begin more than half a sample
+    // later, overlaps those that begin more than half a sample earlier. Records without a rate or without
+    // samples are left out of this.
     std::int64_t gaps = 0;
     std::int64_t overlaps = 0;
     double rate = 0;                       // of the first record with one

@@ -37,7 +37,7 @@ std::string time_cell(std::int64_t time) {
     return std::string(IsoTime(time).text());
 }
 
-// A time that is none stands as the volume has it.
+// A text that is not a time is shown as the volume has it.
 std::string cell(const Moment& moment) {
     return moment.microseconds ? time_cell(*moment.microseconds) : moment.text;
 }
@@ -187,7 +187,7 @@ constexpr auto station_titles = std::to_array<Column>({
     {"network", 8, text, 8},
 });
 
-// A station of the headers, or one that only data name.
+// A station of the headers, or one that only data records name.
 struct StationLine {
     const Station* station = nullptr;
     std::int64_t channels = 0;
@@ -426,7 +426,7 @@ private:
 
 // --- the command ---------------------------------------------------------------------------------------
 
-// The columns of the terminal that standard output is: COLUMNS where that is set; 0 if it is none.
+// The width of the terminal that standard output goes to: COLUMNS where that is set; 0 without a terminal.
 std::size_t terminal_width() {
     constexpr std::size_t usual = 80;
     constexpr std::size_t largest = 10'000;

@@ -1,4 +1,4 @@
-// The objects that quarry json writes: what a line says of a blockette, a data record, damage.
+// The objects that quarry json writes: the lines for volumes, blockettes, data records and damage.
 #pragma once
 
 #include "quarry/volume.h"

@@ -1,4 +1,4 @@
-// What a selection takes of headers and data.
+// Which headers and data a selection takes.
 #pragma once
 
 #include "commands/selection.h"
@@ -10,7 +10,7 @@ namespace quarry {
 
 bool takes(const Selection& selection, const DataRecord& record);
 
-// Times that are missing or are no times leave the span open.
+// A start or an end that is missing or is not a time leaves the span open on its side.
 bool takes_span(const Selection& selection, const Moment& start, const Moment& end);
 
 // Visits the channel rows that it takes. Data in them have been selected record by record.

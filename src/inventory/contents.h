@@ -36,7 +36,7 @@ struct ChannelRow {
 // are views of the contents, made one by one.
 void for_each_row(const Contents& contents, const std::function<void(const ChannelRow& row)>& visit);
 
-// What of the responses is kept: they are most of the headers of many volumes.
+// Which part of the responses is kept: they are most of the headers of many volumes.
 enum class Responses : std::uint8_t {
     all,
     sensitivity // gains of stage 0; the inventory's findings about keys are then incomplete

@@ -1,5 +1,7 @@
 #include "quarry/data_found.h"
 
+#include "decode/data_record.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -8,8 +10,6 @@
 namespace quarry {
 
 namespace {
-
-constexpr std::size_t codes_offset = 8;
 
 using Limits = std::numeric_limits<std::int64_t>;
 
@@ -105,6 +105,7 @@ void DataFound::expect(std::string_view network, std::string_view station, std::
 
 void DataFound::add(const DataRecord& record) {
     Codes codes;
+    static_assert(sizeof codes == codes_size);
     std::copy_n(record.bytes.begin() + codes_offset, codes.size(), codes.begin());
     if (channels_.empty() || codes != last_codes_) {
         const auto known = index_.find(codes);

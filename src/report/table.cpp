@@ -32,7 +32,7 @@ std::size_t least_width(const Column& column, std::size_t natural) {
     return least > 0 ? std::min(natural, std::max(least, column.title.size())) : natural;
 }
 
-// What of the room helps a column that has `width`.
+// How much of the room a column that has `width` can use.
 std::size_t growth(const Column& column, std::size_t width, std::size_t natural, std::size_t room) {
     std::size_t grown = std::min(natural, width + room);
     if (column.kind == Column::Kind::time && grown < natural)

@@ -69,7 +69,8 @@ std::string titles_of(std::string_view first, std::span<const Column> columns);
 // Bytes of a volume as UTF-8, control characters as their codes.
 std::string shown_text(std::string_view bytes);
 
-// The columns of a terminal that a text takes, at most. The text cut to so many, its end marked.
+// The number of columns that a text takes on a terminal, at most. The text cut to a number of columns, its
+// end marked.
 std::size_t text_width(std::string_view text);
 std::string cut_text(std::string_view text, std::size_t width);
 
