@@ -80,7 +80,7 @@ def measure_cost(bench, sizes, results):
         sample = bench.measure([bench.quarry] + hostile.options + [hostile.path], limit=LIMIT)
         require(sample.status in (0, STOPPED), f"status {sample.status}: {hostile.label}")
         size = os.path.getsize(hostile.path) / 1e6
-        # The table of a database is no part of the volume: its cost is shown whole.
+        # The table of a database is not part of the volume: its cost is shown whole.
         is_database = "-d" in hostile.options
         rows.append({"input": hostile.label, "megabytes": size, "seconds": sample.cpu,
                      "stopped": sample.status == STOPPED, "peak": sample.peak,

@@ -20,7 +20,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <numeric>
 #include <random>
@@ -283,7 +282,7 @@ void write_control(const Arguments& arguments) {
 
 constexpr std::int64_t hours_of_all_epochs = 100'000;
 
-// The epochs' places in time in the order in which they are told.
+// The epochs' places in time in the order in which they are declared.
 std::vector<std::int64_t> places(const std::string& order, std::int64_t count) {
     std::vector<std::int64_t> places(static_cast<std::size_t>(count));
     std::iota(places.begin(), places.end(), std::int64_t{0});

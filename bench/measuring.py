@@ -96,7 +96,7 @@ def median(values):
 
 
 def mark(value, goal):
-    """What a table says of a value that is above its goal, where there is one."""
+    """The mark that a table has for a value above its goal; empty for a value without a goal."""
     return "MISS" if goal is not None and value > goal else ""
 
 

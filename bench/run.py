@@ -75,7 +75,7 @@ def data_volume(bench, name, size, records, channels=60, described=1):
 
 
 def check_messages(path):
-    """The one message that a volume of the benchmark calls for is that of records that are no 4096 bytes."""
+    """The one message that a volume of the benchmark calls for is that of records that are not 4096 bytes long."""
     with open(path, encoding="latin-1") as file:
         others = [line for line in file if "has a non-standard block length" not in line]
     require(not others, f"unexpected message: {others[:1]}")

@@ -14,7 +14,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace quarry {

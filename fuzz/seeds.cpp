@@ -10,7 +10,6 @@
 #include <array>
 #include <bzlib.h>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>

@@ -13,7 +13,7 @@ namespace quarry {
 
 namespace {
 
-// Before main, the library of command lines makes its tables, for which memory may be missing.
+// The library for command lines makes its tables before main; the memory may be exhausted even then.
 [[gnu::constructor(101)]] void report_exhausted_memory_from_the_start() {
     report_exhausted_memory();
 }

@@ -1,5 +1,5 @@
-// Process-wide state: the options and settings of a run, and what earlier blockettes say of later ones. One
-// thread, unguarded.
+// Process-wide state: the options and settings of a run, and what earlier blockettes say about later ones.
+// One thread, unguarded.
 //
 // The last station and channel records (blk_050, blk_052) are kept by blockette/station.h, the decoders'
 // output cursor by quarry/decoders.h.

@@ -33,7 +33,7 @@ TEST(Channel, OrientationLetters) {
     expect_recorded("Channel", "OrientationLetters", out);
 }
 
-// Channel and location up to their first character that is no letter or digit.
+// Channel and location up to their first character that is not a letter or digit.
 TEST(Channel, Names) {
     std::string out;
     for (const char* code : {"BHZ", "09Z", "/HZ", ":HZ", "A@Z", "AZ[", "a`z", "az{", "Hz9"})

@@ -7,14 +7,15 @@ namespace quarry {
 namespace {
 
 const std::map<std::string, std::string> demo = {{"demo", demonstration_volume()}};
+const std::string channel_of_format_1 =
+    blockette(52, "  BHZ0000001~001001" + std::string(43, ' ') + "000112" + std::string(24, ' ') + "~~~N");
 const std::map<std::string, std::string> two_parameter_files = {
     {"first/quarry.pf", "[data_type_aliases]\n\"Local ints\" = \"32-Bit Integer Format\"\n\"x\" = 7\n"},
     {"second/quarry.pf", "[data_type_aliases]\n\"Local ints\" = \"IEEE single precision real\"\n"},
     {"broken/quarry.pf", "[data_type_aliases]\na = \n"},
     {"volume", VolumeBuilder(512)
                    .control('A', blockette(30, "Local ints~000100000"))
-                   .control('S', blockette(52, "  BHZ0000001~001001" + std::string(43, ' ') + "000112" +
-                                                   std::string(24, ' ') + "~~~N"))
+                   .control('S', channel_of_format_1)
                    .data({.station = "", .encoding = 10})
                    .bytes()}};
 const std::string named = "ln -s \"$quarry\" quarry; ";
@@ -23,11 +24,21 @@ const std::string named = "ln -s \"$quarry\" quarry; ";
 const std::string installed = "mkdir bin etc; cp \"$quarry\" bin; mv first etc/quarry; ";
 const std::string in_its_place = " 2>&1 | sed \"s:$PWD/::\"";
 
-// Texts that would move the cursor, forge a line or change the terminal's settings; "\303\251" is a letter.
+// The parts of a zero or pole and their errors.
+const std::string ones = " 1.00000E+00 1.00000E+00 1.00000E+00 1.00000E+00";
+
+// Texts that would move the cursor, forge a line or change the terminal's settings ("\303\251" is a letter),
+// a message of several lines, and a type that the summary does not know.
 const std::map<std::string, std::string> volume_of_controls{
-    {"volume", padded("000001V " + blockette(33, "001\33[2J\nquarry: forged\303\251\302\233\200\177~") +
-                          blockette(33, "\33\n\r~"),
-                      512)}};
+    {"volume",
+     VolumeBuilder(512)
+         .control('A', blockette(30, "32-Bit Integer Format~000100000") +
+                           blockette(33, "001\33[2J\nquarry: forged\303\251\302\233\200\177~") +
+                           blockette(33, "\33\n\r~") +
+                           blockette(53, "A01001002" + padded("", 24) + "001" + ones + "001" + ones))
+         .control('S', channel_of_format_1 + blockette(98, ""))
+         .data({.station = "", .encoding = 10})
+         .bytes()}};
 
 // The smallest limits at which the program is loaded at all, and what then ends it.
 const std::string little_memory =

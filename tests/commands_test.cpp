@@ -41,6 +41,7 @@ const std::map<std::string, std::string> volumes = {
          {.station = "AAA", .year = 2010, .samples = 2, .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
     {"damaged", one_record({.station = "BBB"}) + std::string(512, 'x') + one_record({.station = "CCC"})},
     {"plain", plain_records()},
+    {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"empty", ""},
     {"names", "sound\r\n\ndamaged\n"},
@@ -56,7 +57,9 @@ const bool commands = make_recorded_tests(
     {
         {"JsonOfTheDemonstration", "$quarry json demo", volumes},
         {"JsonSamples", "$quarry json --samples --kinds data sound", volumes},
-        {"JsonDamage", "$quarry json --kinds volume,damage,summary damaged", volumes},
+        {"JsonDamage",
+         "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,damage,summary damaged",
+         volumes},
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},
         {"JsonSelection",
@@ -80,8 +83,7 @@ const bool commands = make_recorded_tests(
          "for c in 'json --kinds data' 'json --kinds summary' 'info --damage'; do $quarry $c no_rate; echo $?; done",
          volumes},
         {"Info",
-         "$quarry info demo plain; $quarry info --jobs 4 empty damaged - missing <controls 2>err; "
-         "echo $?; sort err >&2",
+         "$quarry info demo plain; $quarry info --jobs 4 empty damaged - missing <controls 2>err; echo $?; sort err",
          volumes},
         {"InfoOfTables",
          "for o in '--stations --network XX' '--channels --station DEM2' '--channels --to 2003-01-01' "
@@ -91,9 +93,16 @@ const bool commands = make_recorded_tests(
          "for o in '' --stations --damage '--damage --stations'; do $quarry info --tsv $o damaged demo controls; done",
          volumes},
         {"InfoOnATerminal",
-         "for columns in 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
+         "for columns in 9 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
          "</dev/null | tr -d '\\r'; done; COLUMNS=60 script -qec '$quarry info --channels demo' /dev/null </dev/null",
          volumes},
+        {"Recipes",
+         "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " QUARRY_RECIPES
+         " >recipes; PATH=${quarry%/*}:$PATH sh recipes",
+         {{"volume.seed", demonstration_volume()},
+          {"archive/demo", demonstration_volume()},
+          {"archive/2005/damaged", volumes.at("damaged")},
+          {"archive/2005/plain", plain_records()}}},
         {"ANameAloneIsAVolume", "$quarry json | tail -3", volumes},
         {"FullOutputOfACommand", "$quarry json demo >/dev/full", volumes},
     });

@@ -70,6 +70,9 @@ std::vector<std::string> findings_of(const Inventory& inventory) {
 
 const std::string head = b050("2000,001", "");
 
+static_assert(Real() == Real() && Real() == std::optional<double>() && Real(0) == 0 && Real() < Real(-1));
+static_assert(Integer() != 0 && Integer() < 0 && !(Integer(1) < Integer()) && Integer(2) != std::nullopt);
+
 TEST(Inventory, HoldsStationsAndChannelsAsTheyAreGiven) {
     const Inventory inventory = inventory_of(head + b052("2000,001", "2001,001"));
     EXPECT_THAT(findings_of(inventory), ElementsAre());
@@ -133,6 +136,83 @@ TEST(Inventory, ResolvesReferencesToTheDictionary) {
     EXPECT_THAT(findings_of(inventory), ElementsAre("60 9 is not defined"));
 }
 
+// Numbers that count up, so that each shows its place.
+std::string count(int first, int last) {
+    return first > last ? "" : exponent(first) + count(first + 1, last);
+}
+
+// A response in a blockette of a channel, and in its twin in the dictionary: their type, the letter in front
+// of the units, and the fields from the units on.
+struct TwinRow {
+    int type, twin;
+    const char* letter;
+    std::string fields;
+};
+const std::vector<TwinRow> twins{
+    {53, 43, "B", "001002" + count(1, 2) + "002" + count(3, 10) + "001" + count(11, 14)},
+    {54, 44, "D", "0020030002" + count(1, 4) + "0001" + count(5, 6)},
+    {55, 45, "", "0030040002" + count(1, 10)},
+    {56, 46, "", "0040050002" + count(1, 4)},
+    {57, 47, "", "  100.00000000500002 1.500E+000 2.500E+000"},
+    {58, 48, "", count(1, 2) + "02" + count(3, 4) + "2001,001~" + count(5, 6) + "2002,002~"},
+    {61, 41, "", "B0010030002  1.000000E+00  2.000000E+00"},
+    {62, 42, "P", "002004MB" + count(1, 5) + "002" + count(6, 9)},
+};
+
+// Stations and comments, and two channels: one with all responses, one that refers to their twins, which go
+// on in a further blockette where they may. Recorded as quarry json assembles them.
+std::string every_record() {
+    std::string dictionary = texts() + blockette(31, "0007SStation comment~003") +
+                             blockette(31, "0008CChannel comment~004") + blockette(33, "003Other sensor~");
+    for (int unit = 3; unit <= 5; ++unit)
+        dictionary += blockette(34, digits(unit, 3) + "U" + digits(unit, 1) + "~~");
+    std::string responses, reference = digits(static_cast<int>(twins.size()), 2);
+    int stage = 0;
+    for (const TwinRow& row : twins) {
+        const std::string number = digits(++stage, 2);
+        responses += blockette(row.type, row.letter + number + (row.type == 61 ? "Name~" : "") + row.fields);
+        for (const char* name : {"Name~", "Further~"})
+            if (*name == 'N' || (row.type != 57 && row.type != 58))
+                dictionary += blockette(row.twin, "00" + number + name + row.letter + row.fields);
+        reference += number + "0100" + number;
+    }
+    const std::string channel =
+        std::string("0007003Comment~001002+11.000000+022.000000   33.0 44.0 55.0-66.0") +
+        "000109  100.0000 7.700E-080001GH~2001,001~2002,002~U";
+    return VolumeBuilder(256)
+        .control('A', dictionary)
+        .control('S', blockette(50, std::string(station) + "02003,003~2004,004~UXX") +
+                          blockette(51, "2005,005~2006,006~0007000042") + blockette(52, "00BHZ" + channel) +
+                          responses + blockette(59, "2007,007~2008,008~0008000043") +
+                          blockette(52, "10BHN" + channel) + blockette(60, reference))
+        .bytes();
+}
+
+const bool recorded = make_recorded_tests(
+    "Assembled", {{"EveryRecord",
+                   "$quarry json --kinds damage,station,channel volume | sed 's/\\(\\[\\|},\\){/\\1\\n  {/g'",
+                   {{"volume", every_record()}}}});
+
+TEST(Inventory, HoldsDictionariesAndCounts) {
+    const Inventory inventory = inventory_of(
+        blockette(50, "STA1 +12.345678-123.4567891234.500011012Site~001321010~~NXX") + b052("2000,001", ""),
+        blockette(30, "Steim~000105002M0~W4 D~") + blockette(31, "0002SText~003") +
+            blockette(32, "04Author~2005~Publisher~") + blockette(33, "005Sensor~") +
+            blockette(34, "006M/S~Velocity~") + blockette(35, "0070001STA  00BHZ000200003"));
+    const Dictionary& all = inventory.dictionary;
+    const auto place = [](const auto& entries) { return entries.at(0).place; };
+    EXPECT_THAT(all.formats, ElementsAre(DataFormat{place(all.formats), 1, "Steim", 50, {"M0", "W4 D"}}));
+    EXPECT_THAT(all.comments, ElementsAre(CommentText{place(all.comments), 2, "S", "Text", 3}));
+    EXPECT_THAT(all.sources, ElementsAre(CitedSource{place(all.sources), 4, "Author", "2005", "Publisher"}));
+    EXPECT_THAT(all.abbreviations, ElementsAre(Abbreviation{place(all.abbreviations), 5, "Sensor"}));
+    EXPECT_THAT(all.units, ElementsAre(Unit{place(all.units), 6, "M/S", "Velocity"}));
+    EXPECT_THAT(all.beams, ElementsAre(Beam{place(all.beams), 7, {{"STA", "00", "BHZ", 2, 3}}}));
+    const StationEpoch& epoch = inventory.networks.at(0).stations.at(0).epochs.at(0);
+    EXPECT_THAT((std::array{epoch.channel_count, epoch.comment_count, epoch.word_order_32,
+                            epoch.word_order_16, only_epoch(inventory).comment_count}),
+                ElementsAre(11, 12, 3210, 10, 0));
+}
+
 TEST(Inventory, ReportsKeysAndEpochsThatDoNotFit) {
     const Inventory inventory = inventory_of(head + b052("2000,001", "2002,001") + b052("2002,001", "") +
                                                  b052("2001,001", "2001,002") + b050("2003,001", "2004,001"),
@@ -165,8 +245,9 @@ TEST(DataFound, CountsByChannelAndEpoch) {
         if (const auto* record = std::get_if<DataRecord>(item))
             found.add(*record);
     ASSERT_EQ(found.channels().size(), 1);
-    const EpochData& outside = found.channels()[0].data.at(0);
-    const EpochData& within = found.channels()[0].data.at(1);
+    ASSERT_EQ(found.channels()[0].data.size(), 2);
+    const EpochData& within = found.channels()[0].data[0];
+    const EpochData& outside = found.channels()[0].data[1];
     EXPECT_EQ(outside.records, 1);
     EXPECT_EQ(within.records, 4);
     EXPECT_EQ(within.samples, 800);

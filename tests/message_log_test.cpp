@@ -101,8 +101,9 @@ TEST(Memory, ExhaustionIsFatal) {
         {54, "D01001002   2" + padded("", 48) + "   3"},
         {61, "01Name~A001002   2"}};
     RunResult result{"", "", 0};
-    for (const int type :
-         {-1, 10, 11, 12, 30, 31, 32, 33, 34, 50, 51, 52, 53, 54, 57, 58, 59, 61, 70, 71, 72, 73, 74})
+#define QUARRY_TYPE(TYPE, NAME) TYPE,
+    for (const int type : {QUARRY_BLOCKETTE_TYPES(QUARRY_TYPE)})
+#undef QUARRY_TYPE
         result.err +=
             exhaustions(type, blockette(std::abs(type), fields.contains(type) ? fields.at(type) : ""));
     result.err = std::regex_replace(result.err, std::regex("line [0-9]+"), "line N");

@@ -130,6 +130,8 @@ TEST(Samples, UsnsnIsReadMostSignificantByteFirst) {
     EXPECT_GT(values.size(), 100);
     EXPECT_TRUE(std::equal(values.begin(), values.end(), series.begin()));
     EXPECT_EQ(cut.last_agrees, std::nullopt);
+    EXPECT_EQ(decode(encoded.bytes.substr(0, 4), 15, Order::big, 3), (Samples{Integers{series[0]}, 2}));
+    EXPECT_EQ(decode(encoded.bytes.substr(0, 3), 15, Order::big, 3), (Samples{Integers{}, 3}));
 }
 
 TEST(Samples, AnyBytesInAnyEncoding) {

@@ -80,9 +80,11 @@ const std::string hangs_up =
     "os.close(line)\nos.dup2(master, 0)\nos.execl(os.environ['quarry'], 'quarry')\nend\npython3 hang_up.py";
 
 // The listing fills the pipe before the end of the file is reached; then the file grows.
-const std::string grows = "for i in $(seq 500); do cat volume; done >grown; mkfifo out; "
-                          "$quarry grown >out & exec 3<out; read -r line <&3; cat volume >>grown; "
-                          "(echo \"$line\"; cat <&3) >listed; $quarry grown | cmp listed";
+const std::string grown =
+    "cp volume grown; for i in $(seq 9); do cat grown grown >twice; mv twice grown; done; ";
+const std::string grows = grown + "mkfifo out; "
+                                  "$quarry grown >out & exec 3<out; read -r line <&3; cat volume >>grown; "
+                                  "(echo \"$line\"; cat <&3) >listed; $quarry grown | cmp listed";
 
 // A pipe whose reader has gone stands on descriptor 3; signals stand in the way.
 const std::string reader_gone = "mkfifo pipe; : <pipe & exec 3>pipe; wait; "
@@ -172,6 +174,14 @@ const bool system_faults = make_tests(
         {"OutputClosed", "$quarry volume >&-", 1, cannot_write + "Bad file descriptor\n"},
         {"OutputClosedInSummary", "$quarry -s volume >&-", 1, cannot_write + "Bad file descriptor\n"},
         {"OutputBeyondALimit", "ulimit -f 1; $quarry volume >out", 1, cannot_write + "File too large\n"},
+        {"OutputFullBeforeANote",
+         "printf '%-512s' '000001A 0330015001text~0510019~~0000xxxxxx' >bad; $quarry bad >/dev/full", 1,
+         cannot_write + "No space left on device\n"},
+        {"OutputNotReadyYet", // the pipe is full and does not block
+         grown + "python3 -c 'import os; os.set_blocking(1, False); "
+                 "os.execl(os.environ[\"quarry\"], \"quarry\", \"grown\")' | (sleep 0.2; cat) >out; "
+                 "$quarry grown | cmp out",
+         0, ""},
         {"OutputReaderGone", reader_gone + "volume >&3", 141, ""},
         {"OutputReaderGoneInSummary", reader_gone + "-s volume >&3", 141, ""},
         {"ErrorsClosed", cut_volume + " 2>&-", 0, "", 2},
@@ -234,6 +244,10 @@ const bool system_faults = make_tests(
          0, "", 1},
         {"DatabaseEndlessView", endless_view + "-sINT" + interrupted, 128 + SIGINT, ""},
         {"DatabaseEndlessViewTerminated", endless_view + "-sTERM" + interrupted, 128 + SIGTERM, ""},
+        {"SignalWhileALineWaits",
+         "printf '%-512s' '000001A 0330015001text~' | cat - one >line; mv line one; " + endless_view +
+             "-sINT" + interrupted + " >out; status=$?; grep -q '^B033.*text' out && exit $status",
+         128 + SIGINT, ""},
 
         // The files of a database stay as they are, whoever is at them or was.
         {"FilesOfADatabase", sound_database + "sh check d", 0, "", 1},

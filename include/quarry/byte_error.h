@@ -14,9 +14,9 @@ namespace quarry {
 struct ByteError {
     enum class Kind {
         none,
-        system,  // open or read failed, or the memory is exhausted (ENOMEM): `number` tells it
+        system,  // open or read failed, or the memory is exhausted (ENOMEM): see `number`
         damaged, // the compressed data are cut or damaged; what could be decompressed was delivered
-        trailing // all was decompressed, and something else follows it, which is ignored
+        trailing // all was decompressed; something else follows, which is ignored
     };
     Kind kind = Kind::none;
     int number = 0;               // errno

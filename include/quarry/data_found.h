@@ -12,7 +12,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,27 +26,26 @@ struct EpochData {
     std::int64_t epoch_end;
     std::int64_t epoch_place = -1; // as given to expect; -1 for records outside all
 
-    std::int64_t records = 0;
+    std::int64_t records = 0; // one at least
     std::int64_t samples = 0;
     std::int64_t first = 0; // microseconds since 1970: the earliest first sample, the latest last one
     std::int64_t last = 0;
-    // Records that begin more than half a sample after the one before would have gone on, and before that.
-    // Records without a rate or without samples are left out of this.
+    // The record before says when the next sample is due. Gaps are records that begin more than half a sample
+    // later, overlaps those that begin more than half a sample earlier. Records without a rate or without
+    // samples are left out of this.
     std::int64_t gaps = 0;
     std::int64_t overlaps = 0;
     double rate = 0;                       // of the first record with one
     std::vector<int> encodings = {};       // in the order met; -1 for records without a blockette 1000
     std::vector<std::size_t> lengths = {}; // of records, bytes
 
-    std::int64_t next = 0; // where the record before would go on; of no meaning without records
+    std::int64_t next = 0; // where the record before would go on
     bool goes_on = false;
 };
 
 struct ChannelData {
     std::string network, station, location, channel;
-    // The records outside all epochs first, then an epoch each, in the order of expect.
-    std::vector<EpochData> data;
-    bool is_ordered = true; // no epoch begins before the end of the one before
+    std::vector<EpochData> data; // of epochs with records, in the order met
 };
 
 class DataFound {
@@ -59,7 +57,7 @@ public:
 
     void add(const DataRecord& record);
 
-    // In order of first mention.
+    // Those that were expected or have records, in order of first mention.
     const std::vector<ChannelData>& channels() const { return channels_; }
     std::vector<ChannelData> take() && { return std::move(channels_); }
 
@@ -71,7 +69,20 @@ private:
     std::size_t index_of(std::string_view network, std::string_view station, std::string_view location,
                          std::string_view channel);
 
+    // An epoch, and the index of its data, -1 before the first record.
+    struct Epoch {
+        std::int64_t start, end, place;
+        std::ptrdiff_t data = -1;
+    };
+    struct Epochs {
+        std::vector<Epoch> all; // of one channel in the order of expect, behind all time
+        bool is_ordered = true; // none begins before the end of the one before
+    };
+    static bool holds(const Epoch& epoch, std::int64_t time);
+    static std::size_t index_at(const Epochs& epochs, std::int64_t time);
+
     std::vector<ChannelData> channels_;
+    std::vector<Epochs> epochs_;                              // of each
     std::unordered_map<Codes, std::size_t, Hash> index_ = {}; // into them, by codes as headers have them
     Codes last_codes_ = {};
     std::size_t last_ = 0;

@@ -54,10 +54,11 @@ constexpr bool is_binary_number(FieldKind kind) {
 struct FieldSpec {
     std::string_view name;
     FieldKind kind;
-    std::uint8_t number;  // in the SEED manual: 1 is the type, 2 the length or the next blockette's offset
-    std::uint8_t repeats; // so many fields after this count repeat as often as it says; 0 if it is no count
-    std::uint16_t width;  // bytes of a value; the longest legal variable text without its "~", 0 for any
-    std::uint16_t times;  // values in a row; 0: up to the end of the blockette
+    std::uint8_t number; // in the SEED manual: 1 is the type, 2 the length or the next blockette's offset
+    std::uint8_t
+        repeats; // that many fields after this count repeat as often as it says; 0 if it is not a count
+    std::uint16_t width; // bytes of a value; the longest legal variable text without its "~", 0 for any
+    std::uint16_t times; // values in a row; 0: up to the end of the blockette
 };
 
 // A type of blockette. Field numbers ascend; the parts of a binary time share one.
@@ -121,7 +122,7 @@ Fields decode_blockette(int type, std::string_view text, std::endian order = std
 void decode_blockette(int type, std::string_view text, std::endian order, Fields* fields);
 
 // True if decode_blockette finds no problem in a data blockette of the type, whatever its bytes are: they are
-// integers, and so many bytes hold all of them.
+// integers, and that many bytes hold all of them.
 bool is_sound_by_size(int type, std::size_t size);
 
 // Access by name within the fields of a blockette or a row: the first field of the name, or null; its value
@@ -177,8 +178,8 @@ private:
     std::span<const Field> fields_;
 };
 
-// The rows that belong to the count at the front of `fields`, which may go on after them; none if it is no
-// count. By name: those of the first count of that name.
+// The rows that belong to the count at the front of `fields`, which may go on after them; none if it is
+// not a count. By name: those of the first count of that name.
 GroupRows rows_at(std::span<const Field> fields);
 GroupRows rows_of(std::span<const Field> fields, std::string_view count);
 

@@ -11,7 +11,7 @@
 //                               << epoch.start.text << ' ' << epoch.rate.value_or(0) << '\n';
 //
 // These are plain records that own all they hold. A number that the volume lacks, or that does not convert,
-// is absent; a text that it lacks is empty. Every record says at which byte its blockette begins.
+// is absent; a text that it lacks is empty, a letter 0. Every record says at which byte its blockette begins.
 //
 // Keys stay keys, and the functions below look up what they mean. A volume may define a key anew (joined
 // volumes do), so a key means its last definition before the blockette that uses it, else the first one.
@@ -21,18 +21,64 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
 
 namespace quarry {
 
-using Integer = std::optional<std::int64_t>;
-using Real = std::optional<double>;
+// A number or none, as std::optional, in the room of the number: headers hold millions of them. What stands
+// for none, the least integer and NaN, is no number of a volume.
+template <class Number>
+class Maybe {
+public:
+    constexpr Maybe() = default;
+    constexpr Maybe(std::nullopt_t) {}
+    constexpr Maybe(Number number) : number_(number) {}
+    constexpr Maybe(const std::optional<Number>& number) : number_(number.value_or(none)) {}
+
+    constexpr bool has_value() const {
+        if constexpr (std::is_floating_point_v<Number>)
+            return number_ == number_;
+        else
+            return number_ != none;
+    }
+    constexpr explicit operator bool() const { return has_value(); }
+    constexpr Number operator*() const { return number_; } // of no meaning without a number
+    constexpr Number value_or(Number otherwise) const { return has_value() ? number_ : otherwise; }
+
+    friend constexpr bool operator==(Maybe one, Maybe other) {
+        return one.has_value() ? one.number_ == other.number_ : !other.has_value();
+    }
+    friend constexpr bool operator==(Maybe one, std::nullopt_t) { return !one.has_value(); }
+    friend constexpr bool operator==(Maybe one, const std::optional<Number>& other) {
+        return one == Maybe(other);
+    }
+    template <class Other>
+    requires std::is_arithmetic_v<Other>
+    friend constexpr bool operator==(Maybe one, Other other) {
+        return one.has_value() && one.number_ == other;
+    }
+    // None is less than any number.
+    friend constexpr bool operator<(Maybe one, Maybe other) {
+        return other.has_value() && (!one.has_value() || one.number_ < other.number_);
+    }
+
+private:
+    using Limits = std::numeric_limits<Number>;
+    static constexpr Number none = std::is_floating_point_v<Number> ? Limits::quiet_NaN() : Limits::min();
+    Number number_ = none;
+};
+
+using Integer = Maybe<std::int64_t>;
+using Real = Maybe<double>;
 
 // A blockette: its type, and where its first byte stands in the input.
 struct Place {
@@ -57,7 +103,7 @@ struct Root {
     bool operator==(const Root&) const = default;
 };
 struct PolesAndZeros { // 053, 043
-    std::string type;  // A: rad/s, B: Hz, C: composite, D: digital
+    char type = 0;     // A: rad/s, B: Hz, C: composite, D: digital
     Real a0, normalization_frequency;
     std::vector<Root> zeros, poles;
     bool operator==(const PolesAndZeros&) const = default;
@@ -68,7 +114,7 @@ struct Coefficient {
     bool operator==(const Coefficient&) const = default;
 };
 struct Coefficients { // 054, 044
-    std::string type;
+    char type = 0;
     std::vector<Coefficient> numerators, denominators;
     bool operator==(const Coefficients&) const = default;
 };
@@ -110,14 +156,14 @@ struct Gain {              // 058, 048; that of stage 0 is the sensitivity of th
     bool operator==(const Gain&) const = default;
 };
 
-struct Fir {              // 061, 041
-    std::string symmetry; // A: all coefficients are listed; B, C: the first half of an odd, even number
+struct Fir {           // 061, 041
+    char symmetry = 0; // A: all coefficients are listed; B, C: the first half of an odd, even number
     std::vector<Real> coefficients;
     bool operator==(const Fir&) const = default;
 };
 
 struct Polynomial { // 062, 042
-    std::string type, approximation, frequency_unit;
+    char type = 0, approximation = 0, frequency_unit = 0;
     Real lowest_frequency, highest_frequency;
     Real lowest_approximation, highest_approximation;
     Real largest_error;
@@ -233,7 +279,7 @@ struct ChannelEpoch { // 052
     Integer comment_count;                   // as stated
     std::string flags;
     Moment start, end;
-    std::string update;
+    char update = 0;
     std::vector<Comment> comments; // 059
     std::vector<Stage> stages;     // in order of their numbers, 0 first
 };
@@ -253,7 +299,7 @@ struct StationEpoch { // 050
     Integer network_name; // key of 033
     Integer word_order_32, word_order_16;
     Moment start, end;
-    std::string update;
+    char update = 0;
     std::vector<Comment> comments; // 051
 };
 
@@ -310,8 +356,9 @@ struct Inventory {
     std::vector<Finding> findings; // in order of their places
 };
 
-// The inventory of all the control blockettes from here to the end of the input.
-Inventory read_inventory(VolumeReader* reader);
+// The inventory of all the control blockettes from here to the end of the input. Each item goes to `take`,
+// too, if there is one: so data records and damage can be had of an input that is read once.
+Inventory read_inventory(VolumeReader* reader, const std::function<void(const Item&)>& take = {});
 
 // --- look-up -------------------------------------------------------------------------------------------
 

@@ -18,7 +18,8 @@ namespace quarry {
 std::optional<std::int64_t> microseconds_of(std::string_view time_text);
 
 // A time in microseconds since 1970 as "2010-02-27T06:50:00.069539Z", with a fraction only if there is one.
-// Years are those from 0 to 9999; a time outside them is shown as the nearest one in them.
+// Years are those from 0 to 9999; a time outside them is shown as the nearest one in them. The text lives as
+// long as the object.
 class IsoTime {
 public:
     explicit IsoTime(std::int64_t time);

@@ -14,7 +14,7 @@
 //     if (reader.error().kind != quarry::ByteError::Kind::none)
 //         std::cerr << reader.name() << ": " << quarry::describe(reader.error()) << '\n';
 //
-// The input is plain or compressed, which its first bytes tell; all offsets count decompressed bytes from 0.
+// Its first bytes decide whether the input is compressed; all offsets count decompressed bytes from 0.
 // Reading is forgiving: whatever the bytes are, it goes on to their end, and what is wrong is an item like
 // any other. Only an input that cannot be opened or read ends it with an error.
 //
@@ -125,14 +125,14 @@ struct DataBlocketteExtent {
     std::size_t length;
 };
 
-// What a blockette 1000 says of its record.
+// What a blockette 1000 says about its record.
 struct RecordFormat {
     int encoding;
     std::endian word_order; // of the data
     int power;              // the record's length is two to the power of it, if it is 7 to 20
 };
 
-// What told the length of a data record.
+// Where the length of a data record comes from.
 enum class LengthSource : std::uint8_t {
     blockette_1000,
     channel,     // the channel's headers (blockette 052) for the time of the record
@@ -174,7 +174,8 @@ std::string_view text_of(const DataRecord& record, const DataBlocketteExtent& bl
 // Sample rate factor and multiplier as samples per second; 0 if one of them is 0.
 double rate_of(const FixedHeader& header);
 
-// Microseconds since 1970 of the last sample: the start if there is none or one, or if the rate is 0.
+// Microseconds since 1970 of the last sample: the start if the record has one sample or none, or if the rate
+// is 0.
 std::int64_t end_of(const DataRecord& record);
 
 // What decode_blockette found wrong in a blockette, as damage.
@@ -234,7 +235,7 @@ public:
     // records stands before the headers of those.
     const Item* next();
 
-    // Why the input could not be opened or read on; of kind none so far as it could.
+    // Why the input could not be opened or read on; of kind none as long as it could.
     const ByteError& error() const;
 
     const Totals& totals() const;

@@ -42,8 +42,9 @@ int widened(std::uint8_t value) {
 
 // A code of the header without the white space around it. (What scan_str gives; each record has four.)
 template <std::size_t capacity>
-void set_code(char (&member)[capacity], const char* begin, std::size_t size) {
-    const char* end = std::find(begin, begin + size, '\0');
+void set_code(char (&member)[capacity], std::string_view code) {
+    const char* begin = code.data();
+    const char* end = std::find(begin, begin + code.size(), '\0');
     while (begin != end && is_white(*begin))
         ++begin;
     while (begin != end && is_white(end[-1]))
@@ -74,19 +75,15 @@ void set_binary_fields(blk_dh_t* blk, const FixedHeader& header) {
 
 } // namespace
 
-// Offsets within the data record (the binary fields from 20 on: see decode/data_record.cpp):
-//  8 station    text 5
-// 13 location   text 2
-// 15 channel    text 3
-// 18 network    text 2
 void parse_dh(blk_dh_t* blk, std::string_view buff) {
     std::array<char, fixed_header_size> header{}; // what the text lacks stays 0
     std::copy_n(buff.begin(), std::min(buff.size(), header.size() - logical_header_size),
                 header.begin() + logical_header_size);
-    set_code(blk->stn_id, &header[8], 5);
-    set_code(blk->loc_id, &header[13], 2);
-    set_code(blk->chan_id, &header[15], 3);
-    set_code(blk->network_code, &header[18], 2);
+    const RecordCodes codes = codes_in(header);
+    set_code(blk->stn_id, codes.station);
+    set_code(blk->loc_id, codes.location);
+    set_code(blk->chan_id, codes.channel);
+    set_code(blk->network_code, codes.network);
     const bool swapped = is_swapped_by_year(header);
     blk->byteswap = swapped ? -1 : 0;
     set_binary_fields(blk, decode_fixed_header(header, swapped));

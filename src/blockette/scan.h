@@ -23,9 +23,9 @@ double scan_double(std::string_view* str, int len);
 void scan_str(std::string_view* str, int len, std::span<char> destination);
 
 // A variable field up to its "~", which is consumed, trimmed of white space on both sides. The capacity of
-// `destination`, at least 1, counts the NUL; a text of that many characters or more is cut to one less and
-// complained of, and the cursor goes on after the next "~". At a NUL the field ends and the cursor stays on
-// it. Returns the position in `destination` just after the last character written.
+// `destination`, at least 1, counts the NUL; a text of that many characters or more is cut to one less, which
+// is reported, and the cursor goes on after the next "~". At a NUL the field ends and the cursor stays on it.
+// Returns the position in `destination` just after the last character written.
 char* scan_var_str(std::string_view* source, std::span<char> destination);
 
 // One character as it stands; NUL at the end of the text.

@@ -7,7 +7,7 @@
 //      (volume.h, station.h, response.h, timespan.h)
 //   4. `init_NAME` and `parse_NAME` in the theme's .cpp; `new_NAME` and `free_NAME` make themselves
 //   5. `list_NAME` in the theme's printers (listing/pbrief_*.cpp)
-//   6. what the blockette says of later records, if anything: apply_blockette (seedio/seed.cpp)
+//   6. what the blockette says about later records, if anything: apply_blockette (seedio/seed.cpp)
 // Without one of the first five the program does not build.
 //
 // The fixed header of a data record has type -1 everywhere.

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <new>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -24,17 +27,27 @@ public:
           progress_(line.volumes) {}
 
     ExitStatus run() {
-        std::vector<std::jthread> others;
-        for (int i = 1; i < line_.jobs; ++i)
-            others.emplace_back([this] { work_off(); });
-        work_off();
-        others.clear();
+        {
+            const std::vector<std::jthread> others = start_threads();
+            work_off();
+        }
         if (const int error = output_.error(); error != 0)
             raise(failed, std::string("standard output: ") + std::generic_category().message(error));
         return static_cast<ExitStatus>(status_.load());
     }
 
 private:
+    // As many as the system allows: this thread alone does all the work, if it must.
+    std::vector<std::jthread> start_threads() {
+        std::vector<std::jthread> threads;
+        try {
+            for (int i = 1; i < line_.jobs; ++i)
+                threads.emplace_back([this] { work_off(); });
+        } catch (const std::system_error&) {
+        }
+        return threads;
+    }
+
     // Takes one volume after the other until none is left, then helps with the rest.
     void work_off() {
         for (std::size_t i = next_++; i < line_.volumes.size(); i = next_++) {
@@ -43,7 +56,11 @@ private:
                 out.write(front_);
             try {
                 treat(line_.volumes[i], out);
+            } catch (const std::bad_alloc&) {
+                out.drop_unfinished_line();
+                raise(failed, line_.volumes[i] + ": " + std::generic_category().message(ENOMEM));
             } catch (const std::exception& error) {
+                out.drop_unfinished_line();
                 raise(failed, line_.volumes[i] + ": " + error.what());
             }
             progress_.finish(i);

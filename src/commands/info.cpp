@@ -36,7 +36,7 @@ std::string time_cell(std::int64_t time) {
     return std::string(IsoTime(time).text());
 }
 
-// A time that is none stands as the volume has it.
+// A text that is not a time is shown as the volume has it.
 std::string cell(const Moment& moment) {
     return moment.microseconds ? time_cell(*moment.microseconds) : moment.text;
 }
@@ -186,7 +186,7 @@ constexpr auto station_titles = std::to_array<Column>({
     {"network", 8, text, 8},
 });
 
-// A station of the headers, or one that only data name.
+// A station of the headers, or one that only data records name.
 struct StationLine {
     const Station* station = nullptr;
     std::int64_t channels = 0;
@@ -222,7 +222,7 @@ struct Shown {
 class VolumeInfo {
 public:
     VolumeInfo(const CommandLine& line, const Shown& shown, VolumeReader* reader, OrderedOutput::Part* out)
-        : selection_(line.selection), shown_(shown), reader_(*reader), number_(out->number()),
+        : selection_(line.selection), shown_(shown), reader_(*reader), number_(out->number()), part_(*out),
           out_(out->text()) {}
 
     // Returns true if the volume is sound.
@@ -230,7 +230,6 @@ public:
         while (const Item* item = reader_.next())
             std::visit([this](const auto& one) { take(one); }, *item);
         contents_ = builder_.finish();
-        rows_ = selected_rows(contents_, selection_);
         if (!reader_.totals().holds_seed())
             return true;
         if (!shown_.for_programs)
@@ -238,11 +237,11 @@ public:
         if (shown_.volume)
             write_volume();
         if (shown_.stations)
-            write_table(stations(), "stations");
+            write_table("stations", station_titles, &VolumeInfo::give_stations);
         if (shown_.channels)
-            write_table(channels(), "channels");
+            write_table("channels", channel_titles, &VolumeInfo::give_channels);
         if (shown_.damage)
-            write_table(damage(), "damage");
+            write_table("damage", damage_titles, &VolumeInfo::give_damage);
         return is_sound();
     }
 
@@ -277,10 +276,14 @@ private:
 
     // --- the volume
 
+    std::string fitting(std::string_view line) const {
+        return shown_.width > 0 ? cut_text(line, shown_.width) : std::string(line);
+    }
+
     void write_title() {
         const std::string name = shown_on_terminal(reader_.name());
         out_ += number_ > 0 ? "\n" : "";
-        out_ += (shown_.width > 0 ? cut_text(name, shown_.width) : name) + "\n";
+        out_ += fitting(name) + "\n";
     }
 
     void write_line(std::string_view title, std::string_view content) {
@@ -290,7 +293,7 @@ private:
         std::string line(title);
         line.resize(title_width, ' ');
         line += shown_text(content);
-        out_ += (shown_.width > 0 ? cut_text(line, shown_.width) : line) + "\n";
+        out_ += fitting(line) + "\n";
     }
 
     void write_volume() {
@@ -320,56 +323,56 @@ private:
     void write_data_span() {
         const EpochData* first = nullptr;
         const EpochData* last = nullptr;
-        for (const ChannelRow& row : rows_) {
+        for_each_row(contents_, selection_, [&](const ChannelRow& row) {
             if (row.data == nullptr)
-                continue;
+                return;
             first = first == nullptr || row.data->first < first->first ? row.data : first;
             last = last == nullptr || row.data->last > last->last ? row.data : last;
-        }
+        });
         if (first != nullptr)
             write_line("data", time_cell(first->first) + " to " + time_cell(last->last));
     }
 
     // --- tables
 
-    void write_table(const Table& table, std::string_view title) {
+    using Take = Table::Take;
+    using Give = void (VolumeInfo::*)(const Take& take) const;
+
+    void write_table(std::string_view title, std::span<const Column> columns, Give give) {
+        const Table table(
+            columns, [this, give](const Take& take) { (this->*give)(take); }, [this] { part_.settle(); });
+        const std::string front = shown_.volume ? "\n" + fitting(title) + "\n" : "";
         if (shown_.for_programs)
-            return table.write_rows(shown_on_terminal(reader_.name()), &out_);
-        if (table.empty()) {
-            out_ += shown_.volume ? "" : "none\n";
-            return;
-        }
-        if (shown_.volume)
-            out_.append("\n").append(title).append("\n");
-        table.write_text(shown_.width, &out_);
+            table.write_rows(shown_on_terminal(reader_.name()), &out_);
+        else if (!table.write_text(front, shown_.width, &out_) && !shown_.volume)
+            out_ += "none\n";
     }
 
-    Table channels() const {
-        Table table(channel_titles);
-        for (const ChannelRow& row : rows_) {
-            std::vector<std::string> cells(channel_columns.size());
+    void give_channels(const Take& take) const {
+        std::vector<std::string> cells(channel_columns.size());
+        for_each_row(contents_, selection_, [&](const ChannelRow& row) {
             std::transform(channel_columns.begin(), channel_columns.end(), cells.begin(),
                            [&](const ChannelColumn& column) {
                                return column.cell({row, contents_.inventory});
                            });
-            table.add(cells);
-        }
-        return table;
+            take(cells);
+        });
     }
 
-    Table stations() const {
+    void give_stations(const Take& take) const {
         std::map<std::pair<std::string_view, std::string_view>, StationLine> lines;
         for (const Network& network : contents_.inventory.networks)
             for (const Station& station : network.stations)
                 if (selection_.takes_station(network.code, station.code))
                     lines[{network.code, station.code}].station = &station;
-        for (auto row = rows_.begin(); row != rows_.end(); ++row)
-            if (row == rows_.begin() || !is_of_same_channel(*row, *(row - 1)))
-                ++lines[{row->network, row->station}].channels;
-        Table table(station_titles);
+        std::optional<ChannelRow> before;
+        for_each_row(contents_, selection_, [&](const ChannelRow& row) {
+            if (!before || !is_of_same_channel(row, *before))
+                ++lines[{row.network, row.station}].channels;
+            before = row;
+        });
         for (const auto& [codes, line] : lines)
-            add_station(joined(codes.first, ".", codes.second), line, &table);
-        return table;
+            give_station(joined(codes.first, ".", codes.second), line, take);
     }
 
     static bool is_of_same_channel(const ChannelRow& one, const ChannelRow& other) {
@@ -377,43 +380,40 @@ private:
                one.location == other.location && one.channel == other.channel;
     }
 
-    void add_station(const std::string& code, const StationLine& line, Table* table) const {
+    void give_station(const std::string& code, const StationLine& line, const Take& take) const {
         if (line.station == nullptr || line.station->epochs.empty())
-            table->add({code, "", "", "", "", "", "", cell(Integer(line.channels)), ""});
+            take({code, "", "", "", "", "", "", cell(Integer(line.channels)), ""});
         else
             for (const StationEpoch& epoch : line.station->epochs)
                 if (takes_span(selection_, epoch.start, epoch.end))
-                    table->add(
-                        {code, epoch.site, cell(epoch.latitude), cell(epoch.longitude), cell(epoch.elevation),
-                         cell(epoch.start), cell(epoch.end), cell(Integer(line.channels)),
-                         std::string(abbreviation(contents_.inventory, epoch.network_name, epoch.place))});
+                    take({code, epoch.site, cell(epoch.latitude), cell(epoch.longitude),
+                          cell(epoch.elevation), cell(epoch.start), cell(epoch.end),
+                          cell(Integer(line.channels)),
+                          std::string(abbreviation(contents_.inventory, epoch.network_name, epoch.place))});
     }
 
-    Table damage() const {
-        Table table(damage_titles);
+    void give_damage(const Take& take) const {
         for (const DamageCount& count : damages_) {
             const Damage& first = count.first;
             if (count.places == 0)
                 continue;
-            table.add({std::string(name_of(first.kind)), cell(Integer(count.places)),
-                       cell(Integer(count.bytes)), cell(Integer(first.offset)),
-                       cell(Integer(first.logical_record)),
-                       first.blockette > 0 ? cell(Integer(first.blockette)) : "", std::string(first.field),
-                       joined(describe(first.kind), ": ", first.detail)});
+            take({std::string(name_of(first.kind)), cell(Integer(count.places)), cell(Integer(count.bytes)),
+                  cell(Integer(first.offset)), cell(Integer(first.logical_record)),
+                  first.blockette > 0 ? cell(Integer(first.blockette)) : "", std::string(first.field),
+                  joined(describe(first.kind), ": ", first.detail)});
         }
-        return table;
     }
 
     const Selection& selection_;
     const Shown& shown_;
     VolumeReader& reader_;
     std::size_t number_; // of the volume
-    std::string& out_;
+    OrderedOutput::Part& part_;
+    std::string& out_; // of it
     Fields fields_ = {};
     std::array<DamageCount, damage_kinds> damages_ = {};
     ContentsBuilder builder_{Responses::sensitivity};
     Contents contents_ = {};
-    std::vector<ChannelRow> rows_ = {};
 };
 
 // --- the command ---------------------------------------------------------------------------------------
@@ -430,14 +430,12 @@ Shown shown_by(const CommandLine& line) {
 }
 
 std::string titles(const Shown& shown) {
-    std::string line;
     if (!shown.for_programs)
-        return line;
+        return "";
     const std::span<const Column> columns = shown.stations ? std::span<const Column>(station_titles)
                                             : shown.damage ? std::span<const Column>(damage_titles)
                                                            : std::span<const Column>(channel_titles);
-    Table(columns).write_titles("file", &line);
-    return line;
+    return titles_of("file", columns);
 }
 
 ExitStatus write_info(const CommandLine& line) {

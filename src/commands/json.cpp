@@ -5,6 +5,7 @@
 #include "commands/json_inventory.h"
 #include "commands/json_lines.h"
 #include "commands/selected.h"
+#include "inventory/station.h"
 #include "quarry/time.h"
 #include "volume/record_batch.h"
 
@@ -38,6 +39,21 @@ unsigned kinds_of(std::string_view list, unsigned usual) {
     return kinds;
 }
 
+// True for a blockette of a volume's records that may stand in front of its header.
+bool may_precede_header(const Item* item) {
+    const auto* blockette = item != nullptr ? std::get_if<ControlBlockette>(item) : nullptr;
+    return blockette != nullptr && blockette->letter == 'V' && !is_volume_header(blockette->type);
+}
+
+// What the item says of the volume, if it is its header.
+VolumeHeader header_of(const Item* item) {
+    const auto* blockette = item != nullptr ? std::get_if<ControlBlockette>(item) : nullptr;
+    if (blockette == nullptr || !is_volume_header(blockette->type))
+        return {};
+    return read_volume_header({blockette->type, blockette->offset, blockette->logical_record},
+                              decode_blockette(blockette->type, blockette->text));
+}
+
 // --- one volume ----------------------------------------------------------------------------------------
 
 class VolumeLines {
@@ -47,8 +63,7 @@ public:
           out_(*out), lines_(shared_->options, &out->text()) {}
 
     bool write() {
-        lines_.volume();
-        while (const Item* item = reader_.next()) {
+        for (const Item* item = write_front(); item != nullptr; item = reader_.next()) {
             std::visit([this](const auto& one) { take(one); }, *item);
             out_.settle();
         }
@@ -60,6 +75,21 @@ public:
     }
 
 private:
+    // Writes the volume, in front of the blockettes that precede its header. Returns the item after these.
+    const Item* write_front() {
+        const std::size_t front = out_.text().size();
+        const Item* item = reader_.next();
+        for (; may_precede_header(item) && out_.text().size() - front < batch_size; item = reader_.next())
+            take(std::get<ControlBlockette>(*item));
+        if (options().shows(volume_kind)) {
+            std::string text;
+            JsonLines line(options(), &text);
+            write_volume(header_of(item), &line);
+            out_.text().insert(front, text);
+        }
+        return item;
+    }
+
     // What other threads need of this, which may outlive it.
     struct Shared {
         explicit Shared(JsonOptions the_options) : options(std::move(the_options)) {}

@@ -13,7 +13,7 @@ namespace {
 // What the volume lacks is absent.
 
 template <class Number>
-void add(JsonWriter* json, std::string_view name, const std::optional<Number>& number) {
+void add(JsonWriter* json, std::string_view name, Maybe<Number> number) {
     if (number)
         json->field(name, *number);
 }
@@ -23,10 +23,21 @@ void add(JsonWriter* json, std::string_view name, std::string_view text) {
         json->field(name, text);
 }
 
+void add(JsonWriter* json, std::string_view name, char letter) {
+    if (letter != 0)
+        json->field(name, std::string_view(&letter, 1));
+}
+
 void add(JsonWriter* json, std::string_view name, const Moment& moment) {
     add(json, name, moment.text);
     if (moment.microseconds)
         json->field(std::string(name) + "_iso", IsoTime(*moment.microseconds).text());
+}
+
+// Bytes, of which the volume states the power of two.
+void add_length(JsonWriter* json, std::string_view name, const Integer& power) {
+    if (power && *power >= 0 && *power < 32)
+        json->field(name, std::int64_t{1} << *power);
 }
 
 template <class Items, class Write>
@@ -123,7 +134,7 @@ void add_part(JsonWriter* json, const Gain& part) {
 void add_part(JsonWriter* json, const Fir& part) {
     json->field("response", "fir");
     add(json, "symmetry", part.symmetry);
-    add_array(json, "coefficients", part.coefficients, [json](const Real& coefficient) {
+    add_array(json, "coefficients", part.coefficients, [json](Real coefficient) {
         json->value(coefficient.value_or(std::numeric_limits<double>::quiet_NaN())); // null keeps its place
     });
 }
@@ -171,8 +182,7 @@ public:
         if (const auto* format =
                 find_definition(inventory_.dictionary.formats, epoch.format, epoch.place.offset))
             add(json_, "format", format->name);
-        if (epoch.record_length && *epoch.record_length >= 0 && *epoch.record_length < 32)
-            json_->field("record_length", std::int64_t{1} << *epoch.record_length);
+        add_length(json_, "record_length", epoch.record_length);
         add_span(epoch);
         add_comments(epoch.comments);
         add_objects(json_, "stages", epoch.stages, [this](const Stage& stage) {
@@ -255,6 +265,18 @@ private:
 
 } // namespace
 
+void write_volume(const VolumeHeader& header, JsonLines* lines) {
+    JsonWriter& json = lines->begin(volume_kind);
+    add(&json, "version", header.version);
+    add_length(&json, "record_length", header.record_length);
+    add(&json, "start", header.start);
+    add(&json, "end", header.end);
+    add(&json, "written", header.written);
+    add(&json, "organization", header.organization);
+    add(&json, "label", header.label);
+    lines->end();
+}
+
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle) {
     for (const Network& network : contents.inventory.networks)
@@ -274,7 +296,7 @@ void write_stations(const Contents& contents, const Selection& selection, JsonLi
 
 void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle) {
-    for (const ChannelRow& row : selected_rows(contents, selection)) {
+    for_each_row(contents, selection, [&](const ChannelRow& row) {
         const ChannelEpoch* epoch = row.epoch;
         JsonWriter& json = epoch != nullptr
                                ? lines->begin(channel_kind, epoch->place.offset, epoch->place.logical_record)
@@ -286,7 +308,7 @@ void write_channels(const Contents& contents, const Selection& selection, JsonLi
             InventoryLines(contents.inventory, &json).data(*row.data);
         lines->end();
         settle();
-    }
+    });
 }
 
 } // namespace quarry

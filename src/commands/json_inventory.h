@@ -1,5 +1,5 @@
-// The objects of assembled headers that quarry json writes: station epochs, and channel epochs with their
-// responses and the data found.
+// The objects of assembled headers that quarry json writes: volumes, station epochs, and channel epochs with
+// their responses and the data found.
 #pragma once
 
 #include "commands/json_lines.h"
@@ -9,6 +9,9 @@
 #include <functional>
 
 namespace quarry {
+
+// A default header is that of a volume without one.
+void write_volume(const VolumeHeader& header, JsonLines* lines);
 
 // `settle` is called after each line.
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,

@@ -81,13 +81,6 @@ void JsonLines::end() {
     json_.end_line();
 }
 
-void JsonLines::volume() {
-    if (!options_.shows(volume_kind))
-        return;
-    begin(volume_kind);
-    end();
-}
-
 void JsonLines::damage(const Damage& damage) {
     if (!options_.shows(damage_kind))
         return;

@@ -1,4 +1,4 @@
-// The objects that quarry json writes: what a line says of a blockette, a data record, damage.
+// The objects that quarry json writes: the lines for volumes, blockettes, data records and damage.
 #pragma once
 
 #include "quarry/volume.h"
@@ -38,7 +38,6 @@ public:
     // Appends to the text. Both outlive the lines.
     JsonLines(const JsonOptions& options, std::string* out) : options_(options), json_(out) {}
 
-    void volume();
     void blockette(const ControlBlockette& blockette, const Fields& fields);
     void damage(const Damage& damage);
 

@@ -13,14 +13,14 @@ bool takes_span(const Selection& selection, const Moment& start, const Moment& e
                                 end.microseconds.value_or(Selection::Limits::max()));
 }
 
-std::vector<ChannelRow> selected_rows(const Contents& contents, const Selection& selection) {
-    std::vector<ChannelRow> rows = channel_rows(contents);
-    std::erase_if(rows, [&](const ChannelRow& row) {
-        return !selection.takes_station(row.network, row.station) ||
-               !selection.takes_channel(row.location, row.channel) ||
-               (row.epoch != nullptr && !takes_span(selection, row.epoch->start, row.epoch->end));
+void for_each_row(const Contents& contents, const Selection& selection,
+                  const std::function<void(const ChannelRow& row)>& visit) {
+    for_each_row(contents, [&](const ChannelRow& row) {
+        if (selection.takes_station(row.network, row.station) &&
+            selection.takes_channel(row.location, row.channel) &&
+            (row.epoch == nullptr || takes_span(selection, row.epoch->start, row.epoch->end)))
+            visit(row);
     });
-    return rows;
 }
 
 } // namespace quarry

@@ -1,19 +1,20 @@
-// What a selection takes of headers and data.
+// Which headers and data a selection takes.
 #pragma once
 
 #include "commands/selection.h"
 #include "inventory/contents.h"
 
-#include <vector>
+#include <functional>
 
 namespace quarry {
 
 bool takes(const Selection& selection, const DataRecord& record);
 
-// Times that are missing or are no times leave the span open.
+// A start or an end that is missing or is not a time leaves the span open on its side.
 bool takes_span(const Selection& selection, const Moment& start, const Moment& end);
 
-// The channel rows that it takes. Data in them have been selected record by record.
-std::vector<ChannelRow> selected_rows(const Contents& contents, const Selection& selection);
+// Visits the channel rows that it takes. Data in them have been selected record by record.
+void for_each_row(const Contents& contents, const Selection& selection,
+                  const std::function<void(const ChannelRow& row)>& visit);
 
 } // namespace quarry

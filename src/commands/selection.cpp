@@ -3,7 +3,6 @@
 #include "quarry/time.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <chrono>
 #include <fnmatch.h>
@@ -12,7 +11,7 @@ namespace quarry {
 
 namespace {
 
-// A number of so many digits at the place; -1 if it is not there.
+// A number of that many digits at the place; -1 if it is not there.
 int digits_at(std::string_view text, std::size_t at, std::size_t count) {
     int value = -1;
     if (text.size() < at + count)

@@ -1,4 +1,4 @@
-// What of a volume a command looks at: channels by their codes, and a span of time.
+// Which part of a volume a command looks at: channels by their codes, and a span of time.
 #pragma once
 
 #include <cstdint>

@@ -12,8 +12,6 @@ namespace {
 constexpr int first_plausible_year = 1970;
 constexpr int last_plausible_year = 2030;
 constexpr std::size_t type_and_next_size = 4;
-constexpr std::size_t b100_size = 8; // as far as they are read
-constexpr std::size_t b1000_size = 8;
 constexpr int shortest_record_power = 7;
 constexpr int longest_record_power = 30;
 
@@ -25,6 +23,8 @@ std::uint8_t byte_at(std::span<const char> record, std::size_t offset) {
     return static_cast<std::uint8_t>(record[offset]);
 }
 
+} // namespace
+
 S100 decode_b100(std::span<const char> record, const DataBlockette& at, bool swapped) {
     const auto rate = load_swapped<std::uint32_t>(&record[at.offset + 4], swapped);
     return {at.type, static_cast<int>(at.next), std::bit_cast<float>(rate)};
@@ -34,8 +34,6 @@ S1000 decode_b1000(std::span<const char> record, const DataBlockette& at) {
     return {at.type, static_cast<int>(at.next), byte_at(record, at.offset + 4),
             byte_at(record, at.offset + 5), byte_at(record, at.offset + 6)};
 }
-
-} // namespace
 
 bool is_swapped_by_year(std::span<const char> record) {
     const auto year = load<std::int16_t>(&record[20]);
@@ -66,9 +64,9 @@ int parse_data_record_header(Steim* state) {
     const std::size_t first = decode_fixed_header(record, swapped).blockette_offset;
     int result = 0;
     for_each_data_blockette(record, first, swapped, [&](const DataBlockette& at) {
-        if (at.type == 100 && holds(record, at.offset, b100_size))
+        if (at.type == 100 && holds(record, at.offset, rate_and_format_size))
             state->s100 = decode_b100(record, at, swapped);
-        if (at.type != 1000 || !holds(record, at.offset, b1000_size))
+        if (at.type != 1000 || !holds(record, at.offset, rate_and_format_size))
             return true;
         const S1000 b1000 = decode_b1000(record, at);
         if (b1000.log2_record_length < shortest_record_power ||

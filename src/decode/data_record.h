@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace quarry {
 
@@ -21,7 +22,17 @@ inline constexpr std::size_t record_front_size = 136;
 // Size of what begins every logical record: sequence number (6 digits), type letter, continuation character.
 inline constexpr std::size_t logical_header_size = 8;
 
-// The fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
+// The codes of a record that holds at least fixed_header_size bytes, untrimmed. They follow one another.
+struct RecordCodes {
+    std::string_view station, location, channel, network;
+};
+inline constexpr std::size_t codes_offset = 8;
+inline constexpr std::size_t codes_size = 12;
+inline RecordCodes codes_in(std::span<const char> record) {
+    return {{&record[8], 5}, {&record[13], 2}, {&record[15], 3}, {&record[18], 2}};
+}
+
+// The binary fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
 // Inline, so that a caller pays for those that it uses.
 //
 // Offsets within the data record:
@@ -90,6 +101,11 @@ struct S1000 {
     int sparc_order;
     int log2_record_length;
 };
+
+// Their fields. The record holds at least rate_and_format_size bytes at the place.
+inline constexpr std::size_t rate_and_format_size = 8;
+S100 decode_b100(std::span<const char> record, const DataBlockette& at, bool swapped);
+S1000 decode_b1000(std::span<const char> record, const DataBlockette& at);
 
 // Decoder state: the record image in hand and what its data blockettes say. Both blockettes are all zero
 // where the record has none.

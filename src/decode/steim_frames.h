@@ -137,7 +137,7 @@ Decoded<Sample> decode_frames(Byte* data, std::int32_t nsamples, std::int32_t nb
     std::int32_t first = 0;
     if (nbytes >= 3 * word_size) {
         first = static_cast<std::int32_t>(load_after_swap<std::uint32_t>(data + word_size, Swap));
-        load_after_swap<std::uint32_t>(data + std::ptrdiff_t{2} * word_size, Swap);
+        load_after_swap<std::uint32_t>(data + std::ptrdiff_t{2} * word_size, Swap); // only left swapped
     }
     const std::int64_t frames = std::max(nbytes / frame_size, 0);
     if (std::is_integral_v<Sample> || frames <= exact_frames)

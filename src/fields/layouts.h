@@ -15,8 +15,8 @@ namespace quarry::layout {
 struct Row {
     std::string_view name;
     FieldKind kind;
-    std::uint16_t size = 0;   // A, D, F: characters; V: at most so many, 0 for any; binary: values, 0 for one
-    std::uint8_t repeats = 0; // of a count: so many rows after it make up its group
+    std::uint16_t size = 0; // A, D, F: characters; V: at most that many, 0 for any; binary: values, 0 for one
+    std::uint8_t repeats = 0; // of a count: that many rows after it make up its group
     int type = 0;             // of the blockette whose head this is
 };
 

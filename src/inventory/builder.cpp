@@ -22,6 +22,13 @@ T* find_or_add(std::vector<T>* sorted, const Key& key, KeyOf key_of, T added) {
     return &*place;
 }
 
+// Gives back the room that lists took in advance: there are many short ones.
+void shrink(ChannelEpoch* epoch) {
+    epoch->stages.shrink_to_fit();
+    for (Stage& stage : epoch->stages)
+        stage.responses.shrink_to_fit();
+}
+
 // The shared response of a reference in the dictionary.
 void resolve(const Dictionary& dictionary, StageResponse* one) {
     if (one->response != nullptr)
@@ -39,11 +46,14 @@ void finish_epoch(const Dictionary& dictionary, ChannelEpoch* epoch) {
             resolve(dictionary, &one);
 }
 
+// Most are in order already, and sorting needs room for half of them.
 template <class Epoch>
 void sort_by_start(std::vector<Epoch>* epochs) {
-    std::stable_sort(epochs->begin(), epochs->end(), [](const Epoch& one, const Epoch& other) {
+    const auto precedes = [](const Epoch& one, const Epoch& other) {
         return one.start.microseconds < other.start.microseconds;
-    });
+    };
+    if (!std::is_sorted(epochs->begin(), epochs->end(), precedes))
+        std::stable_sort(epochs->begin(), epochs->end(), precedes);
 }
 
 } // namespace
@@ -98,6 +108,8 @@ Station* InventoryBuilder::current_station() {
 void InventoryBuilder::add_channel(const Place& place, const Fields& fields) {
     if (station_ == nullptr)
         report_orphan(FindingKind::no_station, place);
+    if (channel_ != nullptr)
+        shrink(channel_);
     const std::pair codes(text_value(fields.fields, "location_identifier"),
                           text_value(fields.fields, "channel_identifier"));
     Channel* channel = find_or_add(
@@ -202,14 +214,17 @@ Inventory InventoryBuilder::finish() {
     return std::exchange(inventory_, {});
 }
 
-Inventory read_inventory(VolumeReader* reader) {
+Inventory read_inventory(VolumeReader* reader, const std::function<void(const Item&)>& take) {
     InventoryBuilder builder;
     Fields fields;
-    while (const Item* item = reader->next())
+    while (const Item* item = reader->next()) {
         if (const auto* blockette = std::get_if<ControlBlockette>(item)) {
             decode_blockette(blockette->type, blockette->text, std::endian::big, &fields);
             builder.add(*blockette, fields);
         }
+        if (take)
+            take(*item);
+    }
     return builder.finish();
 }
 

@@ -5,56 +5,71 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
-#include <unordered_map>
 
 namespace quarry {
 
 namespace {
 
-// The data of each epoch by the place of its blockette.
-using DataByPlace = std::unordered_map<std::int64_t, const EpochData*>;
+// The data of epochs, in order of the places of their blockettes.
+using DataByPlace = std::vector<const EpochData*>;
 
 DataByPlace data_by_place(const std::vector<ChannelData>& channels) {
     DataByPlace data;
     for (const ChannelData& channel : channels)
         for (const EpochData& epoch : channel.data)
-            if (epoch.epoch_place >= 0 && epoch.records > 0)
-                data[epoch.epoch_place] = &epoch;
+            if (epoch.epoch_place >= 0)
+                data.push_back(&epoch);
+    std::sort(data.begin(), data.end(), [](const EpochData* one, const EpochData* other) {
+        return one->epoch_place < other->epoch_place;
+    });
     return data;
 }
 
-void add_epochs(const Contents& contents, std::vector<ChannelRow>* rows) {
-    const DataByPlace data = data_by_place(contents.data);
-    for (const Network& network : contents.inventory.networks)
-        for (const Station& station : network.stations)
-            for (const Channel& channel : station.channels)
-                for (const ChannelEpoch& epoch : channel.epochs) {
-                    const auto found = data.find(epoch.place.offset);
-                    rows->push_back({network.code, station.code, channel.location, channel.code, &epoch,
-                                     found != data.end() ? found->second : nullptr});
-                }
+const EpochData* find_data(const DataByPlace& data, const Place& place) {
+    const auto found =
+        std::lower_bound(data.begin(), data.end(), place.offset,
+                         [](const EpochData* one, std::int64_t offset) { return one->epoch_place < offset; });
+    return found != data.end() && (*found)->epoch_place == place.offset ? *found : nullptr;
 }
 
-void add_data_outside(const Contents& contents, std::vector<ChannelRow>* rows) {
+auto codes(const ChannelRow& row) {
+    return std::tie(row.network, row.station, row.location, row.channel);
+}
+
+bool precedes(const ChannelRow& one, const ChannelRow& other) {
+    return codes(one) < codes(other);
+}
+
+std::vector<ChannelRow> data_outside(const Contents& contents) {
+    std::vector<ChannelRow> rows;
     for (const ChannelData& channel : contents.data)
-        if (channel.data.front().records > 0)
-            rows->push_back({channel.network, channel.station, channel.location, channel.channel, nullptr,
-                             &channel.data.front()});
+        for (const EpochData& data : channel.data)
+            if (data.epoch_place < 0)
+                rows.push_back(
+                    {channel.network, channel.station, channel.location, channel.channel, nullptr, &data});
+    std::stable_sort(rows.begin(), rows.end(), precedes);
+    return rows;
 }
 
 } // namespace
 
-std::vector<ChannelRow> channel_rows(const Contents& contents) {
-    const auto codes = [](const ChannelRow& row) {
-        return std::tie(row.network, row.station, row.location, row.channel);
-    };
-    std::vector<ChannelRow> rows;
-    add_epochs(contents, &rows);
-    add_data_outside(contents, &rows);
-    std::stable_sort(rows.begin(), rows.end(), [&](const ChannelRow& one, const ChannelRow& other) {
-        return codes(one) < codes(other);
-    });
-    return rows;
+void for_each_row(const Contents& contents, const std::function<void(const ChannelRow& row)>& visit) {
+    const DataByPlace data = data_by_place(contents.data);
+    const std::vector<ChannelRow> outside = data_outside(contents);
+    auto next = outside.begin();
+    for (const Network& network : contents.inventory.networks)
+        for (const Station& station : network.stations)
+            for (const Channel& channel : station.channels) {
+                ChannelRow row{network.code, station.code, channel.location, channel.code, nullptr, nullptr};
+                while (next != outside.end() && precedes(*next, row))
+                    visit(*next++);
+                for (const ChannelEpoch& epoch : channel.epochs) {
+                    row.epoch = &epoch;
+                    row.data = find_data(data, epoch.place);
+                    visit(row);
+                }
+            }
+    std::for_each(next, outside.end(), visit);
 }
 
 // A 060 refers to gains (048), too.

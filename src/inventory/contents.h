@@ -4,14 +4,16 @@
 //     builder.add(blockette, fields); // each control blockette with its decoded fields
 //     builder.add(record);            // each data record
 //     const quarry::Contents contents = builder.finish();
-//     for (const quarry::ChannelRow& row : quarry::channel_rows(contents))
+//     quarry::for_each_row(contents, [](const quarry::ChannelRow& row) {
 //         std::cout << row.station << ' ' << row.channel << (row.epoch ? " described" : "") << '\n';
+//     });
 #pragma once
 
 #include "inventory/builder.h"
 #include "quarry/data_found.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,10 +33,10 @@ struct ChannelRow {
 };
 
 // In order of the codes, the epochs of a channel in order of their starts, data outside them last. The rows
-// are views of the contents.
-std::vector<ChannelRow> channel_rows(const Contents& contents);
+// are views of the contents, made one by one.
+void for_each_row(const Contents& contents, const std::function<void(const ChannelRow& row)>& visit);
 
-// What of the responses is kept: they are most of the headers of many volumes.
+// Which part of the responses is kept: they are most of the headers of many volumes.
 enum class Responses : std::uint8_t {
     all,
     sensitivity // gains of stage 0; the inventory's findings about keys are then incomplete

@@ -1,5 +1,7 @@
 #include "quarry/data_found.h"
 
+#include "decode/data_record.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -9,8 +11,6 @@ namespace quarry {
 
 namespace {
 
-constexpr std::size_t codes_offset = 8;
-
 using Limits = std::numeric_limits<std::int64_t>;
 
 template <class T>
@@ -18,26 +18,6 @@ void note(T value, std::vector<T>* met) {
     if (met->empty() || met->back() != value)
         if (std::find(met->begin(), met->end(), value) == met->end())
             met->push_back(value);
-}
-
-bool holds(const EpochData& epoch, std::int64_t time) {
-    return epoch.epoch_start <= time && time < epoch.epoch_end;
-}
-
-// The epoch of the time: the last one that holds it, else the records outside all. Those that begin after it
-// need not be looked at where all are in order.
-std::size_t epoch_at(const ChannelData& channel, std::int64_t time) {
-    const auto begins_later = [](std::int64_t one, const EpochData& epoch) {
-        return one < epoch.epoch_start;
-    };
-    const auto begin = channel.data.begin();
-    const auto end = channel.is_ordered ? std::upper_bound(begin + 1, channel.data.end(), time, begins_later)
-                                        : channel.data.end();
-    std::ptrdiff_t index = end - begin - 1;
-    const std::ptrdiff_t last = channel.is_ordered ? std::max<std::ptrdiff_t>(index - 1, 0) : 0;
-    while (index > last && !holds(begin[index], time))
-        --index;
-    return holds(begin[index], time) ? static_cast<std::size_t>(index) : 0;
 }
 
 void compare_with_next(const DataRecord& record, EpochData* data) {
@@ -67,6 +47,24 @@ void add_to(EpochData* data, const DataRecord& record) {
 
 } // namespace
 
+bool DataFound::holds(const Epoch& epoch, std::int64_t time) {
+    return epoch.start <= time && time < epoch.end;
+}
+
+// The epoch of the time: the last one that holds it, else all time. Those that begin after it need not be
+// looked at where all are in order.
+std::size_t DataFound::index_at(const Epochs& epochs, std::int64_t time) {
+    const auto begins_later = [](std::int64_t one, const Epoch& epoch) { return one < epoch.start; };
+    const auto begin = epochs.all.begin();
+    const auto end = epochs.is_ordered ? std::upper_bound(begin + 1, epochs.all.end(), time, begins_later)
+                                       : epochs.all.end();
+    std::ptrdiff_t index = end - begin - 1;
+    const std::ptrdiff_t last = epochs.is_ordered ? std::max<std::ptrdiff_t>(index - 1, 0) : 0;
+    while (index > last && !holds(begin[index], time))
+        --index;
+    return holds(begin[index], time) ? static_cast<std::size_t>(index) : 0;
+}
+
 std::size_t DataFound::Hash::operator()(const Codes& codes) const {
     std::uint64_t front = 0;
     std::uint32_t back = 0;
@@ -90,24 +88,24 @@ std::size_t DataFound::index_of(std::string_view network, std::string_view stati
     put(channel, 7, 3);
     put(network, 10, 2);
     const auto [known, is_new] = index_.try_emplace(codes, channels_.size());
-    if (is_new)
-        channels_.push_back({std::string(network),
-                             std::string(station),
-                             std::string(location),
-                             std::string(channel),
-                             {EpochData{Limits::min(), Limits::max()}}});
+    if (is_new) {
+        channels_.push_back(
+            {std::string(network), std::string(station), std::string(location), std::string(channel), {}});
+        epochs_.push_back({{{Limits::min(), Limits::max(), -1}}});
+    }
     return known->second;
 }
 
 void DataFound::expect(std::string_view network, std::string_view station, std::string_view location,
                        std::string_view channel, std::int64_t start, std::int64_t end, std::int64_t place) {
-    ChannelData& one = channels_[index_of(network, station, location, channel)];
-    one.is_ordered = one.is_ordered && (one.data.size() == 1 || one.data.back().epoch_end <= start);
-    one.data.push_back(EpochData{start, end, place});
+    Epochs& epochs = epochs_[index_of(network, station, location, channel)];
+    epochs.is_ordered = epochs.is_ordered && (epochs.all.size() == 1 || epochs.all.back().end <= start);
+    epochs.all.push_back({start, end, place});
 }
 
 void DataFound::add(const DataRecord& record) {
     Codes codes;
+    static_assert(sizeof codes == codes_size);
     std::copy_n(record.bytes.begin() + codes_offset, codes.size(), codes.begin());
     if (channels_.empty() || codes != last_codes_) {
         const auto known = index_.find(codes);
@@ -116,8 +114,14 @@ void DataFound::add(const DataRecord& record) {
                                                                  record.location, record.channel);
         last_codes_ = codes;
     }
-    ChannelData& channel = channels_[last_];
-    add_to(&channel.data[epoch_at(channel, record.start)], record);
+    Epochs& epochs = epochs_[last_];
+    Epoch& epoch = epochs.all[index_at(epochs, record.start)];
+    std::vector<EpochData>& data = channels_[last_].data;
+    if (epoch.data < 0) {
+        epoch.data = std::ssize(data);
+        data.push_back(EpochData{epoch.start, epoch.end, epoch.place});
+    }
+    add_to(&data[static_cast<std::size_t>(epoch.data)], record);
 }
 
 } // namespace quarry

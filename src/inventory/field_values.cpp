@@ -8,6 +8,11 @@ std::string text_value(std::span<const Field> fields, std::string_view name) {
     return std::string(text_field(fields, name).value_or(""));
 }
 
+char letter_value(std::span<const Field> fields, std::string_view name) {
+    const std::string_view text = text_field(fields, name).value_or("");
+    return text.empty() ? '\0' : text[0];
+}
+
 std::string written_value(std::span<const Field> fields, std::string_view name) {
     const Field* field = find_field(fields, name);
     const std::string_view raw = field != nullptr ? field->raw : "";

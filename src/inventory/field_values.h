@@ -13,6 +13,9 @@ namespace quarry {
 // The text of the field, trimmed; empty without one.
 std::string text_value(std::span<const Field> fields, std::string_view name);
 
+// The first letter of that text; 0 without one.
+char letter_value(std::span<const Field> fields, std::string_view name);
+
 // The field as it is written ("02.4"), trimmed; empty without one.
 std::string written_value(std::span<const Field> fields, std::string_view name);
 

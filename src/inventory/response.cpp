@@ -23,7 +23,10 @@ struct ResponseType {
 template <class T>
 std::vector<T> list(Row fields, std::string_view count, T (*read)(Row row)) {
     std::vector<T> values;
-    for (const Row row : rows_of(fields, count))
+    const GroupRows rows = rows_of(fields, count);
+    if (!rows.empty())
+        values.reserve((rows.fields().size() - 1) / (*rows.begin()).size() + 1);
+    for (const Row row : rows)
         values.push_back(read(row));
     return values;
 }
@@ -55,13 +58,13 @@ Calibration calibration(Row row) {
 ResponsePart poles_and_zeros(Row fields) {
     const bool is_twin = find_field(fields, "response_type") != nullptr;
     return PolesAndZeros{
-        text_value(fields, is_twin ? "response_type" : "transfer_function_types"),
+        letter_value(fields, is_twin ? "response_type" : "transfer_function_types"),
         real_field(fields, "a0_normalization_factor"), real_field(fields, "normalization_frequency"),
         list(fields, "number_of_complex_zeros", root), list(fields, "number_of_complex_poles", root)};
 }
 
 ResponsePart coefficients(Row fields) {
-    return Coefficients{text_value(fields, "response_type"),
+    return Coefficients{letter_value(fields, "response_type"),
                         list(fields, "number_of_numerators", coefficient),
                         list(fields, "number_of_denominators", coefficient)};
 }
@@ -87,14 +90,14 @@ ResponsePart gain(Row fields) {
 
 ResponsePart fir(Row fields) {
     const bool is_twin = find_field(fields, "number_of_factors") != nullptr;
-    return Fir{text_value(fields, "symmetry_code"),
+    return Fir{letter_value(fields, "symmetry_code"),
                list(fields, is_twin ? "number_of_factors" : "number_of_coefficients", real_at)};
 }
 
 ResponsePart polynomial(Row fields) {
-    return Polynomial{text_value(fields, "transfer_function_type"),
-                      text_value(fields, "polynomial_approximation_type"),
-                      text_value(fields, "valid_frequency_units"),
+    return Polynomial{letter_value(fields, "transfer_function_type"),
+                      letter_value(fields, "polynomial_approximation_type"),
+                      letter_value(fields, "valid_frequency_units"),
                       real_field(fields, "lower_valid_frequency_bound"),
                       real_field(fields, "upper_valid_frequency_bound"),
                       real_field(fields, "lower_bound_of_approximation"),

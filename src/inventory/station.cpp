@@ -48,7 +48,7 @@ StationEpoch read_station(const Place& place, const Fields& fields) {
     epoch.word_order_16 = of.integer("word_order_16bit");
     epoch.start = of.moment("start_effective_date");
     epoch.end = of.moment("end_effective_date");
-    epoch.update = of.text("update_flag");
+    epoch.update = letter_value(fields.fields, "update_flag");
     return epoch;
 }
 
@@ -76,7 +76,7 @@ ChannelEpoch read_channel(const Place& place, const Fields& fields, std::int64_t
     epoch.flags = of.text("channel_flags");
     epoch.start = of.moment("start_date");
     epoch.end = of.moment("end_date");
-    epoch.update = of.text("update_flag");
+    epoch.update = letter_value(fields.fields, "update_flag");
     return epoch;
 }
 

@@ -1,7 +1,7 @@
-// The lines of a list's elements that hold nothing.
+// The lines of empty elements of a list.
 //
-// A few bytes of a damaged volume can declare thousands of elements that are not there. They are listed all
-// the same, in lines that differ only in their numbers, so these lines are made once.
+// A few bytes of a damaged volume can declare thousands of elements that are missing. They are listed all the
+// same, in lines that differ only in their numbers, so these lines are made once.
 #pragma once
 
 #include "platform/line_format.h"
@@ -12,12 +12,12 @@
 
 namespace quarry {
 
-// How many of the bytes stand before the zeros at the end.
+// The number of bytes before the zeros at the end.
 std::size_t filled_bytes(std::string_view bytes);
 
-// How many of the first `count` elements of lists of the same length stand before those that consist of zero
-// bytes in all of the lists. (A real number that is -0 does not, nor an empty text with something behind its
-// NUL.)
+// For lists of the same length that are listed element by element: how many of the first `count` elements
+// have to be looked at. All elements behind those are zero bytes in every list. (A real number that is -0 is
+// not all zero bytes, nor is an empty text with something behind its NUL.)
 template <typename... Lists>
 std::size_t filled_elements(std::size_t count, const Lists&... lists) {
     const auto filled = [count](const auto& list) {

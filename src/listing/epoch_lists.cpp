@@ -13,7 +13,6 @@
 #include <iterator>
 #include <span>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace quarry {

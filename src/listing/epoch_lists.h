@@ -1,4 +1,4 @@
-// What a volume's control headers say of its data records: the data formats by code (blockettes 030),
+// What a volume's control headers say about its data records: the data formats by code (blockettes 030),
 // the record length and format of every channel epoch (050 and 052), the word orders of every station epoch
 // (050).
 //
@@ -39,8 +39,8 @@ struct order_t {
 
 // Three-way comparisons of a sought element with a stored one: by the codes, then by the times. Where all
 // codes are equal, a sought start inside the stored epoch (start inclusive, end exclusive) is equal; the
-// sought element's end is never looked at. They say what the lists below take for equal. The lists do not
-// call them, for they are no ordering that a search could follow.
+// sought element's end is never looked at. They define which elements are equal in the lists below. The
+// lists do not call them: they do not define an order that a search could follow.
 int rec_len_cmp(const rec_len_t& test, const rec_len_t& base);
 int order_cmp(const order_t& test, const order_t& base);
 

@@ -9,7 +9,6 @@
 #include "state.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <span>
 
 namespace quarry {

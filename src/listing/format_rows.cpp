@@ -185,7 +185,7 @@ void FormatRows::cut_into_steps(Channel* channel) {
     for (std::uint32_t i = 0; i < channel->rows; ++i) {
         const std::uint32_t number = rows_[channel->first_row + i];
         const Row row = read_row(number);
-        if (row.start < moment_after(row.end)) // false for what is no number
+        if (row.start < moment_after(row.end)) // false if one of them is not a number
             spans.push_back({row.start, moment_after(row.end), number});
     }
     std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) { return a.start < b.start; });

@@ -11,14 +11,15 @@
 
 namespace quarry {
 
-// The table is read when it is first needed, and asked again as long as it has no rows.
+// The table is read when it is first needed; as long as it has no rows, it is read again at the next look-up.
 //
-// A row describes a record if its station and channel are the record's and its times, both included, hold
-// the record's start; an end before 1970 counts as open. What describes a record is looked for in the row
-// looked at last, which after a search without success is the table's last, then from the table's first row
-// on. No search takes longer than the logarithm of the number of rows: the times of a channel, when it is
-// first asked for, are cut into steps, each with the first row that holds it. Records of a few thousand
-// channels in turn do not search: the answer to each is remembered.
+// A row describes a record if it has the record's station and channel, and if its times, both included, hold
+// the record's start; an end before 1970 counts as open. The row looked at last is tried first (after a
+// search without success that is the table's last row), then all rows from the table's first one on.
+//
+// A search takes time in proportion to the logarithm of the number of rows: at the first look-up of a channel
+// its time is cut into steps, each with the first row that holds it. Records of a few thousand channels in
+// turn need no search: the answer for each channel is remembered.
 class FormatRows {
 public:
     // The format of the row that describes such a record, empty if none does. Valid until the next call.

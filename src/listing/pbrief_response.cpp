@@ -13,10 +13,10 @@ void print_complex_list(LineBuffer& out, const std::vector<Complex_t>& values,
     const std::size_t filled = filled_elements(values.size(), values, errors);
     for (std::size_t i = 0; i < filled; ++i) {
         print_line<"\t%3d (%+12.5E %+12.5e)">(out, static_cast<int>(i), values[i].real, values[i].imag);
-        if (errors[i].real == 0.0 && errors[i].imag == 0.0)
-            out.append("\n");
-        else
-            print_line<"   (%12.5e %12.5e)%s">(out, errors[i].real, errors[i].imag, end_with_error);
+        const bool has_error = errors[i].real != 0.0 || errors[i].imag != 0.0;
+        if (has_error)
+            print_line<"   (%12.5e %12.5e)">(out, errors[i].real, errors[i].imag);
+        out.append(has_error ? end_with_error : "\n"); // not as a value: those show an end of line as a code
     }
     print_numbered<"\t%3d (%+12.5E %+12.5e)\n", 1000>(out, filled, values.size(), 0.0, 0.0);
 }

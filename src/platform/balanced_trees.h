@@ -13,7 +13,7 @@ namespace quarry {
 using TreeIndex = std::uint32_t;
 inline constexpr TreeIndex no_node = UINT32_MAX; // also the root of an empty tree
 
-// An array that grows without a second copy, and without room left unused but for a block.
+// An array that grows without copying its elements and leaves room for less than a block of them unused.
 template <class T>
 class BlockedArray {
 public:
@@ -44,7 +44,7 @@ private:
 //   key ()                 what the tree is sorted by, with == and <
 //   children               the left and the right one
 //   height                 of the subtree below and including the node
-//   sum_up (left, right)   recomputes what the node says of its subtree, from its children (null if missing)
+//   sum_up (left, right)   recomputes what the node says about its subtree, from its children (or null)
 //
 // The height of a tree of n nodes is at most 1.45 log2 n, and so is the depth of the recursion.
 template <class Node>
@@ -70,7 +70,8 @@ public:
     }
 
     // Puts the node into the tree, which must not hold another one with its key. A node that is there already
-    // stays in its place, and what the nodes above say of it becomes true again. Returns the tree's new root.
+    // stays in its place, and what the nodes above say about it is brought up to date. Returns the tree's new
+    // root.
     TreeIndex settle(TreeIndex root, TreeIndex node) {
         if (root == no_node)
             root = node;

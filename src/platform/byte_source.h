@@ -1,8 +1,8 @@
 // Byte input: the bytes of a file, a descriptor or a piece of memory, decompressed where they are compressed.
 //
-// What is compressed is known by its first bytes, whatever its name: gzip, compress, bzip2, xz, zstd and
-// lzip, of one member or several. Pipes and sockets that are streams are looked at too. Character devices
-// (tapes) and sockets that keep messages apart never are: there a read is one read(2), piece for piece.
+// Compressed data are recognized by their first bytes, whatever the name: gzip, compress, bzip2, xz, zstd and
+// lzip, of one member or several. Pipes and stream sockets may be compressed too. Character devices (tapes)
+// and sockets that keep messages apart are always plain: there each read is one read(2).
 //
 //     ByteSource source = ByteSource::of_path("volume.seed.gz");
 //     std::array<char, 65536> piece;

@@ -98,7 +98,8 @@ public:
         return BZ2_bzDecompressInit(&stream_, 0, 0) == BZ_OK ? Step::going : Step::no_memory;
     }
 
-    // Of a block with damaged runs the library does not tell what it has written. So each call writes little.
+    // If a block has damaged runs, the library does not report what it has written. So each call writes
+    // little.
     Step step(Flow& flow) override {
         constexpr std::size_t little = 4096;
         stream_.next_in = input_bytes<char>(flow.in);
@@ -185,7 +186,7 @@ public:
         return Step::going;
     }
 
-    // A call that fails tells nothing of what it wrote before. So each gets at most the rest of one block,
+    // A call that fails does not report what it wrote before. So each gets at most the rest of one block,
     // never the header behind it, and nothing at all while there may be more to write.
     Step step(Flow& flow) override {
         constexpr std::size_t block_header = 3;

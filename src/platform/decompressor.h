@@ -5,7 +5,6 @@
 // its object and bounds its memory.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -27,7 +26,7 @@ enum class Step {
     no_memory
 };
 
-// What is wrong, in plain words; empty for steps that are no fault.
+// What is wrong, in plain words; empty for steps that are not faults.
 std::string_view fault_text(Step step);
 
 // What a step works on; each step takes what it used off the fronts.

@@ -1,19 +1,15 @@
 #include "quarry/time.h"
 
+#include "platform/digits.h"
+
 #include <algorithm>
 #include <chrono>
-#include <cstddef>
 
 namespace quarry {
 
 namespace {
 
 using std::chrono::microseconds;
-
-void write_digits(std::int64_t value, char* place, int count) {
-    for (char* digit = place + count; digit-- != place; value /= 10)
-        *digit = static_cast<char>('0' + value % 10);
-}
 
 microseconds within_years(std::int64_t time) {
     using namespace std::chrono;
@@ -34,13 +30,16 @@ IsoTime::IsoTime(std::int64_t time) {
 
     constexpr std::string_view form = "0000-00-00T00:00:00.000000Z";
     std::copy(form.begin(), form.end(), text_.begin());
-    write_digits(int{date.year()}, text_.data(), 4);
-    write_digits(unsigned{date.month()}, &text_[5], 2);
-    write_digits(unsigned{date.day()}, &text_[8], 2);
-    write_digits(seconds_of_day / 3600, &text_[11], 2);
-    write_digits(seconds_of_day / 60 % 60, &text_[14], 2);
-    write_digits(seconds_of_day % 60, &text_[17], 2);
-    write_digits(of_day % 1'000'000, &text_[20], 6);
+    const auto write = [this](std::size_t place, std::size_t count, std::int64_t value) {
+        write_digits(std::span(text_).subspan(place, count), static_cast<std::uint64_t>(value));
+    };
+    write(0, 4, int{date.year()});
+    write(5, 2, unsigned{date.month()});
+    write(8, 2, unsigned{date.day()});
+    write(11, 2, seconds_of_day / 3600);
+    write(14, 2, seconds_of_day / 60 % 60);
+    write(17, 2, seconds_of_day % 60);
+    write(20, 6, of_day % 1'000'000);
     size_ = form.size();
     if (of_day % 1'000'000 == 0) {
         text_[19] = 'Z';

@@ -42,15 +42,15 @@ public:
     void set_for_terminal(bool is_for_terminal) { for_terminal_ = is_for_terminal; }
     bool is_for_terminal() const { return for_terminal_; }
 
-    // For a stream: writes what the line holds and the text behind it, and empties the line. append_lasting
-    // does that with a long text.
+    // What append_lasting calls with a long text: it writes what the buffer holds and then the text to the
+    // stream, and empties the buffer.
     using Write = void (*)(LineBuffer& line, std::FILE* stream, std::string_view text);
     void set_stream(Write write, std::FILE* stream) {
         write_ = write;
         stream_ = stream;
     }
 
-    // Called before the memory moves to where there is more; may remove a prefix.
+    // Called before the characters move to a larger piece of memory; may remove a prefix.
     void set_before_growth(void (*before_growth)()) { before_growth_ = before_growth; }
     void remove_prefix(std::size_t count) {
         std::memmove(storage_.data(), storage_.data() + count, size_ - count);
@@ -251,7 +251,7 @@ struct FormatText {
     char characters[size]{};
 };
 
-// Whether LineEnd has a quick way to convert a T, and the most characters that this writes.
+// Whether LineWriter has a quick way to convert a T, and the most characters that this writes.
 template <typename T>
 constexpr bool is_quick(const Conversion& conversion) {
     constexpr bool integer = std::is_integral_v<T> && !std::is_same_v<T, char>;
@@ -264,15 +264,15 @@ constexpr std::size_t most_characters(const Conversion& conversion) {
     return is_quick<T>(conversion) ? conversion.width + std::max(longest_integer, sizeof(T)) : 0;
 }
 
-// The end of a line that is being put together. It writes into room that was made for the whole line, but for
-// values without a quick way, and so looks at the room once.
-class LineEnd {
+// Appends the parts of one line to a buffer. The room for the whole line is made once, at the beginning; only
+// values without a quick way ask for room of their own.
+class LineWriter {
 public:
-    LineEnd(LineBuffer* line, std::size_t room)
+    LineWriter(LineBuffer* line, std::size_t room)
         : line_(*line), room_(room), for_terminal_(line->is_for_terminal()), at_(line->room(room)) {}
-    LineEnd(const LineEnd&) = delete;
-    LineEnd& operator=(const LineEnd&) = delete;
-    ~LineEnd() { line_.end_at(at_); }
+    LineWriter(const LineWriter&) = delete;
+    LineWriter& operator=(const LineWriter&) = delete;
+    ~LineWriter() { line_.end_at(at_); }
 
     void append_plain(std::string_view text) {
         std::memcpy(at_, text.data(), text.size());
@@ -342,7 +342,8 @@ void print_line(LineBuffer& out, const Arguments&... arguments) {
         return format.text().substr(before.text_begin, before.text_end - before.text_begin);
     };
     [&]<std::size_t... at>(std::index_sequence<at...>) {
-        LineEnd end(&out, (format.text().size() + ... + most_characters<Arguments>(parsed.conversions[at])));
+        LineWriter end(&out,
+                       (format.text().size() + ... + most_characters<Arguments>(parsed.conversions[at])));
         (..., (end.append_plain(plain_text(parsed.conversions[at])),
                end.append<parsed.conversions[at]>(arguments)));
         end.append_plain(plain_text(parsed.end));

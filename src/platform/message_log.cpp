@@ -40,13 +40,14 @@ __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, 
 // A character that the text does not hold, or NUL.
 char absent_from(std::string_view text) {
     for (int candidate = 1; candidate <= UCHAR_MAX; ++candidate)
-        if (candidate != '%' && text.find(static_cast<char>(candidate)) == std::string_view::npos)
+        if (text.find(static_cast<char>(candidate)) == std::string_view::npos)
             return static_cast<char>(candidate);
     return '\0';
 }
 
-// For a terminal: only the ends of lines that stand in the format stay such; those of the arguments are shown
-// as codes, like all control characters. A character that no argument holds marks the former.
+// For a terminal: the ends of lines in the format stay, those in the arguments are shown as codes, like all
+// control characters. The former are marked by a character that is neither in the format (so it is not "%")
+// nor in an argument.
 __attribute__((format(printf, 1, 0))) std::string formatted_for_terminal(const char* format,
                                                                          va_list arguments) {
     va_list again;
@@ -111,6 +112,7 @@ void log_init(int argc, const char* const* argv) {
 }
 
 void log_note(const char* format, ...) {
+    flush_output(stdout); // if that fails, the message about it must not bring this note with it
     if (pending_notes == nullptr)
         pending_notes = new std::vector<std::string>;
     va_list arguments;
@@ -135,7 +137,6 @@ void log_die(int with_errno, const char* format, ...) {
     va_start(arguments, format);
     report(error_text, format, arguments);
     va_end(arguments);
-    flush_output(stdout);
     end_process(EXIT_FAILURE);
 }
 
@@ -147,7 +148,6 @@ void log_die_without_memory(const char* text) {
         std::snprintf(line.data(), line.size(), "%s: %s: %s\n", name, text, std::strerror(ENOMEM));
     log_flush(1);
     write_to_stderr({line.data(), std::min(static_cast<std::size_t>(std::max(length, 0)), line.size() - 1)});
-    flush_output(stdout);
     end_process(EXIT_FAILURE);
 }
 

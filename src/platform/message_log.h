@@ -27,7 +27,7 @@ void log_note(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // at the call.
 void log_complain(int with_errno, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-// As log_complain, then flushes standard output and exits with status 1.
+// As log_complain, then exits with status 1.
 [[noreturn]] void log_die(int with_errno, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // The same for exhausted memory: the text, which comes from no volume, and the system's error text. Allocates

@@ -16,13 +16,14 @@
 
 namespace quarry {
 
-// A value as found: its text, or none if it is no text, and the line it stands on.
+// A value as found: its text, absent if it is not a text, and its line.
 struct ParameterValue {
     std::optional<std::string> text;
     unsigned line = 0;
 };
 
-// A parsed parameter file: its path, its top-level tables by name, and the lines of what else stands there.
+// A parsed parameter file: its path, its top-level tables by name, and the lines of its other top-level
+// entries.
 struct ParameterFile {
     std::string path;
     std::map<std::string, std::map<std::string, ParameterValue>, std::less<>> tables;
@@ -31,12 +32,12 @@ struct ParameterFile {
 
 // Reads the parameter file of the given name ("quarry" reads quarry.pf). Returns 0, or -1 when it is missing,
 // cannot be read, is not a regular file, is larger than a megabyte, or is not TOML (or nests deeper than
-// toml_depth_limit). Except for a missing file a note tells why; for what is wrong in the file, with its line
-// and column. An empty file is a valid one.
+// toml_depth_limit). Except for a missing file, a note gives the reason; for a fault in the file, its line
+// and column too. An empty file is a valid one.
 int param_read(const char* name, ParameterFile* parameters);
 
-// Parses the content of a parameter file; `path` is for messages. Returns 0, or -1 with a note that tells
-// why, and where.
+// Parses the content of a parameter file; `path` is for messages. Returns 0, or -1 with a note that gives
+// the reason and the place.
 int param_parse(std::string_view content, const std::string& path, ParameterFile* parameters);
 
 // The table of texts under the key, or none. An entry that is not a text is reported (file, line, key) and

@@ -1,6 +1,8 @@
 #include "platform/standard_output.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -21,17 +23,21 @@ void remember_error(int error) {
 bool gathering = false;
 void (*failure_hook)() = nullptr;
 constexpr std::size_t enough_for_a_write = std::size_t{1} << 16;
+constexpr std::array ending_signals = {SIGINT, SIGTERM, SIGHUP};
 
 // The lines of standard output one behind the other: first those that are written, then those that wait to
-// be, then the one that is being put together. A signal handler reads those that wait; where they begin
-// changes only while there are none.
+// be, then the one that is being put together. A signal handler reads those that wait; where they begin and
+// where the memory is changes only while there are none.
 LineBuffer gathered;
 volatile std::sig_atomic_t behind_written = 0;
 volatile std::sig_atomic_t waiting = 0;
 
+// Whenever a signal comes. (The size of the buffer may be out of date then, and substr could throw.)
 std::string_view waiting_lines() {
-    return gathered.text().substr(static_cast<std::size_t>(behind_written),
-                                  static_cast<std::size_t>(waiting));
+    const std::sig_atomic_t size = waiting;
+    return size == 0
+               ? std::string_view()
+               : std::string_view(gathered.text().data() + behind_written, static_cast<std::size_t>(size));
 }
 
 // Writes all of the text; where the descriptor takes nothing now, this waits.
@@ -65,6 +71,7 @@ void write_gathered() {
 
 // What is put together is a line from now on.
 void end_gathered_line() {
+    std::atomic_signal_fence(std::memory_order_release); // its characters are in memory first
     waiting = static_cast<int>(gathered.text().size()) - behind_written;
 }
 
@@ -84,7 +91,8 @@ void write_with_gathered(LineBuffer& /*gathered*/, std::FILE* /*stdout*/, std::s
 
 void write_to_stream(LineBuffer& line, std::FILE* stream, std::string_view text) {
     std::fwrite(line.text().data(), 1, line.text().size(), stream);
-    std::fwrite(text.data(), 1, text.size(), stream);
+    if (!text.empty()) // else it may be at null, which fwrite does not take
+        std::fwrite(text.data(), 1, text.size(), stream);
     line.clear();
 }
 
@@ -99,7 +107,7 @@ void end_by_signal(int signal) {
             break;
         text.remove_prefix(static_cast<std::size_t>(written));
     }
-    raise(signal); // which has its default effect again
+    raise(signal); // which has its default effect again once this returns
 }
 
 void catch_signal(int signal) {
@@ -107,7 +115,9 @@ void catch_signal(int signal) {
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
         return;
     action.sa_handler = end_by_signal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (const int other : ending_signals) // or it would write the same lines once more
+        sigaddset(&action.sa_mask, other);
     sigaction(signal, &action, nullptr);
 }
 
@@ -124,7 +134,7 @@ void gather_output(void (*on_failure)()) {
         forget_written();
     });
     std::atexit([] { flush_output(stdout); });
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : ending_signals)
         catch_signal(signal);
 }
 

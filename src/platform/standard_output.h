@@ -5,7 +5,6 @@
 #include "platform/line_format.h"
 
 #include <cstdio>
-#include <string_view>
 
 namespace quarry {
 
@@ -17,11 +16,12 @@ void gather_output(void (*on_failure)());
 // True if the stream, standard output or standard error, is a terminal.
 bool is_terminal(std::FILE* stream);
 
-// A buffer for the lines of a stream: the scratch line, for a terminal where the stream is one, or where
-// lines gathered before may stand. What is added to it is written by write_line.
+// The buffer to which the next lines of a stream are added, for a terminal if the stream is one. write_line
+// then writes them. Gathered standard output has its own, which may hold earlier lines; other streams share
+// the scratch line, so only one of them can have lines at a time.
 LineBuffer& line_for(std::FILE* stream);
 
-// Writes what has been added to the stream's buffer, or gathers it. A failure shows at the next flush.
+// Writes what has been added to the stream's buffer, or gathers it.
 void write_line(std::FILE* stream, LineBuffer& line);
 
 // Flushes the stream.

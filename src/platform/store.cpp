@@ -58,7 +58,7 @@ Statement prepare(sqlite3* connection, const std::string& sql) {
 }
 
 // The errno of a connection that failed. A file beside the database that cannot be made is refused like the
-// database itself; the system's own error then is that of SQLite's last try and tells nothing.
+// database itself; the system's own error is then that of SQLite's last try, which does not help.
 int errno_of(int result, sqlite3* connection) {
     const int system_error = sqlite3_system_errno(connection);
     switch (result) {

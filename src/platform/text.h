@@ -70,15 +70,17 @@ void copy_text(std::span<char> destination, std::string_view text);
 // The text of a fixed-capacity member.
 template <std::size_t N>
 std::string_view member_text(const char (&member)[N]) {
-    if constexpr (N > 8)
+    if constexpr (N > 8) {
         return {member, strnlen(member, N)};
-    std::size_t length = 0; // of a code: a data record has many
-    while (length < N && member[length] != '\0')
-        ++length;
-    return {member, length};
+    } else {
+        std::size_t length = 0; // of a code: a data record has many
+        while (length < N && member[length] != '\0')
+            ++length;
+        return {member, length};
+    }
 }
 
-// Path of the running executable, empty if it cannot be told.
+// Path of the running executable, empty if it is unknown.
 std::string program_path();
 
 } // namespace quarry

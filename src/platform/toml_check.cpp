@@ -96,7 +96,7 @@ private:
     }
 
     // Passes a character of a quoted text, or what a backslash begins. The library looks for white space
-    // after a backslash, and cannot tell it from other characters beyond ASCII.
+    // after a backslash, and confuses it with other characters beyond ASCII.
     void pass_quoted_character(char quote) {
         const bool escape = quote == '"' && front() == '\\';
         pass();

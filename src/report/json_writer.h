@@ -11,7 +11,6 @@
 // that a line does no harm on a terminal. Numbers are in the shortest text that reads back to the same one.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>

@@ -1,8 +1,8 @@
 // Output of several threads in a fixed order: part 0 first, each part unbroken.
 //
-// The part whose turn it is goes straight to the descriptor. Later ones are kept, up to a few MiB together;
-// then the threads that make them help the part whose turn it is, if its own thread has put work off, and
-// wait. So do threads that have no part left. Each part must be made by some thread, in order.
+// The part whose turn it is goes straight to the descriptor. Later parts are kept, up to a few MiB together.
+// Beyond that the threads that make them wait, and meanwhile do jobs that the thread of the part in turn has
+// deferred. Threads that have no part left do the same. Each part must be made by some thread, in order.
 #pragma once
 
 #include <condition_variable>
@@ -45,9 +45,12 @@ public:
             settle();
         }
 
+        // Where the part is given up in the middle of a line.
+        void drop_unfinished_line() { text_.resize(text_.rfind('\n') + 1); }
+
         // True if there are other threads, which may make text for this part.
         bool is_shared() const { return output_.threads_ > 1; }
-        // What the job writes stands behind the text so far. `finish` returns once all jobs are done. Both
+        // What the job writes follows the text so far. `finish` returns once all jobs are done. Both
         // throw what a job throws.
         void defer(Job job) { output_.defer(number_, &text_, std::move(job)); }
         void finish() { output_.finish(number_); }
@@ -58,13 +61,13 @@ public:
         std::string text_ = {};
     };
 
-    // For so many threads. `before_write` is called before each write.
+    // For that many threads. `before_write` is called before each write.
     OrderedOutput(int descriptor, std::size_t threads, std::function<void()> before_write)
         : descriptor_(descriptor), threads_(threads), before_write_(std::move(before_write)) {}
 
     Part part(std::size_t number) { return Part(this, number); }
 
-    // Does jobs of other threads until so many parts are complete.
+    // Does jobs of other threads until that many parts are complete.
     void help(std::size_t parts);
 
     // The errno of the first write that failed, after which nothing is written; 0 if none failed.

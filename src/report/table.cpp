@@ -35,7 +35,7 @@ std::size_t least_width(const Column& column, std::size_t natural) {
     return least > 0 ? std::min(natural, std::max(least, column.title.size())) : natural;
 }
 
-// What of the room helps a column that has `width`.
+// How much of the room a column that has `width` can use.
 std::size_t growth(const Column& column, std::size_t width, std::size_t natural, std::size_t room) {
     std::size_t grown = std::min(natural, width + room);
     if (column.kind == Column::Kind::time && grown < natural)
@@ -59,19 +59,9 @@ std::string fitted(const Column& column, std::string_view cell, std::size_t widt
                                                          : cut_text(cell, width);
 }
 
-// The parts of a text with the separator between them; none of an empty one.
-template <class Visit>
-void for_each_part(std::string_view text, char separator, Visit visit) {
-    for (std::size_t at = 0; !text.empty() && at <= text.size();) {
-        const std::size_t end = std::min(text.find(separator, at), text.size());
-        visit(text.substr(at, end - at));
-        at = end + 1;
-    }
-}
-
 template <class CellOf>
-void write_line(std::span<const Column> columns, const std::vector<std::size_t>& widths, CellOf cell_of,
-                std::string* out) {
+void write_line(std::span<const Column> columns, const std::vector<std::size_t>& widths,
+                const CellOf& cell_of, std::string* out) {
     std::size_t blanks = 0;
     bool is_first = true;
     for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -79,7 +69,7 @@ void write_line(std::span<const Column> columns, const std::vector<std::size_t>&
             continue;
         blanks += is_first ? 0 : between;
         is_first = false;
-        const std::string cell = fitted(columns[i], cell_of(i), widths[i]);
+        const std::string cell = fitted(columns[i], std::string(cell_of(i)), widths[i]);
         const std::size_t padding = widths[i] - text_width(cell);
         const bool is_right = columns[i].kind == Column::Kind::number;
         if (!cell.empty())
@@ -127,26 +117,19 @@ std::string cut_text(std::string_view text, std::size_t width) {
     return cut;
 }
 
-void Table::add(const std::vector<std::string>& row) {
-    rows_ += rows_.empty() ? "" : "\n";
-    for (std::size_t i = 0; i < row.size(); ++i)
-        rows_.append(i > 0 ? "\t" : "").append(shown_text(row[i]));
+Table::Widths Table::natural_widths() const {
+    Widths natural(columns_.size(), 0);
+    rows_([&](const std::vector<std::string>& row) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            if (!row[i].empty())
+                natural[i] = std::max({natural[i], text_width(shown_text(row[i])), columns_[i].title.size()});
+    });
+    return natural;
 }
 
-// The width of each column, 0 for one that is not shown.
-std::vector<std::size_t> Table::widths(std::size_t limit) const {
-    std::vector<std::size_t> natural(columns_.size(), 0);
-    for_each_part(rows_, '\n', [&](std::string_view row) {
-        auto column = columns_.begin();
-        for_each_part(row, '\t', [&](std::string_view cell) {
-            const auto i = static_cast<std::size_t>(column++ - columns_.begin());
-            if (!cell.empty())
-                natural[i] = std::max({natural[i], text_width(cell), columns_[i].title.size()});
-        });
-    });
+Table::Widths Table::fitting_widths(const Widths& natural, std::size_t limit) const {
     if (limit == 0 || whole_width(natural) <= limit)
         return natural;
-
     std::vector<std::size_t> by_rank(columns_.size());
     std::iota(by_rank.begin(), by_rank.end(), std::size_t{0});
     std::stable_sort(by_rank.begin(), by_rank.end(), [this](std::size_t one, std::size_t other) {
@@ -165,50 +148,57 @@ std::vector<std::size_t> Table::widths(std::size_t limit) const {
     return widths;
 }
 
-void Table::write_text(std::size_t width, std::string* out) const {
-    const std::vector<std::size_t> widths = this->widths(width);
+bool Table::write_text(std::string_view front, std::size_t width, std::string* out) const {
+    const Widths natural = natural_widths();
+    if (whole_width(natural) == 0)
+        return false;
+    const Widths widths = fitting_widths(natural, width);
+    out->append(front);
     write_line(
         columns_, widths, [this](std::size_t i) { return columns_[i].title; }, out);
-    std::vector<std::string_view> cells;
-    for_each_part(rows_, '\n', [&](std::string_view row) {
-        cells.clear();
-        for_each_part(row, '\t', [&cells](std::string_view cell) { cells.push_back(cell); });
+    rows_([&](const std::vector<std::string>& row) {
         write_line(
-            columns_, widths, [&cells](std::size_t i) { return cells[i]; }, out);
+            columns_, widths, [&row](std::size_t i) { return shown_text(row[i]); }, out);
+        settle_();
     });
-    write_left_out(widths, width, out);
+    write_left_out(natural, widths, width, out);
+    return true;
 }
 
 // In lines of the width. Titles are ASCII.
-void Table::write_left_out(const std::vector<std::size_t>& widths, std::size_t width,
+void Table::write_left_out(const Widths& natural, const Widths& shown, std::size_t width,
                            std::string* out) const {
     std::string line;
-    const std::vector<std::size_t> all = this->widths(0);
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-        if (widths[i] > 0 || all[i] == 0)
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        if (shown[i] > 0 || natural[i] == 0)
             continue;
         const std::string_view title = columns_[i].title;
         line += line.empty() ? "(no room: " : ", ";
         if (line.find_last_not_of(' ') + 3 + title.size() > width) {
-            *out += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+            *out += cut_text(line.substr(0, line.find_last_not_of(' ') + 1), width) + "\n";
             line = " ";
         }
         line += title;
     }
     if (!line.empty())
-        *out += line + ")\n";
+        *out += cut_text(line + ")", width) + "\n";
 }
 
 void Table::write_rows(std::string_view first, std::string* out) const {
-    for_each_part(rows_, '\n',
-                  [&](std::string_view row) { out->append(first).append("\t").append(row).append("\n"); });
+    rows_([&](const std::vector<std::string>& row) {
+        *out += first;
+        for (const std::string& cell : row)
+            out->append("\t").append(shown_text(cell));
+        *out += '\n';
+        settle_();
+    });
 }
 
-void Table::write_titles(std::string_view first, std::string* out) const {
-    *out += first;
-    for (const Column& column : columns_)
-        out->append("\t").append(column.title);
-    *out += '\n';
+std::string titles_of(std::string_view first, std::span<const Column> columns) {
+    std::string line(first);
+    for (const Column& column : columns)
+        line.append("\t").append(column.title);
+    return line + "\n";
 }
 
 void Table::write_csv(std::string* out) const {

@@ -1,9 +1,8 @@
 // Tables of a report: for people in columns, as wide as the terminal, and for programs with tabs.
 //
 //     constexpr std::array columns{Column{"station", 1}, Column{"site", 3, Column::Kind::text, 8}};
-//     Table table(columns);
-//     table.add({"XX.DEM1", site});
-//     table.write_text(80, &text);
+//     Table table(columns, [&](const Table::Take& take) { take({"XX.DEM1", site}); });
+//     table.write_text("stations\n", 80, &text);
 //
 // Cells are bytes of a volume: those beyond ASCII count as Latin-1, control characters are shown as their
 // codes. What is written is UTF-8.
@@ -11,9 +10,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quarry {
@@ -32,42 +33,51 @@ struct Column {
 
 class Table {
 public:
-    // The columns outlive the table.
-    explicit Table(std::span<const Column> columns) : columns_(columns) {}
+    // Takes a row: a cell for each column.
+    using Take = std::function<void(const std::vector<std::string>& row)>;
+    // Gives all rows, each time it is called: a table may be long, and keeps none of them.
+    using Rows = std::function<void(const Take& take)>;
 
-    // A cell for each column.
-    void add(const std::vector<std::string>& row);
-
-    bool empty() const { return rows_.empty(); }
+    // The columns outlive the table. `settle` is called after each line.
+    Table(
+        std::span<const Column> columns, Rows rows, std::function<void()> settle = [] {})
+        : columns_(columns), rows_(std::move(rows)), settle_(std::move(settle)) {}
 
     // Titles and rows in columns, none longer than the width; 0: as wide as need be. Columns without any
-    // content are not shown; those that had no room are named at the end.
-    void write_text(std::size_t width, std::string* out) const;
+    // content are not shown; those that had no room are named at the end. `front` stands before it all.
+    // Without any row nothing is written, and false is returned.
+    bool write_text(std::string_view front, std::size_t width, std::string* out) const;
 
-    // Rows with a tab after the first cell, which all of them share, and between the others; the titles
-    // alike.
+    // Rows with a tab after the first cell, which all of them share, and between the others.
     void write_rows(std::string_view first, std::string* out) const;
-    void write_titles(std::string_view first, std::string* out) const;
 
     // Titles and rows with commas.
     void write_csv(std::string* out) const;
 
 private:
-    std::vector<std::size_t> widths(std::size_t limit) const;
-    void write_left_out(const std::vector<std::size_t>& widths, std::size_t width, std::string* out) const;
+    using Widths = std::vector<std::size_t>; // of each column, 0 for one that is not shown
+    Widths natural_widths() const;
+    Widths fitting_widths(const Widths& natural, std::size_t limit) const;
+    void write_left_out(const Widths& natural, const Widths& shown, std::size_t width,
+                        std::string* out) const;
 
     std::span<const Column> columns_;
-    std::string rows_ = {}; // with ends of line between, their cells with tabs: tables may be long
+    Rows rows_;
+    std::function<void()> settle_;
 };
+
+// The titles of the rows for programs, a line.
+std::string titles_of(std::string_view first, std::span<const Column> columns);
 
 // Bytes of a volume as UTF-8, control characters as their codes.
 std::string shown_text(std::string_view bytes);
 
-// The columns of a terminal that a text takes, at most. The text cut to so many, its end marked.
+// The number of columns that a text takes on a terminal, at most. The text cut to a number of columns, its
+// end marked.
 std::size_t text_width(std::string_view text);
 std::string cut_text(std::string_view text, std::size_t width);
 
-// The columns of the terminal that standard output is: COLUMNS where that is set; 0 if it is none.
+// The width of the terminal that standard output goes to: COLUMNS where that is set; 0 without a terminal.
 std::size_t terminal_width();
 
 } // namespace quarry

@@ -20,8 +20,8 @@ namespace quarry {
 
 namespace {
 
-// The command run is literally `cmd`, which a site provides. The formatted mt command is not used: the
-// interface asks for it to be made.
+// The command run is literally `cmd`, which a site provides. The interface asks for the mt command too, but
+// nothing runs it.
 void position_tape(const char* input_name) {
     std::array<char, 1024> command;
     std::snprintf(command.data(), command.size(), "mt -f %s asf %d", input_name, File_No);
@@ -100,7 +100,7 @@ void list_volume(read_handle_t* handle, int summary_only) {
 }
 
 int sdd(const char* input_name, int summary_only) {
-    // A listing ends before the message that follows a line that cannot be written.
+    // If a line cannot be written, the listing ends there: messages about later blockettes do not appear.
     gather_output(summary_only == 0 ? check_standard_output : nullptr);
     Tapefile = 0;
     Geoscope_channels = {};

@@ -29,7 +29,7 @@ struct NamedType {
 };
 
 // The two looked up last: the records of a volume mostly have one name declared by its control headers and
-// one told by their own blockettes 1000.
+// one given by their own blockettes 1000.
 std::array<NamedType, 2> last_named;
 std::size_t next_forgotten = 0;
 

@@ -86,7 +86,7 @@ void end_input(SeedInput* input) {
     input->start = input->cur = input->pbytes;
 }
 
-// Reads up to the current logical record where the rest of the one before, only padding, is still to come.
+// Reads on to the current logical record if the one before ends in padding that has not been read yet.
 void pass_over_missing(SeedInput* input) {
     while (input->start > input->pbytes && input->eof == 0) {
         input->start -= input->pbytes;

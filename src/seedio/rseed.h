@@ -6,7 +6,6 @@
 // that was not read.
 #pragma once
 
-#include "decode/data_record.h"
 #include "platform/byte_source.h"
 
 #include <cstdint>

@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -74,7 +73,8 @@ void settle_type_and_length(blk_dh_t* dh, std::span<const char> raw) {
     dh->length = state->record_size;
 }
 
-// How much of a data record is read before its length is known: no more than all of a shortest record.
+// How much of a data record is read before its length is known: where the record may be one of the shortest,
+// only as much as that has.
 int front_of(SeedInput* input) {
     constexpr int shortest = shortest_record_size;
     return input->recsiz == shortest || ends_after(input, shortest) ? shortest : int{record_front_size};
@@ -135,8 +135,8 @@ int read_data_record(read_handle_t* handle, void** record, int* type) {
     return 1;
 }
 
-// What a control blockette says of the records that follow. The dictionaries outlive the blockettes, so they
-// take copies.
+// Keeps what a control blockette says about the records that follow. The dictionaries outlive the blockettes,
+// so they take copies.
 void apply_blockette(read_handle_t* handle, const void* record, int type) {
     switch (type) {
     case 10:
@@ -200,7 +200,7 @@ int read_control_blockette(read_handle_t* handle, void** record, int* type) {
     return 1;
 }
 
-// As read_blk. What it leaves behind the record is from the one before.
+// As read_blk, but bytes of the record before may be left in the image behind this one.
 int read_into_image(read_handle_t* handle, void** record, int* type) {
     SeedInput* input = handle->logical;
     for (;;) {

@@ -17,8 +17,8 @@ public:
     // Takes a station (blockette 050), which the channels after it belong to, or a channel (052).
     void add(const Fields& blockette);
 
-    // Two to the power of it is the length of the record with these codes, as they stand in its header (12
-    // bytes: station, location, channel, network), at a time in microseconds since 1970. The last definition
+    // The declared record length, as a power of two, of the channel with these codes as a header has them (12
+    // bytes: station, location, channel, network) at a time in microseconds since 1970. The last definition
     // counts.
     std::optional<int> power_at(std::string_view codes, std::int64_t time) const;
 

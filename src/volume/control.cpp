@@ -33,7 +33,7 @@ bool is_fault_of_length(const FieldProblem& problem) {
 
 // --- the length of the records -------------------------------------------------------------------------
 
-// What a blockette of the record at hand says of the length of records; 0 if none does.
+// The record length that a blockette of the record at hand announces; 0 if none does.
 std::size_t VolumeReader::Reading::announced_size() {
     const std::string_view bytes = window_.at(at_, framing::usual_record_size);
     std::size_t offset = header_size;
@@ -51,9 +51,9 @@ std::size_t VolumeReader::Reading::announced_size() {
     return 0;
 }
 
-// The length that records have from the one at hand on, settled anew where a volume may begin: what is
-// announced or was so far, unless the distance to the next record contradicts. A longer distance may come
-// from a damaged record between, so a record at the third step decides.
+// Settles the length of records from this one on; where a volume may begin, anew. It is the length announced,
+// else the one so far, unless the distance to the next record contradicts it. A longer distance may come from
+// a damaged record between the two: if a record begins at the third step, the length stays.
 void VolumeReader::Reading::settle_record_size(char letter) {
     const std::size_t announced = letter == 'V' ? announced_size() : 0;
     if (announced != 0)
@@ -165,7 +165,7 @@ bool VolumeReader::Reading::fits_its_fields() const {
            std::none_of(fields_.problems.begin(), fields_.problems.end(), is_fault_of_length);
 }
 
-// The text from the first byte that belongs to nothing on, up to the length that its head tells. Where its
+// Gathers the text from the first byte that belongs to no item yet, as long as its head says. Where its
 // fields end earlier, at the beginning of another blockette, it ends there.
 VolumeReader::Reading::Gathered VolumeReader::Reading::gather_blockette(Cursor* cursor) {
     Gathered gathered;
@@ -186,8 +186,8 @@ VolumeReader::Reading::Gathered VolumeReader::Reading::gather_blockette(Cursor* 
     return gathered;
 }
 
-// True if the text can be the blockette that its head says: it holds just what its fields need, or leads to
-// the next blockette (of a known type: or is cut) and no other one begins within it.
+// True if the text can be the blockette that its head says: either it holds just what its fields need; or it
+// leads to the next blockette, or is cut and of a known type, and no other blockette begins within it.
 bool VolumeReader::Reading::is_credible(const Gathered& gathered, const Cursor& cursor) {
     if (gathered.whole && fits_its_fields())
         return true;

@@ -1,6 +1,5 @@
 // Data records: their lengths, and what their headers say.
 #include "decode/data_record.h"
-#include "platform/bytes.h"
 #include "platform/calendar.h"
 #include "platform/text.h"
 #include "volume/reading.h"
@@ -15,9 +14,7 @@ namespace {
 
 constexpr std::size_t usual_front = 256;       // holds the data blockettes of nearly every record
 constexpr std::size_t largest_front = 1 << 16; // all that their offsets reach
-constexpr std::size_t codes_offset = 8;
-constexpr std::size_t codes_size = 12;
-constexpr int correction_is_applied = 1 << 1; // of the activity flags
+constexpr int correction_is_applied = 1 << 1;  // of the activity flags
 
 bool is_length_power(int power) {
     return power >= framing::smallest_power && power <= framing::largest_power;
@@ -31,13 +28,10 @@ bool is_swapped(std::endian order) {
     return order != std::endian::native;
 }
 
-std::uint8_t byte_at(std::string_view bytes, std::size_t offset) {
-    return static_cast<std::uint8_t>(bytes[offset]);
-}
-
-RecordFormat format_in(std::string_view blockette) {
-    return {byte_at(blockette, 4), byte_at(blockette, 5) == 0 ? std::endian::little : std::endian::big,
-            byte_at(blockette, 6)};
+RecordFormat format_in(std::string_view record, const DataBlockette& at) {
+    const S1000 b1000 = decode_b1000(record, at);
+    return {b1000.dataformat, b1000.sparc_order == 0 ? std::endian::little : std::endian::big,
+            b1000.log2_record_length};
 }
 
 // The start by the header alone.
@@ -58,26 +52,25 @@ std::string_view trimmed_code(std::string_view code) {
 }
 
 void take_codes(std::string_view bytes, DataRecord* record) {
-    record->station = trimmed_code(bytes.substr(8, 5));
-    record->location = trimmed_code(bytes.substr(13, 2));
-    record->channel = trimmed_code(bytes.substr(15, 3));
-    record->network = trimmed_code(bytes.substr(18, 2));
+    const RecordCodes codes = codes_in(bytes);
+    record->station = trimmed_code(codes.station);
+    record->location = trimmed_code(codes.location);
+    record->channel = trimmed_code(codes.channel);
+    record->network = trimmed_code(codes.network);
 }
 
 // What the first of its type says wins.
 void take_blockette(std::string_view bytes, const DataBlocketteExtent& blockette, DataRecord* record) {
-    constexpr std::size_t enough = 8;
-    if (bytes.size() - blockette.offset < enough)
+    if (bytes.size() - blockette.offset < rate_and_format_size)
         return;
-    const std::string_view text = bytes.substr(blockette.offset);
-    if (blockette.type == 1000 && !record->format)
-        record->format = format_in(text);
-    if (blockette.type == 100 && !record->stated_rate)
-        record->stated_rate =
-            std::bit_cast<float>(load_swapped<std::uint32_t>(&text[4], is_swapped(record->header_order)));
-    if (blockette.type == 1001 && !record->timing_quality) {
-        record->timing_quality = byte_at(text, 4);
-        record->microseconds = static_cast<std::int8_t>(text[5]);
+    const DataBlockette at{blockette.type, blockette.offset, 0};
+    if (at.type == 1000 && !record->format)
+        record->format = format_in(bytes, at);
+    if (at.type == 100 && !record->stated_rate)
+        record->stated_rate = decode_b100(bytes, at, is_swapped(record->header_order)).sample_rate;
+    if (at.type == 1001 && !record->timing_quality) {
+        record->timing_quality = static_cast<std::uint8_t>(bytes[at.offset + 4]);
+        record->microseconds = static_cast<std::int8_t>(bytes[at.offset + 5]);
     }
 }
 
@@ -98,12 +91,12 @@ std::optional<RecordFormat> VolumeReader::Reading::format_at(std::int64_t place,
         std::optional<RecordFormat> format;
         std::size_t reached = first;
         for_each_data_blockette(bytes, first, swapped, [&](const DataBlockette& at) {
-            if (at.type == 1000 && at.offset + 8 <= bytes.size())
-                format = format_in(bytes.substr(at.offset));
+            if (at.type == 1000 && at.offset + rate_and_format_size <= bytes.size())
+                format = format_in(bytes, at);
             reached = std::max(reached, at.type == 1000 ? at.offset : at.next);
             return at.type != 1000;
         });
-        if (format || reached + 8 <= size)
+        if (format || reached + rate_and_format_size <= size)
             return format;
     }
     return std::nullopt;
@@ -134,8 +127,9 @@ VolumeReader::Reading::Length VolumeReader::Reading::declared_length() {
     return {last_length_ != 0 ? last_length_ : framing::usual_record_size, LengthSource::guess};
 }
 
-// True if a record begins at a place within the record at hand, which therefore ends there. Against the word
-// of a blockette 1000 only another one counts that leads to a record, too, or to the same end.
+// True if a record begins at a place within the record at hand, which therefore ends there. If a blockette
+// 1000 gave the length, a data record within it counts only if it has a blockette 1000 that leads to a record
+// or to the same end, or if the length itself does not lead to a record.
 bool VolumeReader::Reading::record_within(std::int64_t place, const Length& length) {
     const framing::Kind kind = sound_at(place);
     if (kind == framing::Kind::control)

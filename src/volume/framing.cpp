@@ -12,7 +12,6 @@ namespace {
 constexpr std::size_t letter_offset = 6;
 constexpr std::size_t continuation_offset = 7;
 constexpr std::size_t sequence_size = 6;
-constexpr std::size_t codes_size = 12; // station, location, channel, network
 constexpr int largest_control_type = 99;
 
 bool is_blank(char byte) {
@@ -165,7 +164,7 @@ Kind sound_beginning(std::string_view front) {
         return continues(front[continuation_offset]) || has_control_body(front) ? Kind::control : Kind::none;
     if (is_plausible_data(front))
         return is_continuation_character(front[continuation_offset]) &&
-                       all(front.substr(header_size, codes_size), is_printable_or_nul)
+                       all(front.substr(codes_offset, codes_size), is_printable_or_nul)
                    ? Kind::data
                    : Kind::none;
     return is_numbered_blank(front) ? Kind::control : Kind::none;

@@ -1,6 +1,8 @@
 // What stands at a place of a volume: the beginnings of logical records and of control blockettes.
 #pragma once
 
+#include "decode/data_record.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -10,13 +12,13 @@
 namespace quarry::framing {
 
 // Sizes in bytes.
-inline constexpr std::size_t header_size = 8;          // of a logical record
+inline constexpr std::size_t header_size = logical_header_size;
 inline constexpr std::size_t head_size = 7;            // type and length of a control blockette
-inline constexpr std::size_t look = 64;                // what is looked at of a beginning
+inline constexpr std::size_t look = 64;                // what is needed to recognize a beginning
 inline constexpr int smallest_power = 7;               // of a record's length
 inline constexpr int largest_power = 20;               // of a data record's length
 inline constexpr int largest_control_power = 16;       // of the length of other logical records
-inline constexpr std::size_t usual_record_size = 4096; // where nothing tells it
+inline constexpr std::size_t usual_record_size = 4096; // where nothing gives it
 
 // A size to add to an offset.
 constexpr std::int64_t signed_size(std::size_t size) {
@@ -42,13 +44,13 @@ std::optional<Head> blockette_head(std::string_view bytes);
 bool is_sound(const Head& head);
 bool begins_sound_blockette(std::string_view bytes);
 
-// The byte order in which the time of the 48 bytes of a fixed header (with their sequence number) makes
-// sense; none if there is no such order or the bytes are fewer.
+// The byte order in which the time makes sense in a record's front, of at least fixed_header_size bytes; none
+// if there is no such order or the bytes are fewer.
 std::optional<std::endian> header_order(std::string_view front);
 
-// How sure it is that a logical record begins with the bytes, of which `look` are given unless the input
-// ends before. `plausible` is enough where one should begin.
-// A number followed by blanks begins a control record, too: one that holds nothing.
+// The kind of logical record that begins with the bytes, of which `look` are given unless the input ends
+// before. A plausible beginning is enough where a record should begin; anywhere else it has to be a sound
+// one. A number followed by blanks begins a control record, too: one that holds nothing.
 enum class Kind { none, blank, data, control };
 Kind plausible_beginning(std::string_view front);
 Kind sound_beginning(std::string_view front);

@@ -10,7 +10,7 @@ namespace quarry {
 
 class RecordBatch {
 public:
-    // For about so many bytes of records.
+    // With room for about that many bytes of records.
     explicit RecordBatch(std::size_t bytes) { bytes_.reserve(bytes); }
 
     void add(const DataRecord& record);

@@ -10,10 +10,10 @@ constexpr std::int64_t usual_size = 1 << 18;
 
 } // namespace
 
-// Makes room for the bytes up to `end` and at least one more, dropping those that are not needed.
+// Makes room for the bytes up to `end`, dropping those that are not needed.
 void Window::make_room(std::int64_t end) {
     const auto size = static_cast<std::int64_t>(buffer_.size());
-    if (end_ - begin_ < size && end - begin_ <= size)
+    if (end - begin_ <= size)
         return;
     const std::int64_t drop = std::clamp(needed_ - begin_, std::int64_t{0}, end_ - begin_);
     std::copy(buffer_.begin() + drop, buffer_.begin() + (end_ - begin_), buffer_.begin());
