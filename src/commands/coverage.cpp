@@ -255,32 +255,32 @@ constexpr auto break_titles = std::to_array<Column>({
 });
 constexpr auto day_titles = std::to_array<Column>({{"channel", 0}, {"day", 1}, {"percent", 2, number}});
 
-void add_channel(const ChannelReport& report, Table* table) {
+void add_channel(const ChannelReport& report, const Table::Take& take) {
     const ChannelCoverage& coverage = report.data;
-    table->add({code_cell(coverage), time_cell(coverage.first), time_cell(coverage.last),
-                std::to_string(coverage.segments.size()), std::to_string(report.count(Break::Kind::gap)),
-                std::to_string(report.count(Break::Kind::overlap)), std::to_string(coverage.duplicates),
-                report.longest_gap() > 0 ? seconds_cell(report.longest_gap()) : "",
-                report.has_times() ? percent_cell(report.percent()) : ""});
+    take({code_cell(coverage), time_cell(coverage.first), time_cell(coverage.last),
+          std::to_string(coverage.segments.size()), std::to_string(report.count(Break::Kind::gap)),
+          std::to_string(report.count(Break::Kind::overlap)), std::to_string(coverage.duplicates),
+          report.longest_gap() > 0 ? seconds_cell(report.longest_gap()) : "",
+          report.has_times() ? percent_cell(report.percent()) : ""});
 }
 
-void add_breaks(const ChannelReport& report, Table* table) {
+void add_breaks(const ChannelReport& report, const Table::Take& take) {
     for (const Break& one : report.data.breaks)
-        table->add({code_cell(report.data), std::string(name_of(one.kind)), time_cell(one.start),
-                    time_cell(one.end), seconds_cell(one.end - one.start),
-                    std::to_string(static_cast<std::int64_t>(one.samples))});
+        take({code_cell(report.data), std::string(name_of(one.kind)), time_cell(one.start),
+              time_cell(one.end), seconds_cell(one.end - one.start),
+              std::to_string(static_cast<std::int64_t>(one.samples))});
 }
 
-void add_days(const ChannelReport& report, Table* table) {
+void add_days(const ChannelReport& report, const Table::Take& take) {
     report.for_each_day([&](std::int64_t start, double percent) {
-        table->add({code_cell(report.data), day_text(start), percent_cell(percent)});
+        take({code_cell(report.data), day_text(start), percent_cell(percent)});
     });
 }
 
 struct Section {
     std::string_view title;
     std::span<const Column> columns;
-    void (*add)(const ChannelReport& report, Table* table);
+    void (*add)(const ChannelReport& report, const Table::Take& take);
 };
 
 // --- JSON ----------------------------------------------------------------------------------------------
@@ -465,17 +465,18 @@ private:
     }
 
     void write_section(const Section& section) {
-        Table table(section.columns);
-        for (const ChannelCoverage& channel : channels_)
-            section.add(ChannelReport(channel, shown_), &table);
+        const Table table(
+            section.columns,
+            [&](const Table::Take& take) {
+                for (const ChannelCoverage& channel : channels_)
+                    section.add(ChannelReport(channel, shown_), take);
+            },
+            [this] { out_.settle(); });
         if (shown_.csv)
             return table.write_csv(&out_.text());
-        if (!section.title.empty())
-            out_.text().append("\n").append(section.title).append("\n");
-        if (table.empty())
-            out_.write("none\n");
-        else
-            table.write_text(terminal_width(), &out_.text());
+        const std::string front = section.title.empty() ? "" : "\n" + std::string(section.title) + "\n";
+        if (!table.write_text(front, terminal_width(), &out_.text()))
+            out_.write(front + "none\n");
     }
 
     const std::vector<ChannelCoverage>& channels_;

@@ -213,9 +213,11 @@ void Table::write_csv(std::string* out) const {
     for (const Column& column : columns_)
         write(column.title, &column == columns_.data());
     *out += '\n';
-    for_each_part(rows_, '\n', [&](std::string_view row) {
-        for_each_part(row, '\t', [&](std::string_view cell) { write(cell, cell.data() == row.data()); });
+    rows_([&](const std::vector<std::string>& row) {
+        for (const std::string& cell : row)
+            write(shown_text(cell), &cell == row.data());
         *out += '\n';
+        settle_();
     });
 }
 
