@@ -370,9 +370,10 @@ private:
 
 // --- the plot ------------------------------------------------------------------------------------------
 
+constexpr std::array<std::string_view, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
+
 // The sign of a part: more ink for more data.
 std::string_view sign_of(double percent, bool has_overlap) {
-    constexpr std::array<std::string_view, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
     if (has_overlap)
         return "X";
     return percent <= 0 ? " " : shades[static_cast<std::size_t>(std::min(percent, 100.0) / 100 * 3)];
