@@ -101,7 +101,7 @@ struct Shown {
 class ChannelReport {
 public:
     ChannelReport(const ChannelCoverage& coverage, const Shown& shown)
-        : data(coverage), times_(covered_times(coverage, shown.tolerance)) {
+        : data_(coverage), times_(covered_times(coverage, shown.tolerance)) {
         if (times_.empty())
             return;
         period_ = static_cast<std::int64_t>(1e6 / coverage.segments.front().rate);
@@ -113,13 +113,13 @@ public:
     }
 
     std::int64_t count(Break::Kind kind) const {
-        return std::count_if(data.breaks.begin(), data.breaks.end(),
+        return std::count_if(data_.breaks.begin(), data_.breaks.end(),
                              [kind](const Break& one) { return one.kind == kind; });
     }
 
     std::int64_t longest_gap() const {
         std::int64_t longest = 0;
-        for (const Break& one : data.breaks)
+        for (const Break& one : data_.breaks)
             if (one.kind == Break::Kind::gap)
                 longest = std::max(longest, one.end - one.start);
         return longest;
@@ -157,7 +157,7 @@ public:
         }
     }
 
-    const ChannelCoverage& data;
+    const ChannelCoverage& data() const { return data_; }
 
 private:
     // Data that begin less than a sample after a span does have all samples from its start on; those that end
@@ -186,11 +186,12 @@ private:
     }
 
     bool overlaps_in(const TimeSpan& part) const {
-        return std::any_of(data.breaks.begin(), data.breaks.end(), [&part](const Break& one) {
+        return std::any_of(data_.breaks.begin(), data_.breaks.end(), [&part](const Break& one) {
             return one.kind == Break::Kind::overlap && one.start < part.end && one.end > part.start;
         });
     }
 
+    const ChannelCoverage& data_;
     std::vector<TimeSpan> times_;
     TimeSpan span_ = {};
     std::int64_t period_ = 0; // of a sample
@@ -256,7 +257,7 @@ constexpr auto break_titles = std::to_array<Column>({
 constexpr auto day_titles = std::to_array<Column>({{"channel", 0}, {"day", 1}, {"percent", 2, number}});
 
 void add_channel(const ChannelReport& report, const Table::Take& take) {
-    const ChannelCoverage& coverage = report.data;
+    const ChannelCoverage& coverage = report.data();
     take({code_cell(coverage), time_cell(coverage.first), time_cell(coverage.last),
           std::to_string(coverage.segments.size()), std::to_string(report.count(Break::Kind::gap)),
           std::to_string(report.count(Break::Kind::overlap)), std::to_string(coverage.duplicates),
@@ -265,15 +266,15 @@ void add_channel(const ChannelReport& report, const Table::Take& take) {
 }
 
 void add_breaks(const ChannelReport& report, const Table::Take& take) {
-    for (const Break& one : report.data.breaks)
-        take({code_cell(report.data), std::string(name_of(one.kind)), time_cell(one.start),
+    for (const Break& one : report.data().breaks)
+        take({code_cell(report.data()), std::string(name_of(one.kind)), time_cell(one.start),
               time_cell(one.end), seconds_cell(one.end - one.start),
               std::to_string(static_cast<std::int64_t>(one.samples))});
 }
 
 void add_days(const ChannelReport& report, const Table::Take& take) {
     report.for_each_day([&](std::int64_t start, double percent) {
-        take({code_cell(report.data), day_text(start), percent_cell(percent)});
+        take({code_cell(report.data()), day_text(start), percent_cell(percent)});
     });
 }
 
@@ -290,7 +291,7 @@ public:
     explicit CoverageLines(std::string* out) : json_(out) {}
 
     void write(const ChannelReport& report, const Shown& shown) {
-        coverage_ = &report.data;
+        coverage_ = &report.data();
         write_channel(report);
         for (const Segment& segment : coverage_->segments)
             write(segment);
@@ -370,10 +371,10 @@ private:
 
 // --- the plot ------------------------------------------------------------------------------------------
 
-constexpr std::array<std::string_view, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
+constexpr std::array<const char*, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
 
 // The sign of a part: more ink for more data.
-std::string_view sign_of(double percent, bool has_overlap) {
+const char* sign_of(double percent, bool has_overlap) {
     if (has_overlap)
         return "X";
     return percent <= 0 ? " " : shades[static_cast<std::size_t>(std::min(percent, 100.0) / 100 * 3)];
@@ -413,7 +414,7 @@ private:
         const TimeSpan span = report.span();
         span_ =
             rows_.empty() ? span : TimeSpan{std::min(span_.start, span.start), std::max(span_.end, span.end)};
-        rows_.emplace_back(shown_text(code_cell(report.data)), std::move(report));
+        rows_.emplace_back(shown_text(code_cell(report.data())), std::move(report));
     }
 
     void write_ends(std::size_t indent, std::size_t parts, std::string* out) const {
@@ -513,7 +514,7 @@ std::optional<Shown> shown_by(const CommandLine& line) {
     if (!tolerance)
         report_trouble(line.command,
                        "--tolerance: 0.1s and 2samples are of its form, and not " + std::string(given));
-    else if (shown.csv + shown.json + shown.plot > 1)
+    else if (std::ranges::count(std::array{shown.csv, shown.json, shown.plot}, true) > 1)
         report_trouble(line.command, "one of --plot, --json, --csv");
     else if (shown.csv && shown.gaps && shown.days)
         report_trouble(line.command, "--csv: one of --gaps, --days");

@@ -239,7 +239,7 @@ void add_break(const Segment& reach, const Segment& segment, const Tolerance& to
 
 } // namespace
 
-void arrange(std::vector<Segment> segments, const Tolerance& tolerance, ChannelCoverage* channel) {
+void arrange(const std::vector<Segment>& segments, const Tolerance& tolerance, ChannelCoverage* channel) {
     Arrangement arrangement(tolerance, channel);
     for (const Segment& segment : segments)
         arrangement.add(segment);

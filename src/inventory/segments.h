@@ -50,6 +50,6 @@ private:
 };
 
 // The segments, by start, become those of the channel with its breaks and duplicates.
-void arrange(std::vector<Segment> segments, const Tolerance& tolerance, ChannelCoverage* channel);
+void arrange(const std::vector<Segment>& segments, const Tolerance& tolerance, ChannelCoverage* channel);
 
 } // namespace quarry
