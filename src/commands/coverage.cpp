@@ -371,13 +371,14 @@ private:
 
 // --- the plot ------------------------------------------------------------------------------------------
 
-constexpr std::array<const char*, 4> shades{"\u2591", "\u2592", "\u2593", "\u2588"};
+// From no data to all of it.
+constexpr std::array<std::string_view, 5> shades{" ", "\u2591", "\u2592", "\u2593", "\u2588"};
 
-// The sign of a part: more ink for more data.
-const char* sign_of(double percent, bool has_overlap) {
+std::string_view sign_of(double percent, bool has_overlap) {
     if (has_overlap)
         return "X";
-    return percent <= 0 ? " " : shades[static_cast<std::size_t>(std::min(percent, 100.0) / 100 * 3)];
+    const double shade = percent <= 0 ? 0 : 1 + std::min(percent, 100.0) / 100 * 3;
+    return shades[static_cast<std::size_t>(shade)];
 }
 
 // A row of signs for each channel over the span of all of them, and the times at which it begins and ends.
