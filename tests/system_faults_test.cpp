@@ -212,10 +212,12 @@ const bool system_faults = make_tests(
          cannot_open_database("d", "Invalid argument")},
         {"DatabaseCut", sound_database + "truncate -s 4096 d; " + with_database, 1,
          cannot_open_database("d", "Invalid argument")},
+        {"DatabaseCutInAPage", sound_database + "truncate -s 6000 d; " + with_database, 1,
+         cannot_open_database("d", "Invalid argument")},
         {"DatabaseDamagedBehindTheRow",
          sound_database +
              "sqlite3 d \"INSERT INTO seedformat SELECT 1, 2, 3, 4, value FROM generate_series(1, 1000)\"; "
-             "truncate -s 12288 d; truncate -s 40000 d; " +
+             "truncate -s 12288 d; truncate -s 40960 d; " +
              with_database,
          0, cannot_read_table(" beyond row 269: database disk image is malformed"), 1},
         {"DatabaseLocked",

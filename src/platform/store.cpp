@@ -77,6 +77,29 @@ int errno_of(int result, sqlite3* connection) {
     }
 }
 
+// The size of the file, or -1 if there is none.
+std::int64_t file_size(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_size : -1;
+}
+
+// The first bytes of a database; zeros if they cannot be read.
+std::array<unsigned char, 20> header_of(const std::string& path) {
+    std::array<unsigned char, 20> header{};
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file || std::fread(header.data(), header.size(), 1, file.get()) != 1)
+        header = {};
+    return header;
+}
+
+// True if the file ends within a page, which SQLite would fill with zeros. A journal may still mend it.
+bool is_cut_in_a_page(const std::string& path) {
+    const auto header = header_of(path);
+    const int page_size = header[16] << 8 | header[17]; // 1 stands for 65536
+    return page_size > 1 && file_size(path) % page_size != 0 && file_size(path + "-journal") < 0 &&
+           file_size(path + "-wal") < 0;
+}
+
 // The errno of what cannot be read as a file at all, or 0: SQLite's own results do not tell these apart.
 int unreadable_file(const char* name) {
     struct stat status {};
@@ -84,20 +107,14 @@ int unreadable_file(const char* name) {
         return errno;
     if (!S_ISREG(status.st_mode) || status.st_size == 0)
         return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return access(name, R_OK) != 0 ? errno : 0;
+    if (access(name, R_OK) != 0)
+        return errno;
+    return is_cut_in_a_page(name) ? EINVAL : 0;
 }
 
 bool has_write_ahead_log(const std::string& path) {
     constexpr std::size_t read_version = 19; // offset of that byte in the file
-    std::array<char, read_version + 1> header{};
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    return file && std::fread(header.data(), header.size(), 1, file.get()) == 1 && header[read_version] == 2;
-}
-
-// The size of the file, or -1 if there is none.
-std::int64_t file_size(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 ? status.st_size : -1;
+    return header_of(path)[read_version] == 2;
 }
 
 constexpr const char* shared = "mode=ro&readonly_shm=1";
