@@ -119,7 +119,7 @@ std::string cannot_read_table(const std::string& reason) {
 const std::string endless_view =
     "sqlite3 d 'CREATE VIEW seedformat AS WITH RECURSIVE n (sta) AS (SELECT 1 UNION ALL "
     "SELECT sta + 1 FROM n) SELECT sta FROM n WHERE sta < 0'; timeout --preserve-status -k5 ";
-const std::string interrupted = " 0.3 env --block-signal=INT,TERM --ignore-signal=TERM $quarry -d d one";
+const std::string interrupted = " env --block-signal=INT,TERM --ignore-signal=TERM $quarry -d d one";
 
 // Another program, what it has done to a database, and that quarry reads it meanwhile or after a crash. The
 // row that serves the record stands in the write-ahead log only, or in the rollback journal only: so much is
@@ -244,11 +244,12 @@ const bool system_faults = make_tests(
              "printf('%.70000c', 'x'), x'44454D310041', 'BHZxyz', 2000, '2005,032,10:20:00.0000xxxx', '32-Bit Integer Format' || x'0041'") +
              with_database,
          0, "", 1},
-        {"DatabaseEndlessView", endless_view + "-sINT" + interrupted, 128 + SIGINT, ""},
-        {"DatabaseEndlessViewTerminated", endless_view + "-sTERM" + interrupted, 128 + SIGTERM, ""},
-        {"SignalWhileALineWaits",
-         "printf '%-512s' '000001A 0330015001text~' | cat - one >line; mv line one; " + endless_view +
-             "-sINT" + interrupted + " >out; status=$?; grep -q '^B033.*text' out && exit $status",
+        {"DatabaseEndlessView", endless_view + "-sINT 0.3" + interrupted, 128 + SIGINT, ""},
+        {"DatabaseEndlessViewTerminated", endless_view + "-sTERM 0.3" + interrupted, 128 + SIGTERM, ""},
+        {"SignalWhileALineWaits", // before the program has made the line, it is too early
+         "printf '%-512s' '000001A 0330015001text~' | cat - one >line; mv line one; for seconds in 0.3 1 3 9; do " +
+             endless_view + "-sINT" + " $seconds" + interrupted +
+             " >out; status=$?; grep -q '^B033.*text' out && exit $status; rm d; done",
          128 + SIGINT, ""},
 
         // The files of a database stay as they are, whoever is at them or was.
