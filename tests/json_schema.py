@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Validates every line that quarry json writes of volumes, sound and damaged, against the schema.
 
-usage: json_schema.py SCHEMA QUARRY VOLUME...
+usage: json_schema.py SCHEMA QUARRY VOLUME|FOLDER...
 """
 
 import json
 import random
 import subprocess
 import sys
+from pathlib import Path
 
 import jsonschema
 
@@ -41,9 +42,8 @@ def main():
     validators = {kind: jsonschema.Draft202012Validator({"$ref": f"#/$defs/{kind}", "$defs": schema["$defs"]})
                   for kind in schema["properties"]["kind"]["enum"]}
     kinds = set()
-    for path in paths:
-        with open(path, "rb") as file:
-            volume = file.read()
+    for path in [file for path in map(Path, paths) for file in (path.iterdir() if path.is_dir() else [path])]:
+        volume = path.read_bytes()
         for content in [volume, *(damaged(volume, seed) for seed in range(3))]:
             for line in lines_of(quarry, content, "--samples") + lines_of(quarry, content, "--inventory"):
                 if any(ord(character) < 0x20 or 0x7F <= ord(character) < 0xA0 for character in line):
