@@ -48,4 +48,15 @@ inline std::uint64_t write_digits(std::span<char> to, std::uint64_t value) {
     return value / 10;
 }
 
+// The count of hexadecimal digits, at least 1.
+inline std::size_t hexadecimal_digit_count(std::uint64_t value) {
+    return static_cast<std::size_t>(16 - std::countl_zero(value | 1) / 4);
+}
+
+// Fills the span from its end with the last hexadecimal digits of the value, with zeros in front.
+inline void write_hexadecimal_digits(std::span<char> to, std::uint64_t value) {
+    for (std::size_t i = to.size(); i > 0; value >>= 4)
+        to[--i] = "0123456789abcdef"[value & 15];
+}
+
 } // namespace quarry

@@ -54,10 +54,8 @@ char sign_of(const Conversion& conversion, bool negative) {
 }
 
 void append_hexadecimal(LineBuffer& out, const Conversion& conversion, std::uint64_t value) {
-    const std::size_t length = (std::bit_width(value | 1) + 3) / 4;
-    const std::span<char> body = open_field(out, conversion, 0, length, conversion.zeros);
-    for (std::size_t i = length; i > 0; value >>= 4)
-        body[--i] = "0123456789abcdef"[value & 15];
+    write_hexadecimal_digits(open_field(out, conversion, 0, hexadecimal_digit_count(value), conversion.zeros),
+                             value);
 }
 
 void append_decimal(LineBuffer& out, const Conversion& conversion, bool negative, std::uint64_t magnitude) {

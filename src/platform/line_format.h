@@ -20,7 +20,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -302,10 +301,8 @@ private:
     template <Conversion conversion>
     void append_integer(std::uint64_t value) {
         if constexpr (conversion.type == 'x') {
-            const auto length = static_cast<std::size_t>(16 - std::countl_zero(value | 1) / 4);
-            char* body = open_field<conversion>(length);
-            for (std::size_t i = length; i > 0; value >>= 4)
-                body[--i] = "0123456789abcdef"[value & 15];
+            const std::size_t length = hexadecimal_digit_count(value);
+            write_hexadecimal_digits({open_field<conversion>(length), length}, value);
         } else {
             const std::size_t length = digit_count(value);
             write_digits({open_field<conversion>(length), length}, value);

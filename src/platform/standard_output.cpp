@@ -26,8 +26,8 @@ constexpr std::size_t enough_for_a_write = std::size_t{1} << 16;
 constexpr std::array ending_signals = {SIGINT, SIGTERM, SIGHUP};
 
 // The lines of standard output one behind the other: first those that are written, then those that wait to
-// be, then the one that is being put together. A signal handler reads those that wait; where they begin and
-// where the memory is changes only while there are none.
+// be, then the one that is being put together. A signal handler reads those that wait.
+// Their beginning and their memory change only while no line waits.
 LineBuffer gathered;
 volatile std::sig_atomic_t behind_written = 0;
 volatile std::sig_atomic_t waiting = 0;
