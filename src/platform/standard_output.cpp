@@ -89,10 +89,14 @@ void write_with_gathered(LineBuffer& /*gathered*/, std::FILE* /*stdout*/, std::s
     report_failure();
 }
 
-void write_to_stream(LineBuffer& line, std::FILE* stream, std::string_view text) {
-    std::fwrite(line.text().data(), 1, line.text().size(), stream);
+void write_text(std::FILE* stream, std::string_view text) {
     if (!text.empty()) // else it may be at null, which fwrite does not take
         std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+void write_to_stream(LineBuffer& line, std::FILE* stream, std::string_view text) {
+    write_text(stream, line.text());
+    write_text(stream, text);
     line.clear();
 }
 
