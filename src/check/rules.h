@@ -68,7 +68,18 @@ namespace quarry {
     RULE(response, "symmetry", check_symmetry, warning,                                                                   \
          "The coefficients of a FIR filter are as symmetric as its code says.")                                           \
     RULE(response, "coefficient-sum", check_coefficient_sum, warning,                                                     \
-         "The coefficients of a digital filter sum up to 1, or to the gain of the stage, within 2 %.")
+         "The coefficients of a digital filter sum up to 1, or to the gain of the stage, within 2 %.")                    \
+    RULE(position, "range", check_ranges, error,                                                                          \
+         "Coordinates, azimuth and dip are numbers that exist on Earth.")                                                 \
+    RULE(position, "distance", check_distances, warning,                                                                  \
+         "A channel is within 1 km of its station, and within 1 km in elevation.")                                        \
+    RULE(position, "orientation-missing", check_orientation_missing, warning,                                             \
+         "A seismometer has an azimuth and a dip.")                                                                       \
+    RULE(position, "component", check_component, warning,                                                                 \
+         "A channel whose third letter is N, E or Z points there within 5 degrees, or the other way.")                    \
+    RULE(position, "right-angles", check_right_angles, note,                                                              \
+         "The components 1, 2 and 3 of a sensor are at right angles, within 5 degrees.")                                  \
+    RULE(position, "sensor", check_sensor, note, "A blockette 033 describes the sensor of a channel.")
 
 struct Rule {
     std::string_view family;
