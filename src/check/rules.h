@@ -20,6 +20,17 @@ namespace quarry {
     RULE(dictionaries, "key-unused", check_unused_keys, note, "Each key that is defined is used.")                        \
     RULE(dictionaries, "key-redefined", check_redefined_keys, error,                                                      \
          "A key that is defined twice has the same content both times.")                                                  \
+    RULE(formats, "format", check_format, warning,                                                                        \
+         "The data format of a channel (030) is that of its records (1000).")                                             \
+    RULE(formats, "record-length", check_record_length, warning,                                                          \
+         "The record length of a channel (052) is that of its records.")                                                  \
+    RULE(formats, "rate", check_channel_rate, error,                                                                      \
+         "The sample rate of a channel (052) is that of its records, within 0.1 %.")                                      \
+    RULE(formats, "rate-of-record", check_stated_rate, error,                                                             \
+         "A record states one sample rate, in its header and in blockette 100, within 0.1 %.")                            \
+    RULE(formats, "rate-of-times", check_pace, warning,                                                                   \
+         "Records follow each other as fast as their sample rate says, within 0.1 %.")                                    \
+    RULE(formats, "encoding", check_encoding, warning, "The encoding of a record is known.")                              \
     RULE(response, "response-missing", check_response_missing, error,                                                     \
          "A channel whose sample rate is not 0 has a response.")                                                          \
     RULE(response, "response-of-no-rate", check_response_of_no_rate, note,                                                \
@@ -79,7 +90,22 @@ namespace quarry {
          "A channel whose third letter is N, E or Z points there within 5 degrees, or the other way.")                    \
     RULE(position, "right-angles", check_right_angles, note,                                                              \
          "The components 1, 2 and 3 of a sensor are at right angles, within 5 degrees.")                                  \
-    RULE(position, "sensor", check_sensor, note, "A blockette 033 describes the sensor of a channel.")
+    RULE(position, "sensor", check_sensor, note, "A blockette 033 describes the sensor of a channel.")                    \
+    RULE(data, "timing-quality", check_timing_quality, note,                                                              \
+         "The timing quality of a record is 50 % at least.")                                                              \
+    RULE(data, "quality-flags", check_quality_flags, note,                                                                \
+         "The data quality flags of a record are not set.")                                                               \
+    RULE(data, "correction", check_correction, note, "The time correction of a record is applied.")                       \
+    RULE(data, "duplicate", check_duplicates, warning, "Data are there once.")                                            \
+    RULE(data, "overlap", check_overlaps, warning, "Data do not overlap.")                                                \
+    RULE(samples, "samples-missing", check_missing_samples, error,                                                        \
+         "A record holds as many samples as it says.")                                                                    \
+    RULE(samples, "last-sample", check_last_sample, error,                                                                \
+         "The last sample of Steim is the one that the record states.")                                                   \
+    RULE(samples, "word-order", check_word_order, warning,                                                                \
+         "Samples are not far smoother in the other word order.")                                                         \
+    RULE(samples, "samples-differ", check_differing_samples, error,                                                       \
+         "Data of the same times have the same samples.")
 
 struct Rule {
     std::string_view family;
