@@ -37,6 +37,7 @@
 #include <string_view>
 #include <variant>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // --- damage --------------------------------------------------------------------------------------------
@@ -249,3 +250,4 @@ private:
 };
 
 } // namespace quarry
+#pragma GCC visibility pop
