@@ -21,8 +21,9 @@ namespace quarry {
 
 namespace {
 
-// Where an installed program finds its configuration: QUARRY_SYSCONFDIR is relative to the folder of programs,
-// another place is etc beside that folder. A program elsewhere (in the folder of its build) has none.
+// Where an installed program finds its configuration: QUARRY_SYSCONFDIR is relative to the folder of
+// programs, another place is etc beside that folder. A program elsewhere (in the folder of its build) has
+// none.
 void add_configuration_directories(std::vector<std::string>* directories) {
     const std::string program = program_path();
     const std::string folder = program.substr(0, program.rfind('/') + 1);
