@@ -243,7 +243,7 @@ public:
     const std::string& name() const;
 
 private:
-    class Reading;
+    class [[gnu::visibility("hidden")]] Reading;
     explicit VolumeReader(std::unique_ptr<Reading> reading);
 
     std::unique_ptr<Reading> reading_;
