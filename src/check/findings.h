@@ -31,6 +31,10 @@ struct Subject {
     Integer start = {}, end = {};
 };
 Subject subject_of(const ChannelRow& row);
+template <class Channel>
+Subject subject_of(const Channel& channel) { // of anything with the four codes
+    return {channel.network, channel.station, channel.location, channel.channel};
+}
 Subject subject_of(const Network& network, const Station& station, const StationEpoch& epoch);
 std::string name_of(const Subject& subject);
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace quarry {
 
@@ -14,6 +15,13 @@ void add_number(std::string* text, Number number) {
 }
 
 } // namespace
+
+double rounded(double number) {
+    if (number == 0 || !std::isfinite(number))
+        return number;
+    const double scale = std::pow(10, 3 - std::floor(std::log10(std::abs(number))));
+    return std::round(number * scale) / scale;
+}
 
 void add_word(std::string* text, std::string_view word) {
     *text += word;

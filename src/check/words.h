@@ -8,6 +8,9 @@
 
 namespace quarry {
 
+// The number with four digits that count.
+double rounded(double number);
+
 // Numbers are in the shortest text that reads back to the same one.
 void add_word(std::string* text, std::string_view word);
 void add_word(std::string* text, double number);
