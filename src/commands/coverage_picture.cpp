@@ -59,7 +59,7 @@ private:
         return shown_text(network + "." + station + "." + location + "." + channel);
     }
 
-    // --- the span: that of the data, without data that of what else is known
+    // --- the span: that of the data; without data that of what else is known
 
     void find_span() {
         for (const PictureRow& row : rows_)
@@ -68,15 +68,17 @@ private:
         if (!has_span())
             for (const PictureRow& row : rows_)
                 widen_by_others(row);
-        if (options_.selection.from > Limits::min())
-            span_.start = options_.selection.from;
-        if (options_.selection.to < Limits::max())
-            span_.end = options_.selection.to;
+        limit_span(options_.selection.from, options_.selection.to);
+        if (!has_span())
+            rows_.clear();
     }
 
     bool has_span() const { return span_.start < span_.end; }
 
-    void widen_by(std::int64_t time) { span_ = {std::min(span_.start, time), std::max(span_.end, time)}; }
+    void widen_by(std::int64_t time) {
+        if (time > Limits::min() && time < Limits::max())
+            span_ = {std::min(span_.start, time), std::max(span_.end, time)};
+    }
 
     void widen_by_data(const ChannelCoverage& data) {
         const ChannelReport report(data, options_);
@@ -87,15 +89,25 @@ private:
     }
 
     void widen_by_others(const PictureRow& row) {
-        constexpr std::int64_t second = 1'000'000;
         if (row.data != nullptr) {
             widen_by(row.data->first);
-            widen_by(row.data->last + second);
+            widen_by(row.data->last + 1);
         }
         for (const auto& [start, end] : row.epochs != nullptr ? *row.epochs : EpochSpans()) {
-            widen_by(start > Limits::min() ? start : end);
-            widen_by(end < Limits::max() ? end : start + second);
+            widen_by(start);
+            widen_by(end);
         }
+    }
+
+    // An epoch that nothing ends or begins goes on for a day.
+    void limit_span(std::int64_t from, std::int64_t to) {
+        constexpr std::int64_t day = 86'400'000'000;
+        if (from > Limits::min())
+            span_ = {from, span_.end > from ? span_.end : from + day};
+        if (to < Limits::max())
+            span_ = {from > Limits::min() || span_.start < to ? span_.start : to - day, to};
+        if (span_.start == span_.end)
+            span_.end += day;
     }
 
     // --- texts

@@ -191,7 +191,8 @@ std::string TimeChart::page(std::size_t number) const {
                       {"viewBox", box},
                       {"role", "img"}});
     write_head(number, area, &svg);
-    write_axis(area, &svg);
+    if (area.rows > 0)
+        write_axis(area, &svg);
     for (std::size_t i = 0; i < area.rows; ++i)
         write_row(first + i, head + area.pitch * static_cast<double>(i), area, &svg);
     svg.end("svg");
