@@ -117,8 +117,7 @@ private:
 
     Tolerance tolerance_;
     std::unordered_map<Codes, std::unique_ptr<Channel>, Hash> channels_;
-    Codes last_codes_ = {};
-    Channel* last_ = nullptr;
+    Channel* last_ = nullptr; // of the last record
 };
 
 } // namespace quarry
