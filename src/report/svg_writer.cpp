@@ -17,16 +17,27 @@ void add_number(double number, std::string* text) {
     text->append(begin, end[-1] == '.' ? end - 1 : end);
 }
 
+namespace {
+
+void add_command(char command, double number, std::string* path) {
+    *path += command;
+    add_number(number, path);
+}
+
+} // namespace
+
+void add_stroke(double x, double y, double height, std::string* path) {
+    add_command('M', x, path);
+    add_command(' ', y, path);
+    add_command('v', height, path);
+}
+
 void add_rectangle(double x, double y, double width, double height, std::string* path) {
-    const auto add = [path](std::string_view command, double number) {
-        *path += command;
-        add_number(number, path);
-    };
-    add("M", x);
-    add(" ", y);
-    add("h", width);
-    add("v", height);
-    add("h", -width);
+    add_command('M', x, path);
+    add_command(' ', y, path);
+    add_command('h', width, path);
+    add_command('v', height, path);
+    add_command('h', -width, path);
     *path += 'z';
 }
 

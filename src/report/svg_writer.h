@@ -44,7 +44,8 @@ private:
     std::string& out_;
 };
 
-// A rectangle as a piece of the value of a path's `d`, appended to it.
+// A stroke down and a rectangle as pieces of the value of a path's `d`, appended to it.
+void add_stroke(double x, double y, double height, std::string* path);
 void add_rectangle(double x, double y, double width, double height, std::string* path);
 
 // A number with two decimals at most, appended to the text.

@@ -67,8 +67,10 @@ void add_stretch(Stretch stretch, double least, std::vector<Stretch>* stretches)
         stretches->push_back(stretch);
 }
 
-double pitch_of(std::size_t rows) {
-    return std::floor(std::clamp(screen / static_cast<double>(rows), least_pitch, most_pitch));
+// Of so many rows in a room. Rows become lower before they take more than a screen.
+double pitch_of(std::size_t rows, double room) {
+    return std::floor(
+        std::clamp(std::min(screen, room) / static_cast<double>(rows), least_pitch, most_pitch));
 }
 
 std::string paged(const std::string& text, std::size_t number, std::size_t pages) {
@@ -82,7 +84,8 @@ struct TimeChart::Area {
     TimeSpan span;
     double left;
     std::size_t first, rows;
-    double pitch = pitch_of(rows);
+    double room;
+    double pitch = pitch_of(rows, room);
     double bottom = head + pitch * static_cast<double>(rows);
 
     double place_of(std::int64_t time) const {
@@ -170,8 +173,8 @@ TimeChart::TimeChart(ChartWords words, const TimeSpan& span, std::vector<std::st
         widest = std::max(widest, text_width(label));
     }
     left_ = 2 * margin + character * static_cast<double>(widest);
-    const double room = std::max(static_cast<double>(height) - head - foot, least_pitch);
-    const auto most_rows = static_cast<std::size_t>(room / least_pitch);
+    room_ = std::max(static_cast<double>(height) - head - foot, least_pitch);
+    const auto most_rows = static_cast<std::size_t>(room_ / least_pitch);
     const std::size_t rows = std::max<std::size_t>(labels_.size(), 1);
     pages_ = (rows + most_rows - 1) / most_rows;
     rows_a_page_ = (rows + pages_ - 1) / pages_;
@@ -179,7 +182,7 @@ TimeChart::TimeChart(ChartWords words, const TimeSpan& span, std::vector<std::st
 
 std::string TimeChart::page(std::size_t number) const {
     const std::size_t first = number * rows_a_page_;
-    const Area area{span_, left_, first, std::min(labels_.size() - first, rows_a_page_)};
+    const Area area{span_, left_, first, std::min(labels_.size() - first, rows_a_page_), room_};
     const double height = area.height();
     const std::string box =
         "0 0 " + std::to_string(static_cast<int>(width)) + " " + std::to_string(static_cast<int>(height));
@@ -224,7 +227,7 @@ void TimeChart::write_legend(SvgWriter* svg) const {
         x -= letter * static_cast<double>(word.size()) + 2 * margin;
         svg->text_element("text", {{"x", x}, {"y", y + 8}}, word);
         x -= wide + 6;
-        if (kind != "line")
+        if (kind == "mark" || kind == "gap")
             write_stretches("bar", {{x, x + wide}}, y, 8, svg);
         write_stretches(kind, {{x + at.from, x + at.to}}, y + down, high, svg);
     };
@@ -243,7 +246,7 @@ void TimeChart::write_axis(const Area& area, SvgWriter* svg) const {
     add_rectangle(left_, head, right - left_, area.bottom - head, &grid);
     const std::vector<TimeTick> ticks = time_ticks(span_, most_ticks);
     for (const TimeTick& tick : ticks)
-        add_rectangle(area.place_of(tick.time), head - 4, 0, area.bottom - head + 4, &grid);
+        add_stroke(area.place_of(tick.time), head - 4, area.bottom - head + 4, &grid);
     svg->element("path", {{"class", "band"}, {"d", bands}});
     svg->element("path", {{"class", "grid"}, {"d", grid}});
     for (const TimeTick& tick : ticks) {

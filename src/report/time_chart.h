@@ -56,6 +56,7 @@ private:
     std::vector<std::string> labels_;
     RowOf row_of_;
     double left_; // of the axis
+    double room_; // for the rows of a page, in pixels
     std::size_t rows_a_page_;
     std::size_t pages_;
 };
