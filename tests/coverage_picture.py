@@ -67,7 +67,10 @@ class Picture:
 
     def drawn(self, channel, kind):
         paths = [path for path in self.rows[channel].findall(SVG + "path") if path.get("class") == kind]
-        return [(box.left, box.left + box.width) for path in paths for box in boxes_of(path)]
+        places = [(box.left, box.left + box.width) for path in paths for box in boxes_of(path)]
+        frame = (self.frame.left, self.frame.left + self.frame.width)
+        assert all(lies_in([frame], place, 0.01) for place in places), (self.name, channel, places)
+        return places
 
     def check_ticks(self):
         """At the times that their texts say, as many as can be read."""
@@ -84,7 +87,8 @@ class Picture:
             ticks.append((microseconds(moment + ("+00:00" if "T" in moment else "T00:00+00:00")), float(place)))
         for time, place in ticks:
             assert abs(self.place(time) - place) < 0.02, (self.name, time, place)
-        assert 3 <= len(ticks) <= 11, (self.name, ticks)
+        places = [place for _, place in ticks]
+        assert 3 <= len(ticks) <= 11 and all(b - a > 70 for a, b in zip(places, places[1:])), (self.name, ticks)
 
 
 def meets(spans, one, slack):
@@ -222,15 +226,17 @@ def check_epochs(quarry, demonstration, folder):
     for row in csv.DictReader(table.splitlines(), delimiter="\t"):
         if row["start"]:
             epochs[row["channel"]].append((microseconds(row["start"]), microseconds(row["end"] or "9999-01-01T00:00Z")))
-    for options in ([], ["--from", "2000-01-01", "--to", "2006-01-01"]):
+    for span in ("", "2000-01-01T00:00:00Z to 2006-01-01T00:00:00Z", "2003-04-01T00:00:00Z to 2003-05-01T00:00:00Z"):
+        options = ["--from", *span.replace("to", "--to").split()] if span else []
         subprocess.run([quarry, "coverage", "--svg", folder / "demo.svg", *options, demonstration],
                        stdout=subprocess.DEVNULL, check=False)
         picture = Picture(folder / "demo.svg")
-        assert set(epochs) <= set(picture.rows)
+        assert span in picture.texts["span"][0].text
+        assert span or set(epochs) <= set(picture.rows)
         for channel, spans in epochs.items():
             places = [picture.span(*span) for span in spans if span[1] > picture.start]
             places = [place for place in places if place[0] < picture.frame.left + picture.frame.width]
-            lines = picture.drawn(channel, "line")
+            lines = picture.drawn(channel, "line") if channel in picture.rows else []
             assert all(lies_in(lines, place, 1.1) for place in places), (channel, places, lines)
             assert all(meets(places, line, 1.1) for line in lines), (channel, places, lines)
 
