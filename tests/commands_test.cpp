@@ -36,9 +36,13 @@ std::string many_records() {
 const std::map<std::string, std::string> volumes = {
     {"demo", demonstration_volume()},
     {"json", demonstration_volume()},
-    {"sound",
-     one_record(
-         {.station = "AAA", .year = 2010, .samples = 2, .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
+    {"sound", one_record({.station = "AAA",
+                          .channel = "BH",
+                          .year = 2010,
+                          .samples = 2,
+                          .quality = 0x10,
+                          .time_correction = 250,
+                          .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
     {"damaged", one_record({.station = "BBB"}) + std::string(512, 'x') + one_record({.station = "CCC"})},
     {"plain", plain_records()},
     {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
@@ -69,7 +73,7 @@ const bool commands = make_recorded_tests(
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},
         {"JsonSelection",
-         "for o in '--station DEM2' '--location -- --channel BH' '--network YY' '--from 2005-02-01T10:22' "
+         "for o in '--station DEM2' '--location -- --channel BHN' '--network YY' '--from 2005-02-01T10:22' "
          "'--to 2005,032,10:20:31' '--from 2005-02-02'; do echo \"$o\"; "
          "$quarry json --kinds summary $o demo | grep -o '\"sel.*'; $quarry json --kinds blockette $o demo | wc -l; done",
          volumes},
