@@ -221,7 +221,7 @@ void TimeChart::write_legend(SvgWriter* svg) const {
     constexpr double y = 38;
     double x = width - margin;
     const auto write = [&](const std::string& word, std::string_view kind, const Stretch& at, double down,
-                           double high) {
+                           double tall) {
         if (word.empty())
             return;
         x -= letter * static_cast<double>(word.size()) + 2 * margin;
@@ -229,7 +229,7 @@ void TimeChart::write_legend(SvgWriter* svg) const {
         x -= wide + 6;
         if (kind == "mark" || kind == "gap")
             write_stretches("bar", {{x, x + wide}}, y, 8, svg);
-        write_stretches(kind, {{x + at.from, x + at.to}}, y + down, high, svg);
+        write_stretches(kind, {{x + at.from, x + at.to}}, y + down, tall, svg);
     };
     write(words_.line, "line", {0, wide}, 4, 1.5);
     write(words_.gap, "gap", {wide / 2, wide / 2 + 1}, 4, 4);
