@@ -87,6 +87,7 @@ struct Field {
 
 enum class FieldFault : std::uint8_t {
     not_a_number, // the value is its text, or absent for a binary number that is not finite
+    not_a_time,   // nor blank; the value is its text
     cut_short,    // the blockette ends within the field; a number cut short is treated as not a number
     not_closed,   // a variable text that the blockette's end closes
     too_long,     // a variable text beyond its limit, kept whole

@@ -2,6 +2,7 @@
 
 #include "platform/bytes.h"
 #include "platform/text.h"
+#include "quarry/time.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,6 +75,11 @@ bool is_at_fault(const Field& field) {
            (is_binary_number(kind) || (is_character_number(kind) && field.value != FieldValue()));
 }
 
+bool is_no_time(const Field& field) {
+    return field.spec->kind == FieldKind::time && field.value != FieldValue(std::string_view()) &&
+           !microseconds_of(field.raw);
+}
+
 bool is_closed(FieldKind kind) {
     return kind == FieldKind::variable_text || kind == FieldKind::time;
 }
@@ -144,6 +150,8 @@ private:
             report(field, FieldFault::not_closed);
         if (field.spec->width > 0 && field.raw.size() > field.spec->width)
             report(field, FieldFault::too_long);
+        if (is_no_time(field))
+            report(field, FieldFault::not_a_time);
     }
 
     void read_group(std::span<const FieldSpec> members) {
@@ -189,6 +197,8 @@ std::string_view describe(FieldFault fault) {
     switch (fault) {
     case FieldFault::not_a_number:
         return "is not a number";
+    case FieldFault::not_a_time:
+        return "is not a time";
     case FieldFault::cut_short:
         return "is cut short by the blockette's end";
     case FieldFault::not_closed:
