@@ -33,6 +33,19 @@ std::string many_records() {
     return bytes;
 }
 
+// Keys defined twice (one in a response that quarry info does not keep), not at all and for nothing; an epoch
+// twice; a response without a channel.
+std::string headers_that_do_not_fit() {
+    const std::string station = blockette(50, "STA  +12.345678-123.4567891234.500000000Site~001321010"
+                                              "2005,001~~NXX");
+    const std::string response = "0003Name~A001000";
+    return VolumeBuilder(512)
+        .control('A', blockette(33, "001Network~") + blockette(33, "001Other~") +
+                          blockette(33, "002Unused~") + blockette(41, response) + blockette(41, response))
+        .control('S', blockette(57, "01 1.000E+01    1    0 0.0000E+00 0.0000E+00") + station + station)
+        .bytes();
+}
+
 const std::map<std::string, std::string> volumes = {
     {"demo", demonstration_volume()},
     {"json", demonstration_volume()},
@@ -44,6 +57,7 @@ const std::map<std::string, std::string> volumes = {
     {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"empty", ""},
+    {"unfit", headers_that_do_not_fit()},
     {"names", "sound\r\n\ndamaged\n"},
     {"controls",
      VolumeBuilder(512)
@@ -81,6 +95,9 @@ const bool commands = make_recorded_tests(
         {"JsonInventory", "$quarry json --inventory --kinds station,channel demo plain", volumes},
         {"StatusOfDataBlockettes",
          "for c in 'json --kinds data' 'json --kinds summary' 'info --damage'; do $quarry $c no_rate; echo $?; done",
+         volumes},
+        {"Findings",
+         "$quarry info --tsv --findings unfit; $quarry json --kinds finding unfit; $quarry info --findings sound",
          volumes},
         {"Info",
          "$quarry info demo plain; $quarry info --jobs 4 empty damaged - missing <controls 2>err; echo $?; sort err",

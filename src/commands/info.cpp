@@ -183,7 +183,7 @@ std::string titles(const Shown& shown) {
 ExitStatus write_info(const CommandLine& line) {
     const Shown shown = shown_by(line);
     if (shown.for_programs && std::count(shown.tables.begin(), shown.tables.end(), true) > 1) {
-        report_trouble(line.command, "--tsv: one of --stations, --channels, --damage");
+        report_trouble(line.command, "--tsv: one of --stations, --channels, --findings, --damage");
         return failed;
     }
     return for_each_volume(
@@ -197,6 +197,7 @@ ExitStatus write_info(const CommandLine& line) {
 constexpr auto options = std::to_array<OptionRow>({
     {"--stations", nullptr, "only the table of stations"},
     {"--channels", nullptr, "only the table of channels"},
+    {"--findings", nullptr, "only the table of what does not fit together in the headers"},
     {"--damage", nullptr, "only the table of damage"},
     {"--tsv", nullptr, "one table (channels unless another is chosen) for programs: tabs, a line of titles"},
 });
@@ -205,7 +206,8 @@ constexpr auto options = std::to_array<OptionRow>({
 
 extern const Command info_command;
 const Command info_command{
-    "info", "Shows what SEED volumes hold: stations, channel epochs with the data found, damage.", options,
+    "info", "Shows what SEED volumes hold: stations, channel epochs with the data found, findings, damage.",
+    options,
     "Examples:\n"
     "  quarry info volume.seed\n"
     "  quarry info --channels --channel 'BH?' --from 2010-02-27 volume.seed\n"

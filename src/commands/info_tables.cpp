@@ -231,6 +231,37 @@ void give_stations(const InfoContent& content, const Take& take) {
         give_station(content, joined(codes.first, ".", codes.second), line, take);
 }
 
+// --- findings ------------------------------------------------------------------------------------------
+
+constexpr auto finding_titles = std::to_array<Column>({
+    {"finding", 0},
+    {"places", 1, number},
+    {"byte", 2, number},
+    {"record", 3, number},
+    {"blockette", 6, number},
+    {"other", 5, number},
+    {"what", 4, text, 12},
+});
+
+void give_findings(const InfoContent& content, const Take& take) {
+    struct Count {
+        std::int64_t places = 0;
+        const Finding* first = nullptr;
+    };
+    std::map<FindingKind, Count> counts;
+    for (const Finding& finding : content.contents.inventory.findings) {
+        Count& count = counts[finding.kind];
+        if (count.places++ == 0)
+            count.first = &finding;
+    }
+    for (const auto& [kind, count] : counts) {
+        const auto& [place, other] = std::tie(count.first->place, count.first->other);
+        take({std::string(name_of(kind)), cell(Integer(count.places)), cell(Integer(place.offset)),
+              cell(Integer(place.logical_record)), cell(Integer(place.blockette)),
+              other.blockette > 0 ? cell(Integer(other.offset)) : "", what_is_wrong(*count.first)});
+    }
+}
+
 // --- damage --------------------------------------------------------------------------------------------
 
 constexpr auto damage_titles = std::to_array<Column>({
@@ -261,6 +292,7 @@ void give_damage(const InfoContent& content, const Take& take) {
 const std::array<InfoTable, info_table_count> info_tables{{
     {"--stations", station_titles, give_stations},
     {"--channels", channel_titles, give_channels},
+    {"--findings", finding_titles, give_findings},
     {"--damage", damage_titles, give_damage},
 }};
 

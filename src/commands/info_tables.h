@@ -34,7 +34,7 @@ struct InfoTable {
     std::string_view title() const { return std::string_view(option).substr(2); }
 };
 
-inline constexpr std::size_t info_table_count = 3;
+inline constexpr std::size_t info_table_count = 4;
 extern const std::array<InfoTable, info_table_count> info_tables; // in the order in which they are shown
 inline constexpr std::size_t channel_table = 1;                   // of them
 

@@ -23,7 +23,8 @@ constexpr unsigned bit(Kind kind) {
 }
 constexpr unsigned as_written =
     bit(volume_kind) | bit(blockette_kind) | bit(data_kind) | bit(damage_kind) | bit(summary_kind);
-constexpr unsigned assembled = (as_written & ~bit(blockette_kind)) | bit(station_kind) | bit(channel_kind);
+constexpr unsigned assembled =
+    (as_written & ~bit(blockette_kind)) | bit(station_kind) | bit(channel_kind) | bit(finding_kind);
 
 // The kinds of a comma list as bits, the usual ones for an empty list; 0 if it names one that is unknown.
 unsigned kinds_of(std::string_view list, unsigned usual) {
@@ -99,7 +100,7 @@ private:
 
     const JsonOptions& options() const { return shared_->options; }
     std::int64_t damages() const { return shared_->damages; }
-    bool assembles() const { return options().shows(station_kind) || options().shows(channel_kind); }
+    bool assembles() const { return (options().kinds & (assembled & ~as_written)) != 0; }
 
     void take(const LogicalHeader&) {}
     void take(const Padding&) {}
@@ -191,6 +192,8 @@ private:
             write_stations(contents, selection_, &lines_, settle);
         if (options().shows(channel_kind))
             write_channels(contents, selection_, &lines_, settle);
+        if (options().shows(finding_kind))
+            write_findings(contents, &lines_, settle);
     }
 
     void write_summary() {
@@ -235,8 +238,9 @@ private:
 ExitStatus write_json(const CommandLine& line) {
     const unsigned kinds = kinds_of(line.value("--kinds"), line.has("--inventory") ? assembled : as_written);
     if (kinds == 0) {
-        report_trouble(line.command,
-                       "--kinds: volume, blockette, data, damage, summary, station, channel are known");
+        report_trouble(
+            line.command,
+            "--kinds: volume, blockette, data, damage, summary, station, channel, finding are known");
         return failed;
     }
     return for_each_volume(line, [&](VolumeReader& reader, OrderedOutput::Part& out) {
@@ -246,8 +250,8 @@ ExitStatus write_json(const CommandLine& line) {
 
 constexpr auto options = std::to_array<OptionRow>({
     {"--kinds", "LIST",
-     "only these kinds of objects: volume, blockette, data, damage, summary, station, channel"},
-    {"--inventory", nullptr, "assembled stations and channels instead of blockettes"},
+     "only these kinds of objects: volume, blockette, data, damage, summary, station, channel, finding"},
+    {"--inventory", nullptr, "assembled stations and channels, and findings, instead of blockettes"},
     {"--samples", nullptr, "data objects with their samples"},
 });
 

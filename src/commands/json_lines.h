@@ -19,10 +19,11 @@ enum Kind : unsigned {
     damage_kind,
     summary_kind,
     station_kind,
-    channel_kind
+    channel_kind,
+    finding_kind
 };
-inline constexpr std::array<std::string_view, 7> kind_names{"volume",  "blockette", "data",   "damage",
-                                                            "summary", "station",   "channel"};
+inline constexpr std::array<std::string_view, 8> kind_names{"volume",  "blockette", "data",    "damage",
+                                                            "summary", "station",   "channel", "finding"};
 
 struct JsonOptions {
     unsigned kinds; // bits
