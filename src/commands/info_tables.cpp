@@ -143,7 +143,7 @@ constexpr auto channel_columns = std::to_array<ChannelColumn>({
     {{"rate", 3, number}, rate_cell},
     {{"azimuth", 14, number}, [](Line of) { return of_epoch(of, &ChannelEpoch::azimuth); }},
     {{"dip", 15, number}, [](Line of) { return of_epoch(of, &ChannelEpoch::dip); }},
-    {{"sensor", 8, text, 14}, sensor_cell},
+    {{"sensor", 8, text, 10}, sensor_cell},
     {{"sensitivity", 9, number}, [](Line of) { return sensitivity_cell(of, &Gain::value); }},
     {{"units", 10, text, 6}, units_cell},
     {{"hertz", 17, number}, [](Line of) { return sensitivity_cell(of, &Gain::frequency); }},
