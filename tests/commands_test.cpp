@@ -113,6 +113,12 @@ const bool commands = make_recorded_tests(
          "for columns in 9 20 80 160; do script -qec \"stty cols $columns; $quarry info demo damaged controls\" /dev/null "
          "</dev/null | tr -d '\\r'; done; COLUMNS=60 script -qec '$quarry info --channels demo' /dev/null </dev/null",
          volumes},
+        {"Progress",
+         "seen() { tr '\\r' '\\n' | sed 's/[0-9.]* MB.s/SPEED/; s/[0-9]* s left/TIME/' | cat -v >seen; "
+         "grep -m1 MB seen; grep . seen | tail -n1; }; "
+         "script -qec \"$quarry json --kinds damage many | { sleep 2.3; wc -l; }\" /dev/null </dev/null | seen; "
+         "script -qec \"{ cat demo; sleep 2.3; } | $quarry info demo - >out\" /dev/null </dev/null | seen",
+         {{"many", many_records()}, {"demo", demonstration_volume()}}},
         {"Recipes",
          "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " QUARRY_RECIPES
          " >recipes; PATH=${quarry%/*}:$PATH sh recipes",

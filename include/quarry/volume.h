@@ -241,6 +241,10 @@ public:
     const Totals& totals() const;
     const std::string& name() const;
 
+    // Bytes taken from the input so far: of a file, how far it has been read; compressed ones where it is
+    // compressed. May be called in any thread while the reader exists.
+    std::int64_t input_bytes() const;
+
 private:
     class Reading;
     explicit VolumeReader(std::unique_ptr<Reading> reading);

@@ -20,6 +20,7 @@ public:
     const ByteError& error() const { return error_; }
     const Totals& totals() const { return totals_; }
     const std::string& name() const { return name_; }
+    std::int64_t input_bytes() const { return window_.input_bytes(); }
 
 private:
     // A logical record of control blockettes.
