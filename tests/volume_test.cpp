@@ -156,6 +156,9 @@ TEST(Volume, DataRecords) {
             {"lengths", record(4096) + record(128) + record(1 << 20) + record(256) + record(8192)},
             // The beginning of the next record, or the end of the input, makes the length.
             {"no length of their own", record(4096, -1) + headless + record(128) + headless + headless},
+            {"powers that are no length", record({.size_exponent = 6}, 256) +
+                                              record({.size_exponent = 21}, 512) +
+                                              record({.size_exponent = 200}, 512) + r512},
             {"garbage", noise(64) + r512 + noise(4096 + 128) + headless + record(256) + noise(5 << 18) +
                             r512 + noise(10) + record(128)},
             {"padding",

@@ -47,7 +47,7 @@ enum class DamageKind : std::uint8_t {
     no_record,             // where a logical record should begin: these bytes were skipped
     input_ends,            // within a logical record
     sequence_number,       // of a logical record is not a number
-    record_length,         // that is declared does not lead to the next record; another one does
+    record_length,         // that is declared does not lead to the next record, or is not one of a record
     no_blockette,          // where a control blockette should begin: these bytes were skipped
     blockette_length,      // does not lead to the next blockette: these bytes were skipped
     blockette_cut,         // the rest of a control blockette is missing

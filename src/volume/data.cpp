@@ -236,7 +236,10 @@ void VolumeReader::Reading::read_data() {
     record.header_order = *framing::header_order(bytes);
     describe_record(&record);
     items_.front() = record;
-    if (length != declared.bytes)
+    if (record.format && !is_length_power(record.format->power))
+        add_damage(DamageKind::record_length, at_, 0, 1000, {},
+                   "two to the power of " + std::to_string(record.format->power));
+    else if (length != declared.bytes)
         add_damage(DamageKind::record_length, at_, 0,
                    declared.source == LengthSource::blockette_1000 ? 1000 : 52);
     last_length_ = length;
