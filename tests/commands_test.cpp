@@ -25,6 +25,18 @@ std::string record_of_no_rate() {
         .replace(56, 8, std::string("\0\x64\0\0\x7f\xc0\0\0", 8));
 }
 
+// Blockettes 395 and 500 behind blockette 1000; the first one's time has no day.
+std::string record_of_times() {
+    using namespace std::string_literals;
+    std::string bytes = one_record({.station = "BBB"});
+    const std::string abort = "\1\x8b\0\x48"s + "\7\xd5\0\0\12\24\36\0\4\xd2"s + "\0\0"s;
+    const std::string timing = "\1\xf4\0\0\0\0\0\0"s + "\7\xd5\0\40\12\24\36\0\4\xd2"s + "\xf0\x64"s;
+    return bytes.replace(44, 2, "\1\x40"s)
+        .replace(50, 2, "\0\x38"s)
+        .replace(56, abort.size(), abort)
+        .replace(72, timing.size(), timing);
+}
+
 std::string many_records() {
     std::string bytes;
     for (int i = 0; i < 4000; ++i)
@@ -56,6 +68,7 @@ const std::map<std::string, std::string> volumes = {
     {"plain", plain_records()},
     {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
     {"no_rate", record_of_no_rate()},
+    {"times", record_of_times()},
     {"empty", ""},
     {"unfit", headers_that_do_not_fit()},
     {"names", "sound\r\n\ndamaged\n"},
@@ -71,6 +84,7 @@ const bool commands = make_recorded_tests(
     {
         {"JsonOfTheDemonstration", "$quarry json demo", volumes},
         {"JsonSamples", "$quarry json --samples --kinds data sound", volumes},
+        {"JsonBinaryTimes", "$quarry json --kinds data times | grep -o '\"type\":[35].*'", volumes},
         {"JsonDamage",
          "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,damage,summary damaged",
          volumes},

@@ -59,6 +59,7 @@ private:
     void write_blockette(int type, std::size_t length, const Fields& fields);
     void write_fields(std::span<const Field> fields);
     void write_field(const Field& field);
+    void write_binary_time(std::span<const Field> fields);
     void write_value(const Field& field);
     std::size_t write_values(std::span<const Field> fields);
     void write_group(const FieldSpec& count, const GroupRows& rows);
