@@ -136,6 +136,10 @@ TEST(Volume, DataRecords) {
     std::string encodings;
     for (const int encoding : {11, 0, 5, 2, 30, 12, 14, 99, 11})
         encodings += record(512, encoding);
+    const std::string images = std::string(77, 't') + record(128) +
+                               VolumeBuilder(128).control('S', blockette(33, "001Image~")).bytes() + "text";
+    const std::string text = record({.data = images}, 512, 0);
+    const std::string broken = "Broken" + text.substr(6, 14) + "time" + text.substr(24);
     const std::string stations =
         VolumeBuilder(1024)
             .control('V', blockette(10, " 2.410" + std::string("~~~Quarry~Made up~")))
@@ -161,6 +165,8 @@ TEST(Volume, DataRecords) {
                                               record({.size_exponent = 200}, 512) + r512},
             {"garbage", noise(64) + r512 + noise(4096 + 128) + headless + record(256) + noise(5 << 18) +
                             r512 + noise(10) + record(128)},
+            {"images of records in a text", text + std::string(412, 'g') + r512 + broken + r512},
+            {"a cut record", r512.substr(0, 300) + r512 + r512},
             {"padding",
              std::string(512, ' ') + r512 + std::string(1 << 19, '\0') + r512 + r512 + std::string(100, ' ')},
             {"length by channel and time", stations + of_year(2004, true, 512, -1) +
