@@ -67,6 +67,9 @@ const std::map<std::string, std::string> volumes = {
     {"damaged", one_record({.station = "BBB"}) + std::string(512, 'x') + one_record({.station = "CCC"})},
     {"plain", plain_records()},
     {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
+    {"joined", VolumeBuilder(256).control('V', blockette(10, " 2.408~~~Quarry~One~")).bytes() +
+                   one_record({}) +
+                   VolumeBuilder(256).control('V', blockette(10, " 2.408~~~Quarry~Two~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"times", record_of_times()},
     {"empty", ""},
@@ -86,7 +89,8 @@ const bool commands = make_recorded_tests(
         {"JsonSamples", "$quarry json --samples --kinds data sound", volumes},
         {"JsonBinaryTimes", "$quarry json --kinds data times | grep -o '\"type\":[35].*'", volumes},
         {"JsonDamage",
-         "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,damage,summary damaged",
+         "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,data joined | cut -c 1-90; "
+         "$quarry json --kinds volume,damage,summary damaged",
          volumes},
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},

@@ -46,13 +46,16 @@ bool may_precede_header(const Item* item) {
     return blockette != nullptr && blockette->letter == 'V' && !is_volume_header(blockette->type);
 }
 
+Place place_of(const ControlBlockette& blockette) {
+    return {blockette.type, blockette.offset, blockette.logical_record};
+}
+
 // What the item says of the volume, if it is its header.
 VolumeHeader header_of(const Item* item) {
     const auto* blockette = item != nullptr ? std::get_if<ControlBlockette>(item) : nullptr;
     if (blockette == nullptr || !is_volume_header(blockette->type))
         return {};
-    return read_volume_header({blockette->type, blockette->offset, blockette->logical_record},
-                              decode_blockette(blockette->type, blockette->text));
+    return read_volume_header(place_of(*blockette), decode_blockette(blockette->type, blockette->text));
 }
 
 // --- one volume ----------------------------------------------------------------------------------------
@@ -85,7 +88,9 @@ private:
         if (options().shows(volume_kind)) {
             std::string text;
             JsonLines line(options(), &text);
-            write_volume(header_of(item), &line);
+            const VolumeHeader header = header_of(item);
+            write_volume(header, &line);
+            first_header_ = header.place.blockette != 0 ? header.place.offset : -1;
             out_.text().insert(front, text);
         }
         return item;
@@ -139,12 +144,20 @@ private:
     void take(const ControlBlockette& blockette) {
         give_batch();
         decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
+        if (is_volume_header(blockette.type) && blockette.offset != first_header_)
+            write_further_volume(blockette);
         if (takes_blockette(blockette))
             lines_.blockette(blockette, fields_);
         for (const FieldProblem& problem : fields_.problems)
             take(damage_of(reader_.name(), blockette, problem));
         if (assembles())
             builder_.add(blockette, fields_);
+    }
+
+    // Of several that were joined to one input.
+    void write_further_volume(const ControlBlockette& blockette) {
+        if (options().shows(volume_kind))
+            write_volume(read_volume_header(place_of(blockette), fields_), &lines_);
     }
 
     // --- data records
@@ -231,6 +244,7 @@ private:
     ContentsBuilder builder_{Responses::all};
     bool station_taken_ = true;
     bool channel_taken_ = true;
+    std::int64_t first_header_ = -1; // offset of the header that the first line is about; -1 without one
     std::int64_t records_ = 0;
     std::int64_t samples_ = 0;
 };

@@ -266,7 +266,10 @@ private:
 } // namespace
 
 void write_volume(const VolumeHeader& header, JsonLines* lines) {
-    JsonWriter& json = lines->begin(volume_kind);
+    const bool has_header = header.place.blockette != 0;
+    JsonWriter& json = has_header
+                           ? lines->begin(volume_kind, header.place.offset, header.place.logical_record)
+                           : lines->begin(volume_kind);
     add(&json, "version", header.version);
     add_length(&json, "record_length", header.record_length);
     add(&json, "start", header.start);
