@@ -2,6 +2,7 @@
 #include "damaged_volumes.h"
 #include "sample_encoders.h"
 #include "support.h"
+#include "test_volumes.h"
 
 #include "quarry/volume.h"
 
@@ -389,13 +390,15 @@ TEST(Volume, OneDamagedByteCostsNoOtherRecord) {
 }
 
 TEST(Volume, EveryByteBelongsToOneItem) {
-    const std::string volume = demonstration_volume();
     const char* more = std::getenv("QUARRY_MUTATIONS");
-    const std::uint64_t rounds = more != nullptr ? std::stoull(more) : 3000;
-    for (std::uint64_t round = 0; round < rounds; ++round) {
-        Random random(round);
-        const std::string mutation = damaged(volume, &random);
-        ASSERT_TRUE(read(mutation).adds_up) << round;
+    const std::map<std::string, std::string> volumes = test_volumes();
+    const std::uint64_t rounds = (more != nullptr ? std::stoull(more) : 3000) / volumes.size();
+    for (const auto& [name, volume] : volumes) {
+        ASSERT_TRUE(read(volume).adds_up) << name;
+        for (std::uint64_t round = 0; round < rounds; ++round) {
+            Random random(round);
+            ASSERT_TRUE(read(damaged(volume, &random)).adds_up) << name << ' ' << round;
+        }
     }
 }
 
