@@ -99,6 +99,17 @@ const bool commands = make_recorded_tests(
          "'--to 2005,032,10:20:31' '--from 2005-02-02'; do echo \"$o\"; "
          "$quarry json --kinds summary $o demo | grep -o '\"sel.*'; $quarry json --kinds blockette $o demo | wc -l; done",
          volumes},
+        // The record goes from 10:20:30 to 50 ms later: each form of a time, and that a microsecond later.
+        {"Times",
+         "taken() { $quarry json --kinds summary \"$@\" sound 2>err | grep -o 'ted_data_records\":.' || tail -n1 err; }; "
+         "for t in 2010-02-01T10:20:30%s 2010-032T10:20:30%sZ 20100201T102030%s '2010032 102030%s' "
+         "2010,032,10:20:30%s 2010-02-01T11:20:30%s+01:00 20100201T045030%s-0530 2010-02-02T00:20:30%s+14; do "
+         "for f in '' .000001; do taken --to \"$(printf \"$t\" $f)\"; done; done; "
+         "for f in .05 .050001; do taken --from 2010-02-01T10:20:30$f; done; "
+         "for t in 2010 2010-02 20100201T10 2010-02-01T10:20Z; do taken --from $t; taken --to $t; done; "
+         "for t in 2010-02-30 2010-366 2010-000 2010-02-01Z 2010-02-01T24 2010-02-01T 2010-02-01T10.5 2010-2-1 "
+         "2010-02-01T10:20:30+24 2010-02-01T10:20:30.x; do $quarry json --from $t sound; echo $?; done 2>&1 | sort | uniq -c",
+         volumes},
         {"VolumesInOrder",
          "for jobs in 1 4 0; do $quarry json --jobs $jobs --kinds summary damaged @names - demo <sound | "
          "cut -d, -f2,3; done",

@@ -20,7 +20,7 @@ constexpr auto common_options = std::to_array<OptionRow>({
     {"--station", "CODES", "only these stations"},
     {"--location", "CODES", "only these locations; -- is the blank one"},
     {"--channel", "CODES", "only these channels"},
-    {"--from", "TIME", "only what ends at this time or later: 2010-02-27T06:50:00 or 2010,058,06:50:00"},
+    {"--from", "TIME", "only what ends at this time or later: 2010-02-27T06:50:00 (or with +01:00), 2010-058, 2010,058,06:50"},
     {"--to", "TIME", "only what begins before this time"},
     {"--jobs", "N", "so many threads, each over a volume; 0: one for each processor"},
 });
