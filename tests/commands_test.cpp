@@ -116,7 +116,7 @@ const bool commands = make_recorded_tests(
          volumes},
         {"ExitStatus",
          "for v in sound damaged empty 'damaged missing sound' '--jobs x sound' '--from 2010-13 sound' "
-         "'--kinds x sound' '--no' '@nothing sound' '--help'; do $quarry json $v >out; echo \"$v: $?\"; done",
+         "'--kinds x sound' '--no' '@nothing sound' @empty '@empty sound' '--help'; do $quarry json $v >out; echo \"$v: $?\"; done",
          volumes},
         {"ManyRecordsInOrder",
          "for jobs in 1 2 5; do $quarry json --jobs $jobs many demo many | cksum; done",
