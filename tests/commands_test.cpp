@@ -61,9 +61,13 @@ std::string headers_that_do_not_fit() {
 const std::map<std::string, std::string> volumes = {
     {"demo", demonstration_volume()},
     {"json", demonstration_volume()},
-    {"sound",
-     one_record(
-         {.station = "AAA", .year = 2010, .samples = 2, .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
+    {"sound", one_record({.station = "AAA",
+                          .channel = "BH",
+                          .year = 2010,
+                          .samples = 2,
+                          .quality = 0x10,
+                          .time_correction = 250,
+                          .data = std::string("\0\0\0\1\xff\xff\xff\xff", 8)})},
     {"damaged", one_record({.station = "BBB"}) + std::string(512, 'x') + one_record({.station = "CCC"})},
     {"plain", plain_records()},
     {"index_first", VolumeBuilder(256).control('V', blockette(11, "000") + blockette(5, " 2.408~")).bytes()},
@@ -72,6 +76,7 @@ const std::map<std::string, std::string> volumes = {
                    VolumeBuilder(256).control('V', blockette(10, " 2.408~~~Quarry~Two~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"times", record_of_times()},
+    {"brief", one_record({.year = 2010, .samples = 2})},
     {"empty", ""},
     {"unfit", headers_that_do_not_fit()},
     {"names", "sound\r\n\ndamaged\n"},
@@ -95,13 +100,13 @@ const bool commands = make_recorded_tests(
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},
         {"JsonSelection",
-         "for o in '--station DEM2' '--location -- --channel BH' '--network YY' '--from 2005-02-01T10:22' "
+         "for o in '--station DEM2' '--location -- --channel BHN' '--network YY' '--from 2005-02-01T10:22' "
          "'--to 2005,032,10:20:31' '--from 2005-02-02'; do echo \"$o\"; "
          "$quarry json --kinds summary $o demo | grep -o '\"sel.*'; $quarry json --kinds blockette $o demo | wc -l; done",
          volumes},
         // The record goes from 10:20:30 to 50 ms later: each form of a time, and that a microsecond later.
         {"Times",
-         "taken() { $quarry json --kinds summary \"$@\" sound 2>err | grep -o 'ted_data_records\":.' || tail -n1 err; }; "
+         "taken() { $quarry json --kinds summary \"$@\" brief 2>err | grep -o 'ted_data_records\":.' || tail -n1 err; }; "
          "for t in 2010-02-01T10:20:30%s 2010-032T10:20:30%sZ 20100201T102030%s '2010032 102030%s' "
          "2010,032,10:20:30%s 2010-02-01T11:20:30%s+01:00 20100201T045030%s-0530 2010-02-02T00:20:30%s+14; do "
          "for f in '' .000001; do taken --to \"$(printf \"$t\" $f)\"; done; done; "

@@ -9,8 +9,8 @@ namespace {
 // Its second data record states a last sample that is not there, its fifth ends early.
 std::string damaged_demonstration() {
     std::string volume = demonstration_volume();
-    volume[12288 + 300] ^= 1;
-    return volume.substr(0, 24576 + 300);
+    volume[14336 + 300] ^= 1;
+    return volume.substr(0, 26624 + 300);
 }
 
 const std::map<std::string, std::string> volumes = {

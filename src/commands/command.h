@@ -15,6 +15,7 @@ struct OptionRow {
     const char* name;  // "--kinds"
     const char* value; // what stands for its value in the help; null for a flag
     const char* help;
+    bool needs_no_volume = false;
 };
 
 enum ExitStatus : int {

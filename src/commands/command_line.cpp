@@ -3,6 +3,7 @@
 #include "platform/terminal_text.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -99,6 +100,13 @@ void take_volumes(const std::vector<std::string>& names, CommandLine* line) {
             line->volumes.push_back(name);
 }
 
+void require_volumes(const std::vector<std::string>& names, const std::vector<OptionRow>& rows,
+                     const CommandLine& line) {
+    const auto does_without = [&](const OptionRow& row) { return row.needs_no_volume && line.has(row.name); };
+    if (names.empty() && std::none_of(rows.begin(), rows.end(), does_without))
+        throw std::invalid_argument("VOLUME is required");
+}
+
 } // namespace
 
 void report_trouble(std::string_view command, std::string_view text) {
@@ -119,7 +127,7 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
     line->command = command.name;
     CLI::App app(command.description, "quarry " + line->command);
     app.footer(command.examples);
-    app.add_option("VOLUME", names, volumes_help)->type_name("...")->required();
+    app.add_option("VOLUME", names, volumes_help)->type_name("...");
     for (std::size_t i = 0; i < rows.size(); ++i)
         add_option(&app, rows[i], &values[i], &given[i]);
     try {
@@ -127,6 +135,7 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
         for (std::size_t i = 0; i < rows.size(); ++i)
             if (given[i] || !values[i].empty())
                 line->values.emplace(rows[i].name, joined(values[i]));
+        require_volumes(names, rows, *line);
         take_common_options(line);
     } catch (const CLI::CallForHelp&) {
         std::fputs(app.help().c_str(), stdout);
@@ -137,7 +146,7 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
         return failed;
     }
     take_volumes(names, line);
-    if (!line->volumes.empty() || line->list_failed)
+    if (names.empty() || !line->volumes.empty() || line->list_failed)
         return std::nullopt;
     report_trouble(line->command, "no VOLUME is named");
     return failed;

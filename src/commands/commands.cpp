@@ -8,13 +8,14 @@
 
 namespace quarry {
 
+extern const Command check_command;
 extern const Command coverage_command;
 extern const Command info_command;
 extern const Command json_command;
 
 namespace {
 
-constexpr std::array commands{&coverage_command, &info_command, &json_command};
+constexpr std::array commands{&check_command, &coverage_command, &info_command, &json_command};
 
 } // namespace
 

@@ -8,6 +8,14 @@ bool takes(const Selection& selection, const DataRecord& record) {
            (!selection.has_span() || selection.takes_span(record.start, end_of(record)));
 }
 
+// What is about a station alone is taken whatever the channels.
+bool takes(const Selection& selection, const Subject& subject) {
+    return selection.takes_station(subject.network, subject.station) &&
+           (subject.channel.empty() || selection.takes_channel(subject.location, subject.channel)) &&
+           selection.takes_span(subject.start.value_or(Selection::Limits::min()),
+                                subject.end.value_or(Selection::Limits::max()));
+}
+
 bool takes_span(const Selection& selection, const Moment& start, const Moment& end) {
     return selection.takes_span(start.microseconds.value_or(Selection::Limits::min()),
                                 end.microseconds.value_or(Selection::Limits::max()));

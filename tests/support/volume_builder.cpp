@@ -6,16 +6,45 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace quarry {
 
 namespace {
 
-constexpr int data_offset = 64;
+constexpr std::size_t header_size = 48;
+
+// The data blockettes that the record has, each without its first four bytes, by type.
+std::vector<std::pair<std::uint32_t, std::string>> data_blockettes(const RecordFields& record, Order order) {
+    std::vector<std::pair<std::uint32_t, std::string>> all;
+    const auto byte = [](int value) { return std::string(1, static_cast<char>(value)); };
+    if (record.encoding >= 0) {
+        const int exponent = record.size_exponent != 0 ? record.size_exponent
+                                                       : std::countr_zero(static_cast<unsigned>(record.size));
+        all.emplace_back(1000,
+                         byte(record.encoding) + byte(record.big_endian ? 1 : 0) + byte(exponent) + '\0');
+    }
+    if (record.timing_quality >= 0)
+        all.emplace_back(1001, byte(record.timing_quality) + std::string(3, '\0'));
+    if (record.stated_rate != 0) {
+        const auto rate = std::bit_cast<std::uint32_t>(static_cast<float>(record.stated_rate));
+        all.emplace_back(100, number(rate, 4, order) + std::string(4, '\0'));
+    }
+    return all;
+}
 
 std::string data_record(const RecordFields& record, int sequence) {
-    const bool has_1000 = record.encoding >= 0;
     const Order order = record.big_endian ? Order::big : Order::little;
+    std::string chain;
+    const auto blockettes = data_blockettes(record, order);
+    for (const auto& [type, rest] : blockettes) {
+        const std::size_t next = header_size + chain.size() + 4 + rest.size();
+        const bool is_last = type == blockettes.back().first;
+        chain +=
+            number(type, 2, order) + number(is_last ? 0 : static_cast<std::uint32_t>(next), 2, order) + rest;
+    }
+    const int data_offset = header_size + chain.size() > 64 ? 128 : 64;
     std::string out = digits(sequence, 6) + record.quality_indicator + ' ';
     out += padded(record.station, 5) + padded(record.location, 2) + padded(record.channel, 3) +
            padded(record.network, 2);
@@ -26,16 +55,11 @@ std::string data_record(const RecordFields& record, int sequence) {
     append(2, {record.year, record.doy});
     append(1, {record.hour, record.minute, record.second, 0});
     append(2, {record.fraction, record.samples, record.rate_factor, record.rate_multiplier});
-    append(1, {record.activity, record.io_flags, record.quality, has_1000 ? 1 : 0});
+    append(1, {record.activity, record.io_flags, record.quality, static_cast<int>(blockettes.size())});
     append(4, {record.time_correction});
-    append(2, {data_offset, has_1000 ? 48 : 0});
-    if (has_1000) {
-        const int exponent = record.size_exponent != 0 ? record.size_exponent
-                                                       : std::countr_zero(static_cast<unsigned>(record.size));
-        append(2, {1000, 0});
-        append(1, {record.encoding, record.big_endian ? 1 : 0, exponent, 0});
-    }
-    out.resize(data_offset);
+    append(2, {data_offset, chain.empty() ? 0 : static_cast<int>(header_size)});
+    out += chain;
+    out.resize(static_cast<std::size_t>(data_offset));
     out += record.data;
     out.resize(static_cast<std::size_t>(record.size));
     return out;
@@ -131,8 +155,10 @@ VolumeBuilder& VolumeBuilder::raw(std::string_view bytes) {
 
 VolumeBuilder& VolumeBuilder::data(const RecordFields& record, int sequence) {
     end_record();
-    if (sequence == 0)
-        sequence = ++sequence_;
+    if (sequence == 0) {
+        ++sequence_;
+        sequence = record.sequence != 0 ? record.sequence : sequence_;
+    }
     volume_ += data_record(record, sequence);
     return *this;
 }

@@ -49,6 +49,9 @@ struct RecordFields {
     int encoding = -1;       // of a blockette 1000; below 0: the record has none
     bool big_endian = true;
     std::string data = {};
+    double stated_rate = 0;  // in a blockette 100; 0: the record has none
+    int timing_quality = -1; // in a blockette 1001; below 0: the record has none
+    int sequence = 0;        // 0 goes on counting
 };
 
 class VolumeBuilder {

@@ -1,0 +1,65 @@
+#include "check/facts.h"
+
+#include <algorithm>
+
+namespace quarry {
+
+namespace {
+
+// Views of the contents.
+std::vector<std::pair<std::int64_t, Subject>> subjects_of(const Inventory& inventory) {
+    std::vector<std::pair<std::int64_t, Subject>> subjects;
+    for (const Network& network : inventory.networks)
+        for (const Station& station : network.stations) {
+            for (const StationEpoch& epoch : station.epochs)
+                subjects.emplace_back(epoch.place.offset, subject_of(network, station, epoch));
+            for (const Channel& channel : station.channels)
+                for (const ChannelEpoch& epoch : channel.epochs)
+                    subjects.emplace_back(epoch.place.offset,
+                                          subject_of({network.code, station.code, channel.location,
+                                                      channel.code, &epoch, nullptr}));
+        }
+    std::sort(subjects.begin(), subjects.end(),
+              [](const auto& one, const auto& other) { return one.first < other.first; });
+    return subjects;
+}
+
+} // namespace
+
+Subject Facts::subject_at(const Place& place) const {
+    const auto after =
+        std::upper_bound(subjects.begin(), subjects.end(), place.offset,
+                         [](std::int64_t offset, const auto& subject) { return offset < subject.first; });
+    const bool is_of_station = place.blockette >= 50 && place.blockette < 70;
+    return is_of_station && after != subjects.begin() ? std::prev(after)->second : Subject{};
+}
+
+void FactsGatherer::take(const Item& item) {
+    std::visit([this](const auto& one) { add(one); }, item);
+}
+
+void FactsGatherer::add(const ControlBlockette& blockette) {
+    decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
+    contents_.add(blockette, fields_);
+    structure_.add(blockette, fields_);
+}
+
+void FactsGatherer::add(const DataRecord& record) {
+    contents_.add(record);
+    structure_.add(record);
+    records_.add(record);
+    coverage_.add(record);
+}
+
+Facts FactsGatherer::finish(const VolumeReader& reader) {
+    Facts facts{reader.totals(),
+                contents_.finish(),
+                std::move(structure_).finish(),
+                std::move(records_).finish(),
+                coverage_.finish(),
+                {}};
+    facts.subjects = subjects_of(facts.contents.inventory);
+    return facts;
+}
+
+} // namespace quarry

@@ -1,0 +1,63 @@
+// What the rules look at: gathered while a volume is read once, from its items in their order.
+//
+//     FactsGatherer gatherer(false);
+//     while (const Item* item = reader.next())
+//         gatherer.take(*item);
+//     const Facts facts = gatherer.finish(reader);
+//
+// Memory grows with the headers, with channels and with segments of data, not with data records.
+#pragma once
+
+#include "check/findings.h"
+#include "check/record_facts.h"
+#include "check/structure_facts.h"
+#include "inventory/contents.h"
+#include "quarry/coverage.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace quarry {
+
+struct Facts {
+    Totals totals;
+    Contents contents; // headers with all responses, and the data found
+    StructureFacts structure;
+    std::vector<ChannelRecords> records;   // of each channel with data records
+    std::vector<ChannelCoverage> coverage; // the same
+
+    // True for a volume with data records, false for one of headers only.
+    bool has_data() const { return totals.data_records > 0; }
+    // True for a volume with headers of channels.
+    bool has_headers() const { return !contents.inventory.networks.empty(); }
+
+    // The station or channel that a blockette of headers belongs to: the last one that begins before it.
+    Subject subject_at(const Place& place) const;
+
+    std::vector<std::pair<std::int64_t, Subject>> subjects; // and where they begin, in this order
+};
+
+class FactsGatherer {
+public:
+    // With the samples of data records decoded, or not.
+    explicit FactsGatherer(bool with_samples) : records_(with_samples) {}
+
+    void take(const Item& item);
+    Facts finish(const VolumeReader& reader);
+
+private:
+    void add(const LogicalHeader& header) { structure_.add(header); }
+    void add(const Padding&) {}
+    void add(const Damage& damage) { structure_.add(damage); }
+    void add(const ControlBlockette& blockette);
+    void add(const DataRecord& record);
+
+    ContentsBuilder contents_{Responses::all};
+    StructureGatherer structure_ = {};
+    RecordGatherer records_;
+    Coverage coverage_ = Coverage();
+    Fields fields_ = {};
+};
+
+} // namespace quarry

@@ -1,0 +1,105 @@
+// Rules for data formats, record lengths and sample rates: what headers say against what records have.
+
+#include "check/response.h"
+#include "platform/text.h"
+#include "quarry/samples.h"
+
+#include <algorithm>
+
+namespace quarry {
+
+namespace {
+
+// Visits the epochs that have data.
+template <class Visit>
+void for_each_epoch_with_data(const Facts& facts, Visit visit) {
+    for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
+        if (row.data != nullptr)
+            visit(row, epoch, *row.data);
+    });
+}
+
+// The families of data formats (030, field 5) that an encoding may belong to.
+struct EncodingRow {
+    int encoding;
+    std::array<int, 2> families;
+};
+constexpr int integers = 0, gain_ranged = 1, differences = 50, text = 80, other_text = 81;
+constexpr auto encodings = std::to_array<EncodingRow>({
+    {0, {text, other_text}},
+    {1, {integers, integers}},
+    {2, {integers, integers}},
+    {3, {integers, integers}},
+    {4, {integers, gain_ranged}},
+    {5, {integers, gain_ranged}},
+    {10, {differences, differences}},
+    {11, {differences, differences}},
+    {12, {integers, gain_ranged}},
+    {13, {integers, gain_ranged}},
+    {14, {integers, gain_ranged}},
+    {15, {differences, differences}},
+    {16, {integers, gain_ranged}},
+    {30, {integers, gain_ranged}},
+    {32, {integers, gain_ranged}},
+});
+
+// True where nothing is known that speaks against it.
+bool may_be(int encoding, std::int64_t family) {
+    const auto* const row =
+        std::find_if(encodings.begin(), encodings.end(),
+                     [encoding](const EncodingRow& one) { return one.encoding == encoding; });
+    return row == encodings.end() || row->families[0] == family || row->families[1] == family;
+}
+
+} // namespace
+
+void check_format(const Facts& facts, Findings* findings) {
+    const Dictionary& dictionary = facts.contents.inventory.dictionary;
+    for_each_epoch_with_data(
+        facts, [&](const ChannelRow& row, const ChannelEpoch& epoch, const EpochData& data) {
+            const DataFormat* format = find_definition(dictionary.formats, epoch.format, epoch.place.offset);
+            if (format == nullptr || !format->family)
+                return;
+            for (const int encoding : data.encodings)
+                if (!may_be(encoding, *format->family))
+                    findings->add(epoch.place, row, "data_format_identifier_code leads to ", format->name,
+                                  " of family ", *format->family, ", but records have encoding ", encoding,
+                                  " (", encoding_name(encoding), ")");
+        });
+}
+
+void check_record_length(const Facts& facts, Findings* findings) {
+    for_each_epoch_with_data(
+        facts, [&](const ChannelRow& row, const ChannelEpoch& epoch, const EpochData& data) {
+            constexpr std::int64_t greatest = 30;
+            const std::int64_t power = epoch.record_length.value_or(0);
+            for (const std::size_t length : data.lengths)
+                if (power > 0 && power <= greatest && length != std::size_t{1} << power)
+                    findings->add(epoch.place, row, "data_record_length is ", power, ", ",
+                                  std::int64_t{1} << power, " bytes, but records have ", length);
+        });
+}
+
+void check_channel_rate(const Facts& facts, Findings* findings) {
+    constexpr double tolerance = 1e-3;
+    for_each_epoch_with_data(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch,
+                                        const EpochData& data) {
+        if (epoch.rate && data.rate > 0 && !are_close(*epoch.rate, data.rate, tolerance))
+            findings->add(epoch.place, row, "sample_rate is ", *epoch.rate, ", but records have ", data.rate);
+    });
+}
+
+// Most pairs of records have to say so: one that is off may be a gap.
+void check_pace(const Facts& facts, Findings* findings) {
+    constexpr std::int64_t enough = 3;
+    for (const ChannelRecords& channel : facts.records) {
+        const Pace& pace = channel.pace;
+        if (pace.off >= enough && pace.off > pace.pairs / 2)
+            findings->add(
+                pace.first, subject_of(channel), "the sample rate of records is ", pace.rate,
+                ", but their times, ", pace.off, " of ", pace.pairs, " pairs, tell of ",
+                rounded(static_cast<double>(pace.samples) * 1e6 / static_cast<double>(pace.microseconds)));
+    }
+}
+
+} // namespace quarry

@@ -1,0 +1,97 @@
+// What is notable about the data records of each channel: how many have which fault, and the first of them.
+//
+// Memory grows with channels, not with records: of each channel the samples of one record are kept.
+#pragma once
+
+#include "quarry/inventory.h"
+#include "quarry/samples.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <tuple>
+#include <unordered_map>
+#include <vector>
+
+namespace quarry {
+
+enum class RecordFault : std::uint8_t {
+    encoding_unknown,
+    rate_stated_twice, // in the header and, otherwise, in a blockette 100
+    timing_quality,    // below 50 %
+    quality_flags,     // are set
+    correction_open,   // a time correction has not been applied
+    samples_missing,
+    last_sample,    // is another one than the record states
+    word_order,     // the samples are far smoother in the other one
+    samples_differ, // from those that the record before has at the same times
+};
+
+struct RecordsAtFault {
+    RecordFault fault;
+    std::int64_t records = 0;
+    Place first = {};
+    std::string what = {}; // is wrong with the first one
+};
+
+// Neighbouring records that say by their times how fast samples come. They are off if it is not as fast as
+// their rate says.
+struct Pace {
+    std::int64_t pairs = 0;
+    std::int64_t off = 0;
+    std::int64_t samples = 0; // of those that are off, and how long they take
+    std::int64_t microseconds = 0;
+    double rate = 0; // that the first pair that is off states
+    Place first = {};
+};
+
+struct ChannelRecords {
+    std::string network, station, location, channel;
+    Place first = {};                        // of its records
+    std::vector<RecordsAtFault> faults = {}; // each kind once
+    Pace pace = {};
+};
+
+// The order of their codes.
+template <class One, class Other>
+bool precedes(const One& one, const Other& other) {
+    return std::tie(one.network, one.station, one.location, one.channel) <
+           std::tie(other.network, other.station, other.location, other.channel);
+}
+
+class RecordGatherer {
+public:
+    // Samples are decoded, or the faults that need them are not looked for.
+    explicit RecordGatherer(bool with_samples) : with_samples_(with_samples) {}
+
+    void add(const DataRecord& record);
+
+    // In order of the codes.
+    std::vector<ChannelRecords> finish() &&;
+
+private:
+    // The record before.
+    struct Last {
+        std::int64_t start = 0;
+        std::int64_t samples = 0; // 0 for none
+        double rate = 0;
+        std::vector<double> values = {};
+    };
+    using Codes = std::array<char, 12>; // as they stand in a record's header
+    struct Hash {
+        std::size_t operator()(const Codes& codes) const;
+    };
+
+    std::size_t index_of(const DataRecord& record);
+    void add_header(const DataRecord& record, ChannelRecords* channel);
+    void add_samples(const DataRecord& record, ChannelRecords* channel, Last* last);
+
+    bool with_samples_;
+    std::vector<ChannelRecords> channels_ = {};
+    std::vector<Last> lasts_ = {}; // of each
+    std::unordered_map<Codes, std::size_t, Hash> index_ = {};
+    Codes last_codes_ = {};
+    std::size_t last_ = 0;
+};
+
+} // namespace quarry

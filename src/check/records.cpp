@@ -1,0 +1,86 @@
+// Rules for data records: what is wrong with single ones, and how they overlap.
+
+#include "check/rules.h"
+#include "quarry/time.h"
+
+#include <algorithm>
+
+namespace quarry {
+
+namespace {
+
+void add_faults(const Facts& facts, RecordFault fault, Findings* findings) {
+    for (const ChannelRecords& channel : facts.records) {
+        const auto found = std::find_if(channel.faults.begin(), channel.faults.end(),
+                                        [fault](const RecordsAtFault& one) { return one.fault == fault; });
+        if (found != channel.faults.end())
+            findings->add(found->first, subject_of(channel), found->what,
+                          found->records > 1 ? words("; so or alike in ", found->records, " records") : "");
+    }
+}
+
+} // namespace
+
+void check_encoding(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::encoding_unknown, findings);
+}
+void check_stated_rate(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::rate_stated_twice, findings);
+}
+void check_timing_quality(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::timing_quality, findings);
+}
+void check_quality_flags(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::quality_flags, findings);
+}
+void check_correction(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::correction_open, findings);
+}
+void check_missing_samples(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::samples_missing, findings);
+}
+void check_last_sample(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::last_sample, findings);
+}
+void check_word_order(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::word_order, findings);
+}
+void check_differing_samples(const Facts& facts, Findings* findings) {
+    add_faults(facts, RecordFault::samples_differ, findings);
+}
+
+namespace {
+
+// Of the channel's first record.
+Place first_place(const Facts& facts, const ChannelCoverage& channel) {
+    const auto found = std::lower_bound(facts.records.begin(), facts.records.end(), channel,
+                                        precedes<ChannelRecords, ChannelCoverage>);
+    return found != facts.records.end() ? found->first : Place{};
+}
+
+} // namespace
+
+// --- times ---------------------------------------------------------------------------------------------
+
+void check_duplicates(const Facts& facts, Findings* findings) {
+    for (const ChannelCoverage& channel : facts.coverage)
+        if (channel.duplicates > 0)
+            findings->add(first_place(facts, channel), subject_of(channel), "the data of ",
+                          channel.duplicates, " of ", channel.records, " records are there twice");
+}
+
+void check_overlaps(const Facts& facts, Findings* findings) {
+    for (const ChannelCoverage& channel : facts.coverage) {
+        std::int64_t overlaps = 0;
+        const Break* first = nullptr;
+        for (const Break& one : channel.breaks)
+            if (one.kind == Break::Kind::overlap && ++overlaps == 1)
+                first = &one;
+        if (first != nullptr)
+            findings->add(first_place(facts, channel), subject_of(channel), "data overlap at ",
+                          IsoTime(first->start).text(), " by ", rounded(first->samples), " samples",
+                          overlaps > 1 ? words(", the first of ", overlaps, " overlaps") : "");
+    }
+}
+
+} // namespace quarry

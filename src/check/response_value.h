@@ -1,0 +1,30 @@
+// What a response does to a signal of some frequency: its amplitude, computed from the headers.
+#pragma once
+
+#include "quarry/inventory.h"
+
+#include <complex>
+#include <optional>
+#include <vector>
+
+namespace quarry {
+
+// The filter of a stage: what is neither its gain nor its decimation. Null without one.
+const Response* find_filter(const Stage& stage);
+
+// True for coefficients (061, 054) and poles and zeros (053) that work on samples.
+bool is_digital(const Response& response);
+
+// All coefficients of the filter, those that its symmetry implies too.
+std::vector<double> all_coefficients(const Fir& fir);
+
+// The poles and zeros at the frequency (Hz), without A0. Digital ones need the rate of the samples that come
+// in.
+std::optional<std::complex<double>> value_of(const PolesAndZeros& filter, double frequency,
+                                             std::optional<double> input_rate);
+
+// The amplitude of the stage at the frequency (Hz): its gain, times what its filter makes of that frequency
+// against that of the gain. None where the headers do not tell.
+std::optional<double> amplitude_of(const Stage& stage, double frequency);
+
+} // namespace quarry

@@ -1,0 +1,137 @@
+// The rules of quarry check: each breach of one is found, and nothing else.
+
+#include "draft.h"
+#include "support.h"
+
+#include "check/rules.h"
+
+#include <set>
+
+namespace quarry {
+namespace {
+
+// --- breaches ------------------------------------------------------------------------------------------
+// A breach is the demonstration volume with a few changes, that breaks one rule and no other. To add some: a
+// row for each in the table of the family, then QUARRY_RECORD=1 check_test, and a look at what was recorded
+// in golden/Check/FAMILY.txt.
+
+// What is changed before the volume is written, or in its bytes.
+using Edit = std::function<void(Draft* draft)>;
+using Damaging = std::function<void(std::string* volume)>;
+
+struct Breach {
+    const char* rule;
+    std::vector<Edit> edits;
+    Damaging damage = {};
+};
+
+Part& part_with(Draft* draft, int type, const std::string& text) {
+    for (Part& part : draft->headers)
+        if (part.type == type && part.fields.find(text) != std::string::npos)
+            return part;
+    throw std::logic_error("no blockette " + std::to_string(type) + " has " + text);
+}
+
+// The first blockette of the type that has the text gets another one in its place.
+Edit put(int type, const std::string& text, const std::string& other) {
+    return [=](Draft* draft) {
+        std::string& fields = part_with(draft, type, text).fields;
+        fields.replace(fields.find(text), text.size(), other);
+    };
+}
+
+// The first blockette of the type that has the text is missing.
+Edit without(int type, const std::string& text = "") {
+    return [=](Draft* draft) {
+        draft->headers.erase(draft->headers.begin() +
+                             (&part_with(draft, type, text) - draft->headers.data()));
+    };
+}
+
+// Another blockette stands behind the first one of the type that has the text.
+Edit behind(int type, const std::string& text, const Part& more) {
+    return [=](Draft* draft) {
+        const auto at = &part_with(draft, type, text) - draft->headers.data() + 1;
+        draft->headers.insert(draft->headers.begin() + at, more);
+    };
+}
+
+// The data record is changed: 0 and 1 are of DEM1 BHZ, 2 and 3 of BHN, 4 to 6 of DEM2 LHZ.
+[[maybe_unused]] Edit record(std::size_t index, const std::function<void(RecordFields* record)>& change) {
+    return [=](Draft* draft) { change(&draft->records.at(index)); };
+}
+
+std::vector<Breach> dictionaries() {
+    return {{"key-undefined", {put(59, "~0002", "~0009"), without(31, "0002C")}},
+            {"key-unused", {behind(33, "002Long", {'A', 33, "004Short-period seismometer~"})}},
+            {"key-redefined", {behind(34, "002V~", {'A', 34, "002V~Volt~"})}}};
+}
+
+const std::map<std::string, std::vector<Breach>> breaches{{"dictionaries", dictionaries()}};
+
+// --- what is found -------------------------------------------------------------------------------------
+
+struct Found {
+    std::set<std::string_view> rules;
+    std::string lines;
+};
+
+Found found_in(const std::string& volume) {
+    VolumeReader reader = VolumeReader::of_memory(volume, "volume");
+    FactsGatherer gatherer(true);
+    while (const Item* item = reader.next())
+        gatherer.take(*item);
+    const Facts facts = gatherer.finish(reader);
+    Findings findings([](const Subject&) { return true; });
+    for (const Rule& rule : check_rules()) {
+        findings.begin(rule);
+        rule.check(facts, &findings);
+    }
+    Found found;
+    for (const CheckFinding& one : findings.take()) {
+        found.rules.insert(one.rule->name);
+        found.lines += words(one.place.offset, ": ", name_of(one.rule->severity), ": ", one.text, " [",
+                             one.rule->name, "]\n");
+    }
+    return found;
+}
+
+std::string volume_with(const Breach& breach) {
+    Draft draft = demonstration_draft();
+    for (const Edit& edit : breach.edits)
+        edit(&draft);
+    std::string volume = volume_of(draft);
+    if (breach.damage)
+        breach.damage(&volume);
+    return volume;
+}
+
+TEST(Check, NothingIsWrongWithTheDemonstrationVolume) {
+    EXPECT_EQ(found_in(demonstration_volume()).lines, "");
+}
+
+TEST(Check, EachBreachIsFoundAndNothingElse) {
+    for (const auto& [family, rows] : breaches) {
+        std::string lines;
+        for (const Breach& breach : rows) {
+            const Found found = found_in(volume_with(breach));
+            EXPECT_EQ(found.rules, std::set<std::string_view>{breach.rule}) << found.lines;
+            lines += found.lines;
+        }
+        expect_recorded("Check", family, lines);
+    }
+}
+
+TEST(Check, EachRuleHasABreach) {
+    std::set<std::string_view> broken;
+    for (const auto& [family, rows] : breaches)
+        for (const Breach& breach : rows)
+            broken.insert(breach.rule);
+    for (const Rule& rule : check_rules())
+        if (breaches.count(std::string(rule.family)) > 0) { // until the other families have theirs
+            EXPECT_EQ(broken.count(rule.name), 1) << rule.name;
+        }
+}
+
+} // namespace
+} // namespace quarry
