@@ -37,6 +37,7 @@
 #include <string_view>
 #include <variant>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // --- damage --------------------------------------------------------------------------------------------
@@ -246,10 +247,11 @@ public:
     std::int64_t input_bytes() const;
 
 private:
-    class Reading;
+    class [[gnu::visibility("hidden")]] Reading;
     explicit VolumeReader(std::unique_ptr<Reading> reading);
 
     std::unique_ptr<Reading> reading_;
 };
 
 } // namespace quarry
+#pragma GCC visibility pop
