@@ -82,8 +82,9 @@ for command in sorted(commands):
     help_text = output(quarry, command, "--help")
     differs(command, options_of(pages.get(f"quarry-{command}.1", "")),
             set(re.findall(r"^  (?:-h,)?-(-\w+)", help_text, re.MULTILINE)))
-rules = set(re.findall(r"^([\w-]+) \((\w+), (\w+)\)", output(quarry, "check", "--rules"), re.MULTILINE))
-differs("rules", set(re.findall(r"^\.It Cm (\S+) Ta (\w+) Ta (\w+)", pages["quarry-check.1"], re.MULTILINE)), rules)
+rules = set(re.findall(r"^([\w-]+) \((\w+), (\w+)\): (.*)", output(quarry, "check", "--rules"), re.MULTILINE))
+documented = re.findall(r"^\.It Cm (\S+) No \((\w+), (\w+)\)\n(.*)", pages["quarry-check.1"], re.MULTILINE)
+differs("rules", set(documented), rules)
 check_messages(pages["quarry.1"])
 schema = json.loads((source / "docs/quarry-json.schema.json").read_text())
 terms = {(name, section): set(re.findall(r'(?:It|,) Cm ("[^"]*"|[^\s"]+)', text)) for name, page in pages.items()
