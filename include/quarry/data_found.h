@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // The records that begin in one epoch.
@@ -89,3 +90,4 @@ private:
 };
 
 } // namespace quarry
+#pragma GCC visibility pop
