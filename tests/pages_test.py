@@ -74,9 +74,9 @@ for name, page in sorted(pages.items()):
     faults += output("mandoc", "-T", "lint", "-W", "warning", source / "docs/man" / name).splitlines()
     check_sessions(name, page, scratch.name)
 
-getopt = re.search(r'"\+([\w:]+)"', (source / "src/sdd/command.cpp").read_text()).group(1).replace(":", "")
-differs("quarry", options_of(pages["quarry.1"]), set(getopt) - {"H"} | {"-help", "-version"})
-commands = set(re.findall(r"Command (\w+)_command;", (source / "src/commands/commands.cpp").read_text()))
+help_text = output(quarry, "--help")
+differs("quarry", options_of(pages["quarry.1"]), set(re.findall(r"^  -(\w)\b", help_text, re.MULTILINE)) | {"-help", "-version"})
+commands = set(re.findall(r"^  (\w+)", help_text[help_text.index("Commands:\n"):help_text.index("Examples:")], re.MULTILINE))
 differs("commands", set(re.findall(r"^\.It Ic (\w+)$", pages["quarry.1"], re.MULTILINE)), commands)
 for command in sorted(commands):
     help_text = output(quarry, command, "--help")
