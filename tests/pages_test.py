@@ -32,19 +32,24 @@ def output(*command, **options):
     return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options).stdout
 
 
+def is_in(line, seen):
+    return line in seen or line.endswith(" ...") and any(one.startswith(line[:-4]) for one in seen)
+
+
 # A block that begins with "$ COMMAND" is a session: what stands below, also in later blocks, is in the output. Lines may be
-# folded, with six blanks or more before the rest.
+# folded, with six blanks or more before the rest,
+# or end in " ...".
 def check_sessions(name, page, directory):
     environment = os.environ | {"QUARRY_PARAM_PATH": str(source), "PATH": f"{quarry.parent}:{os.environ['PATH']}"}
     seen = None
-    for block in re.findall(r"^\.Bd -literal.*?\n(.*?)^\.Ed", page, re.MULTILINE | re.DOTALL):
+    for block in re.findall(r"^(?:\.Bd -literal.*?|```)\n(.*?)^(?:\.Ed|```)", page, re.MULTILINE | re.DOTALL):
         for line in unescaped(re.sub(r"\n {6,}", " ", block)).splitlines():
             if line.startswith("$ "):
                 text = output("sh", "-c", line[2:], cwd=directory, env=environment)
                 seen = (seen or set()) | {" ".join(one.split()) for one in text.splitlines()}
                 if re.search("not found|[Nn]o such file|--help explains|Usage:", text):
                     faults.append(f"{name}: {line}: {text}")
-            elif seen is not None and " ".join(line.split()) not in seen | {"..."}:
+            elif seen is not None and not is_in(" ".join(line.split()), seen):
                 faults.append(f"{name}: no such line: {line}")
 
 
@@ -70,6 +75,13 @@ scratch = tempfile.TemporaryDirectory()
 demo = f"{scratch.name}/demo.seed"
 subprocess.run([demo_volume, demo], check=True)
 shutil.copy(source / "docs/seedformat.sql", scratch.name)
+shutil.copytree(scratch.name, f"{scratch.name}/build")
+readme = """```
+$ quarry build/demo.seed
+$ COLUMNS=100 script -qec 'quarry info build/demo.seed' /dev/null
+```
+""" + re.sub("^```sh.*?^```", "", (source / "README.md").read_text(), flags=re.MULTILINE | re.DOTALL)
+check_sessions("README.md", readme, scratch.name)
 for name, page in sorted(pages.items()):
     faults += output("mandoc", "-T", "lint", "-W", "warning", source / "docs/man" / name).splitlines()
     check_sessions(name, page, scratch.name)
