@@ -25,6 +25,11 @@ std::string record_of_no_rate() {
         .replace(56, 8, std::string("\0\x64\0\0\x7f\xc0\0\0", 8));
 }
 
+std::string volume_with_another_name() {
+    std::string bytes = demonstration_volume();
+    return bytes.replace(bytes.find("north face"), 5, "south");
+}
+
 std::string many_records() {
     std::string bytes;
     for (int i = 0; i < 4000; ++i)
@@ -104,6 +109,7 @@ const bool commands = make_recorded_tests(
          "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " QUARRY_RECIPES
          " >recipes; PATH=${quarry%/*}:$PATH sh recipes",
          {{"volume.seed", demonstration_volume()},
+          {"other.seed", volume_with_another_name()},
           {"archive/demo", demonstration_volume()},
           {"archive/2005/damaged", volumes.at("damaged")},
           {"archive/2005/plain", plain_records()}}},
