@@ -37,6 +37,11 @@ std::string record_of_times() {
         .replace(72, timing.size(), timing);
 }
 
+std::string volume_with_another_name() {
+    std::string bytes = demonstration_volume();
+    return bytes.replace(bytes.find("north face"), 5, "south");
+}
+
 std::string many_records() {
     std::string bytes;
     for (int i = 0; i < 4000; ++i)
@@ -162,6 +167,7 @@ const bool commands = make_recorded_tests(
         {"Recipes",
          examples_of(QUARRY_RECIPES),
          {{"volume.seed", demonstration_volume()},
+          {"other.seed", volume_with_another_name()},
           {"archive/demo", demonstration_volume()},
           {"archive/2005/damaged", volumes.at("damaged")},
           {"archive/2005/plain", plain_records()}}},
