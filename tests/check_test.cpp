@@ -5,6 +5,7 @@
 
 #include "check/rules.h"
 
+#include <algorithm>
 #include <set>
 
 namespace quarry {
@@ -57,7 +58,7 @@ Edit behind(int type, const std::string& text, const Part& more) {
 }
 
 // The data record is changed: 0 and 1 are of DEM1 BHZ, 2 and 3 of BHN, 4 to 6 of DEM2 LHZ.
-[[maybe_unused]] Edit record(std::size_t index, const std::function<void(RecordFields* record)>& change) {
+Edit record(std::size_t index, const std::function<void(RecordFields* record)>& change) {
     return [=](Draft* draft) { change(&draft->records.at(index)); };
 }
 
@@ -67,7 +68,38 @@ std::vector<Breach> dictionaries() {
             {"key-redefined", {behind(34, "002V~", {'A', 34, "002V~Volt~"})}}};
 }
 
-const std::map<std::string, std::vector<Breach>> breaches{{"dictionaries", dictionaries()}};
+// The time span's headers stand in front of the second station's.
+void mix_up_headers(Draft* draft) {
+    auto& headers = draft->headers;
+    std::rotate(std::find_if(headers.begin(), headers.end(), [](const Part& one) { return one.type == 0; }),
+                headers.end() - 5, headers.end());
+}
+
+std::vector<Breach> structure() {
+    return {{"damage", {}, [](std::string* volume) { volume->insert(14336, 512, 'x'); }},
+            {"damage", {}, [](std::string* volume) { volume->resize(volume->size() - 40); }},
+            {"field", {put(52, "1.000E-05", "1.0x0E-05")}},
+            {"text", {put(33, "Long-period", std::string(50, 'l'))}},
+            {"declared-length", {put(10, " 2.410", " 2.407")}},
+            {"blockette-length", {put(51, "2005,001~2005,090~0001000000", "2005~~00010")}},
+            {"sequence", {record(3, [](RecordFields* record) { record->sequence = 500; })}},
+            {"order", {mix_up_headers}},
+            {"volume-header", {without(10)}},
+            {"station-index", {put(11, "<DEM2>", "000009")}},
+            {"span-index", {put(12, "<SPAN>", "000009")}},
+            {"span-index", {put(12, "2005,032,23:59:59.9999", "2005,032,23:59")}},
+            {"data-index", {put(73, "BHN2005,032,10:20:30", "BHN2005,032,10:20:31")}},
+            {"data-index", {put(73, "BHN", "BHE")}},
+            {"data-index", {put(73, "<DAT2>", "000099")}},
+            {"data-index", {put(74, "10:22:10", "10:22:11")}},
+            {"station-count", {put(11, "002DEM1 <DEM1>DEM2 <DEM2>", "001DEM1 <DEM1>")}},
+            {"channel-count", {put(50, "0003001", "0004001")}},
+            {"comment-count", {put(50, "0003001", "0003000")}},
+            {"comment-count", {put(52, "0001CG", "0002CG")}}};
+}
+
+const std::map<std::string, std::vector<Breach>> breaches{{"dictionaries", dictionaries()},
+                                                          {"structure", structure()}};
 
 // --- what is found -------------------------------------------------------------------------------------
 
@@ -77,7 +109,7 @@ struct Found {
 };
 
 Found found_in(const std::string& volume) {
-    VolumeReader reader = VolumeReader::of_memory(volume, "volume");
+    VolumeReader reader = VolumeReader::of_memory(volume, "volume", Framing::shown);
     FactsGatherer gatherer(true);
     while (const Item* item = reader.next())
         gatherer.take(*item);

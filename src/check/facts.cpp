@@ -34,8 +34,11 @@ Subject Facts::subject_at(const Place& place) const {
     return is_of_station && after != subjects.begin() ? std::prev(after)->second : Subject{};
 }
 
-void FactsGatherer::take(const Item& item) {
-    std::visit([this](const auto& one) { add(one); }, item);
+void FactsGatherer::take(const Item& item, bool is_selected) {
+    if (is_selected)
+        std::visit([this](const auto& one) { add(one); }, item);
+    else if (const auto* record = std::get_if<DataRecord>(&item))
+        structure_.add(*record);
 }
 
 void FactsGatherer::add(const ControlBlockette& blockette) {

@@ -23,7 +23,7 @@ namespace quarry {
 struct Facts {
     Totals totals;
     Contents contents; // headers with all responses, and the data found
-    StructureFacts structure;
+    StructureFaults structure;
     std::vector<ChannelRecords> records;   // of each channel with data records
     std::vector<ChannelCoverage> coverage; // the same
 
@@ -43,7 +43,9 @@ public:
     // With the samples of data records decoded, or not.
     explicit FactsGatherer(bool with_samples) : records_(with_samples) {}
 
-    void take(const Item& item);
+    // Of a reader that shows its framing. Of a data record that is not selected only its place among the
+    // others counts.
+    void take(const Item& item, bool is_selected = true);
     Facts finish(const VolumeReader& reader);
 
 private:

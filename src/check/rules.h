@@ -15,6 +15,34 @@ namespace quarry {
 
 // Family, name, function, severity, and what the rule asks.
 #define QUARRY_CHECK_RULES(RULE)                                                                                          \
+    RULE(structure, "damage", check_damage, error,                                                                        \
+         "The volume can be read without skipping what is damaged.")                                                      \
+    RULE(structure, "field", check_fields, error,                                                                         \
+         "A field holds a value of its kind, and as many as its count says.")                                             \
+    RULE(structure, "text", check_texts, warning,                                                                         \
+         "A variable text is closed by ~ and no longer than its limit.")                                                  \
+    RULE(structure, "declared-length", check_declared_length, error,                                                      \
+         "Records are as long as the volume header (010) or their blockette 1000 says.")                                  \
+    RULE(structure, "blockette-length", check_blockette_length, error,                                                    \
+         "A blockette is as long as the smallest one of its type at least.")                                              \
+    RULE(structure, "sequence", check_sequence, warning,                                                                  \
+         "The sequence numbers of a volume with headers count up by one.")                                                \
+    RULE(structure, "order", check_order, warning,                                                                        \
+         "Headers stand in the order V, A, S, T, and data behind those of their time span.")                              \
+    RULE(structure, "volume-header", check_volume_header, error,                                                          \
+         "A volume with headers begins with a volume header (010, 005, 008).")                                            \
+    RULE(structure, "station-index", check_station_index, warning,                                                        \
+         "The station index (011) leads to the records that begin with the stations (050).")                              \
+    RULE(structure, "span-index", check_span_index, warning,                                                              \
+         "The index of time spans (012) leads to the records with their headers (070).")                                  \
+    RULE(structure, "data-index", check_data_index, warning,                                                              \
+         "The indices of data (073, 074) lead to records of their channels and times.")                                   \
+    RULE(structure, "station-count", check_station_count, warning,                                                        \
+         "The station index (011) has as many stations as the volume.")                                                   \
+    RULE(structure, "channel-count", check_channel_count, warning,                                                        \
+         "A station (050) says how many channels (052) it has.")                                                          \
+    RULE(structure, "comment-count", check_comment_count, warning,                                                        \
+         "Stations (050) and channels (052) say how many comments (051, 059) they have.")                                 \
     RULE(dictionaries, "key-undefined", check_undefined_keys, error,                                                      \
          "The dictionaries of a volume define each key that its blockettes use.")                                         \
     RULE(dictionaries, "key-unused", check_unused_keys, note, "Each key that is defined is used.")                        \
