@@ -98,8 +98,55 @@ std::vector<Breach> structure() {
             {"comment-count", {put(52, "0001CG", "0002CG")}}};
 }
 
-const std::map<std::string, std::vector<Breach>> breaches{{"dictionaries", dictionaries()},
-                                                          {"structure", structure()}};
+// Two records of BHZ, and no headers, where it is not a network.
+void keep_records_of(Draft* draft, const char* network) {
+    draft->headers.clear();
+    draft->records.resize(2);
+    for (RecordFields& one : draft->records)
+        one.network = network;
+}
+
+// All that is of DEM1 is of another station.
+Edit of_station(const char* code) {
+    return [=](Draft* draft) {
+        for (Part& part : draft->headers)
+            for (std::size_t at = 0;
+                 part.letter == 'T' && (at = part.fields.find("DEM1 ", at)) != std::string::npos;)
+                part.fields.replace(at, 4, code);
+        for (RecordFields& one : draft->records)
+            if (std::string_view(one.station) == "DEM1")
+                one.station = code;
+    };
+}
+
+std::vector<Breach> epochs() {
+    const Part second_header{'S', 50, "DEM2 -33.125000  18.500000   90.50001000Moved~0030123011998,001~~NXX"};
+    const auto without_BHN = [](Draft* draft) {
+        draft->records.erase(draft->records.begin() + 2, draft->records.begin() + 4);
+    };
+    const auto with_another_channel = [](Draft* draft) {
+        draft->records.push_back(draft->records.front());
+        draft->records.back().channel = "BHE";
+    };
+    return {{"codes", {[](Draft* draft) { keep_records_of(draft, "x"); }}},
+            {"codes", {put(50, "DEM1", "DEM-"), put(11, "DEM1 <DEM1>", "DEM- <DEM->"), of_station("DEM-")}},
+            {"epoch-ends", {put(51, "2005,090", "2004,090")}},
+            {"epoch-ends", {put(59, "~~", "~2003,200~")}},
+            {"station-overlap", {put(50, "90.50001", "90.50000"), behind(50, "DEM2", second_header)}},
+            {"channel-overlap", {put(52, "2003,200,12:00:00.0000~~", "2003,200,11:59:59.9999~~")}},
+            {"epoch-outside-station", {put(50, "1998,001~~", "1998,002~~")}},
+            {"epoch-outside-station", {put(50, "1998,001~~", "1998,001~2006,001~")}},
+            {"data-outside-epochs", {put(52, "2001,001~~", "2001,001~2005,032,10:22~")}},
+            {"data-without-channel", {with_another_channel}},
+            {"channel-without-data",
+             {put(73, "0003", "0002"), put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", ""),
+              put(73, "<DAT4>", "<DAT2>"), without_BHN}},
+            {"data-outside-volume", {put(70, "23:59:59.9999", "10:22"), put(12, "23:59:59.9999", "10:22")}},
+            {"data-outside-volume", {put(10, "00:00:00.0000", "10:20:31")}}};
+}
+
+const std::map<std::string, std::vector<Breach>> breaches{
+    {"dictionaries", dictionaries()}, {"epochs", epochs()}, {"structure", structure()}};
 
 // --- what is found -------------------------------------------------------------------------------------
 

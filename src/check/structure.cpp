@@ -79,29 +79,23 @@ std::map<std::int64_t, ChannelCount> channels_of(const Station& station) {
     return counts;
 }
 
-template <class Visit>
-void for_each_station(const Facts& facts, Visit visit) {
-    for (const Network& network : facts.contents.inventory.networks)
-        for (const Station& station : network.stations)
-            visit(network, station);
-}
-
 } // namespace
 
 // Writers count channels, or their epochs, each of which has a blockette 052.
 void check_channel_count(const Facts& facts, Findings* findings) {
-    for_each_station(facts, [&](const Network& network, const Station& station) {
-        const std::map<std::int64_t, ChannelCount> counts = channels_of(station);
-        for (const StationEpoch& epoch : station.epochs) {
-            const auto found = counts.find(epoch.place.offset);
-            const ChannelCount count = found != counts.end() ? found->second : ChannelCount{};
-            if (epoch.channel_count && epoch.channel_count != count.channels &&
-                epoch.channel_count != count.epochs)
-                findings->add(epoch.place, subject_of(network, station, epoch), "number_of_channels is ",
-                              *epoch.channel_count, ", but ", count.epochs, " blockettes 052 of ",
-                              count.channels, " channels follow");
+    for (const Network& network : facts.contents.inventory.networks)
+        for (const Station& station : network.stations) {
+            const std::map<std::int64_t, ChannelCount> counts = channels_of(station);
+            for (const StationEpoch& epoch : station.epochs) {
+                const auto found = counts.find(epoch.place.offset);
+                const ChannelCount count = found != counts.end() ? found->second : ChannelCount{};
+                if (epoch.channel_count && epoch.channel_count != count.channels &&
+                    epoch.channel_count != count.epochs)
+                    findings->add(epoch.place, subject_of(network, station, epoch), "number_of_channels is ",
+                                  *epoch.channel_count, ", but ", count.epochs, " blockettes 052 of ",
+                                  count.channels, " channels follow");
+            }
         }
-    });
 }
 
 void check_comment_count(const Facts& facts, Findings* findings) {
@@ -111,9 +105,8 @@ void check_comment_count(const Facts& facts, Findings* findings) {
             findings->add(epoch.place, subject, field, " is ", *epoch.comment_count,
                           ", but the number of blockettes 0", type, " is ", count);
     };
-    for_each_station(facts, [&](const Network& network, const Station& station) {
-        for (const StationEpoch& epoch : station.epochs)
-            check(epoch, subject_of(network, station, epoch), "number_of_station_comments", 51);
+    for_each_station_epoch(facts, [&](const Subject& subject, const StationEpoch& epoch) {
+        check(epoch, subject, "number_of_station_comments", 51);
     });
     for_each_row(facts.contents, [&](const ChannelRow& row) {
         if (row.epoch != nullptr)

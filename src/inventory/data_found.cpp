@@ -120,6 +120,7 @@ void DataFound::add(const DataRecord& record) {
     if (epoch.data < 0) {
         epoch.data = std::ssize(data);
         data.push_back(EpochData{epoch.start, epoch.end, epoch.place});
+        data.back().offset = record.offset;
     }
     add_to(&data[static_cast<std::size_t>(epoch.data)], record);
 }
