@@ -1,5 +1,6 @@
 // The rules of quarry check: each breach of one is found, and nothing else.
 
+#include "damaged_volumes.h"
 #include "draft.h"
 #include "support.h"
 
@@ -151,8 +152,9 @@ const std::map<std::string, std::vector<Breach>> breaches{
 // --- what is found -------------------------------------------------------------------------------------
 
 struct Found {
-    std::set<std::string_view> rules;
-    std::string lines;
+    std::set<std::string_view> rules = {};
+    std::set<std::int64_t> offsets = {};
+    std::string lines = {};
 };
 
 Found found_in(const std::string& volume) {
@@ -169,6 +171,7 @@ Found found_in(const std::string& volume) {
     Found found;
     for (const CheckFinding& one : findings.take()) {
         found.rules.insert(one.rule->name);
+        found.offsets.insert(one.place.offset);
         found.lines += words(one.place.offset, ": ", name_of(one.rule->severity), ": ", one.text, " [",
                              one.rule->name, "]\n");
     }
@@ -198,6 +201,22 @@ TEST(Check, EachBreachIsFoundAndNothingElse) {
             lines += found.lines;
         }
         expect_recorded("Check", family, lines);
+    }
+}
+
+TEST(Check, VolumesMayBeJoined) {
+    const std::string volume = demonstration_volume();
+    EXPECT_EQ(found_in(volume + volume).rules, std::set<std::string_view>{"duplicate"});
+}
+
+TEST(Check, DamageIsReportedWhereItIs) {
+    const std::string volume = demonstration_volume();
+    for (std::uint64_t round = 0; round < 200; ++round) {
+        Random random(round);
+        const std::string mutation = damaged(volume, &random);
+        for (const auto size = static_cast<std::int64_t>(mutation.size());
+             const std::int64_t offset : found_in(mutation).offsets)
+            ASSERT_TRUE(offset >= 0 && offset <= size) << round;
     }
 }
 

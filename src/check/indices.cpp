@@ -128,16 +128,16 @@ void VolumeIndices::compare(const DataRecord& record, const DataPointer& pointer
     constexpr double millisecond = 1e3, day = 86400e6, unit_of_correction = 100;
     if (record.station != pointer.station || record.location != pointer.location ||
         record.channel != pointer.channel)
-        return faults->add(StructureFault::data_index, pointer.place, pointer.field, " of ", pointer.station,
-                           ".", pointer.location, ".", pointer.channel, " is ", record.sequence,
-                           ", but that record is of ", record.station, ".", record.location, ".",
-                           record.channel);
+        return faults->add(StructureFault::data_index, pointer.place, record, pointer.field, " of ",
+                           pointer.station, ".", pointer.location, ".", pointer.channel, " is ",
+                           record.sequence, ", but that record is of ", record.station, ".", record.location,
+                           ".", record.channel);
     const double interval = record.rate > 0 ? std::min(1e6 / record.rate, day) : 0;
     const double tolerance =
         std::max(millisecond, 1.5 * interval) + std::abs(unit_of_correction * record.header.time_correction);
     const std::int64_t time = pointer.is_end ? end_of(record) : record.start;
     if (pointer.time && std::abs(static_cast<double>(*pointer.time - time)) > tolerance)
-        faults->add(StructureFault::data_index, pointer.place, pointer.time_field, " is ",
+        faults->add(StructureFault::data_index, pointer.place, record, pointer.time_field, " is ",
                     IsoTime(*pointer.time).text(), ", but record ", record.sequence,
                     pointer.is_end ? " ends at " : " begins at ", IsoTime(time).text());
 }
@@ -149,7 +149,8 @@ void VolumeIndices::end_volume(StructureFaults* faults) {
     check_spans(faults);
     for (const auto& [sequence, pointers] : data_)
         for (const DataPointer& pointer : pointers)
-            faults->add(StructureFault::data_index, pointer.place, pointer.field, " is ", sequence,
+            faults->add(StructureFault::data_index, pointer.place, pointer.field, " of ", pointer.station,
+                        ".", pointer.location, ".", pointer.channel, " is ", sequence,
                         ", but no data record with that number follows");
     check_count(faults);
     *this = {};

@@ -99,19 +99,41 @@ void StructureGatherer::check_order(const Place& place, Part part) {
     part_ = part;
 }
 
-void StructureGatherer::check_sequence(const Place& place, int sequence, bool may_begin_anew) {
-    const bool is_next = sequence == sequence_ + 1 || (sequence_ == last_sequence && sequence <= 1) ||
-                         (may_begin_anew && sequence == 1);
-    if (sequence >= 0 && sequence_ >= 0 && !is_next && has_headers_)
-        faults_.add(StructureFault::sequence, place, "sequence number ", sequence, " follows ", sequence_);
-    sequence_ = sequence;
+// --- sequence numbers ----------------------------------------------------------------------------------
+
+bool StructureGatherer::goes_on(int sequence) const {
+    const bool is_known = sequence >= 0 && sequence_ >= 0;
+    return !is_known || sequence == sequence_ + 1 || (sequence_ == last_sequence && sequence <= 1);
 }
+
+void StructureGatherer::check_sequence(const LogicalHeader& header, bool begins_volume) {
+    if (!goes_on(header.sequence) && !(begins_volume && header.sequence == 1))
+        faults_.add(StructureFault::sequence, {0, header.offset, header.logical_record}, "sequence number ",
+                    header.sequence, " follows ", sequence_);
+    sequence_ = header.sequence;
+}
+
+// Data that follow no time span were put behind the headers of another volume, and keep their numbers.
+void StructureGatherer::check_sequence(const DataRecord& record) {
+    if (has_time_spans_ && !goes_on(record.sequence) && ++jumps_ == 1) {
+        first_jump_ = {0, record.offset, record.logical_record};
+        jump_ = words("sequence number ", record.sequence, " follows ", sequence_);
+    }
+    sequence_ = record.sequence;
+}
+
+// --- order ---------------------------------------------------------------------------------------------
 
 void StructureGatherer::begin_volume() {
     if (first_blockette_.blockette != 0 && !has_volume_header_)
         faults_.add(StructureFault::volume_header, first_blockette_,
                     "headers begin without a volume header (010, 005 or 008)");
+    if (jumps_ > 0)
+        faults_.add(StructureFault::sequence, first_jump_, jump_,
+                    jumps_ > 1 ? words("; so or alike at ", jumps_, " data records") : "");
     indices_.end_volume(&faults_);
+    jumps_ = 0;
+    has_time_spans_ = false;
     first_blockette_ = {};
     has_volume_header_ = false;
     is_in_any_order_ = false;
@@ -121,20 +143,19 @@ void StructureGatherer::add(const LogicalHeader& header) {
     const Place place{0, header.offset, header.logical_record};
     const Part part = part_of(header.letter);
     const bool begins_volume = part == Part::volume && part_ > Part::volume;
-    has_headers_ = true;
     record_offset_ = header.offset;
     if (begins_volume)
         begin_volume();
-    check_sequence(place, header.sequence, begins_volume);
+    check_sequence(header, begins_volume);
+    has_time_spans_ = has_time_spans_ || part == Part::time_spans;
     if (part != Part::none)
         check_order(place, part);
 }
 
 void StructureGatherer::add(const DataRecord& record) {
-    const Place place{0, record.offset, record.logical_record};
-    check_sequence(place, record.sequence, false);
+    check_sequence(record);
     if (part_ != Part::data)
-        check_order(place, Part::data);
+        check_order({0, record.offset, record.logical_record}, Part::data);
     indices_.add(record, &faults_);
     add_data_blockettes(record);
 }

@@ -22,7 +22,9 @@ private:
     static Part part_of(char letter);
 
     void begin_volume();
-    void check_sequence(const Place& place, int sequence, bool may_begin_anew);
+    bool goes_on(int sequence) const;
+    void check_sequence(const LogicalHeader& header, bool begins_volume);
+    void check_sequence(const DataRecord& record);
     void check_order(const Place& place, Part part);
     bool may_follow(Part part) const;
     void add_problems(const Fields& fields, const Place& place, const ControlBlockette* blockette,
@@ -38,7 +40,12 @@ private:
     Place first_blockette_ = {};      // of the volume
     bool has_volume_header_ = false;
     bool is_in_any_order_ = false; // a volume of a field station or of telemetry
-    bool has_headers_ = false;     // the input has
+    bool has_time_spans_ = false;
+
+    // Data records of the volume whose sequence numbers do not go on.
+    std::int64_t jumps_ = 0;
+    Place first_jump_ = {};
+    std::string jump_ = {};
 };
 
 } // namespace quarry

@@ -35,12 +35,9 @@ void TimeGatherer::add(const ControlBlockette& blockette, const Fields& fields) 
 }
 
 void TimeGatherer::begin_volume(Integer start, Integer end) {
-    if (has_volume_ && spans_.empty())
-        all_spans_.push_back({start_.value_or(Limits::min()), end_.value_or(Limits::max())});
     for (const auto& [from, to] : spans_)
         all_spans_.push_back({from, to});
     spans_.clear();
-    has_volume_ = true;
     start_ = start;
     end_ = end;
 }
@@ -61,10 +58,10 @@ void TimeGatherer::add_span(Integer start, Integer end) {
 }
 
 void TimeGatherer::add(const DataRecord& record) {
-    if (!has_volume_)
-        return;
     const std::int64_t tolerance = tolerance_of(record);
     const std::int64_t end = end_of(record);
+    first_ = std::min(first_.value_or(Limits::max()), record.start);
+    last_ = std::max(last_.value_or(Limits::min()), end);
     const auto after = spans_.upper_bound(record.start + tolerance);
     if (!spans_.empty() && after == spans_.begin())
         add_outside(record, 70, after->first, std::nullopt);
@@ -98,6 +95,8 @@ TimeFacts TimeGatherer::finish() && {
     spans_.clear();
     for (const TimeSpan& span : all_spans_)
         add_span(span.start, span.end);
+    if (spans_.empty() && first_)
+        add_span(first_, last_);
     TimeFacts facts;
     for (const auto& [start, end] : spans_)
         facts.spans.push_back({start, end});

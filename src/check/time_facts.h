@@ -24,7 +24,8 @@ struct RecordsOutside {
 
 struct TimeFacts {
     std::vector<RecordsOutside> outside;
-    std::vector<TimeSpan> spans; // of all time spans, or of the volumes without any
+    // All time spans, else the time that the data take. They are in order and do not overlap.
+    std::vector<TimeSpan> spans;
 };
 
 class TimeGatherer {
@@ -41,10 +42,10 @@ private:
     void add_span(Integer start, Integer end);
     void add_outside(const DataRecord& record, int blockette, Integer least, Integer most);
 
-    bool has_volume_ = false;
     Integer start_ = {}, end_ = {};                   // of the volume
     std::map<std::int64_t, std::int64_t> spans_ = {}; // of the volume: start and end, without overlaps
     std::vector<TimeSpan> all_spans_ = {};
+    Integer first_ = {}, last_ = {}; // of all data
     std::map<Codes, RecordsOutside> outside_ = {};
 };
 
