@@ -1,13 +1,16 @@
 // quarry: lists SEED volumes, or runs the command whose name the first argument is.
 
 #include "commands/command.h"
+#include "sdd/about.h"
 #include "sdd/command.h"
 
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace quarry {
 
@@ -49,6 +52,16 @@ const Command* command_of(int argc, char** argv) {
     return argc > 2 ? find_command(argv[1]) : nullptr;
 }
 
+// The status of what is asked for as the sole argument; -1 if that is something else.
+int tell_about_quarry(int argc, char** argv) {
+    if (argc != 2 || std::string_view(argv[1]).substr(0, 2) != "--")
+        return -1;
+    std::vector<CommandInHelp> commands;
+    for (const Command* command : all_commands())
+        commands.push_back({command->name, command->description});
+    return tell_about(argv[1], commands);
+}
+
 } // namespace
 
 } // namespace quarry
@@ -56,6 +69,8 @@ const Command* command_of(int argc, char** argv) {
 int main(int argc, char** argv) {
     quarry::occupy_standard_descriptors();
     quarry::restore_signals();
+    if (const int status = quarry::tell_about_quarry(argc, argv); status >= 0)
+        return status;
     const quarry::Command* command = quarry::command_of(argc, argv);
     return command != nullptr ? quarry::run_command(*command, argc - 1, argv + 1)
                               : quarry::listing_command(argc, argv);

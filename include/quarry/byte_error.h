@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // Why an input could not be opened or read, or what is wrong with its compressed data.
@@ -27,3 +28,4 @@ struct ByteError {
 std::string describe(const ByteError& error);
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -25,6 +25,7 @@
 #include <unordered_map>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // How far from its expected time data may begin and still go on: so many samples, or so many seconds.
@@ -128,3 +129,4 @@ private:
 };
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // The records that begin in one epoch.
@@ -90,3 +91,4 @@ private:
 };
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -16,6 +16,7 @@
 #include <span>
 #include <string_view>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // --- the form of a decoder -----------------------------------------------------------------------------
@@ -217,3 +218,4 @@ std::uint16_t swap_2byte(std::uint16_t word);
 std::uint32_t swap_4byte(std::uint32_t word);
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -28,6 +28,7 @@
 #include <variant>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // How a value stands in a blockette. The first five are characters, as in all control blockettes; the rest is
@@ -184,3 +185,4 @@ GroupRows rows_at(std::span<const Field> fields);
 GroupRows rows_of(std::span<const Field> fields, std::string_view count);
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // The binary fields of the fixed header (fields 8 to 21 in the SEED manual), as numbers of the host's order.
@@ -29,3 +30,4 @@ struct FixedHeader {
 };
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -32,6 +32,7 @@
 #include <variant>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // A number or none, as std::optional, in the room of the number: headers hold millions of them. What stands
@@ -402,3 +403,4 @@ const Part* find_part(const Stage& stage) {
 const Stage* find_stage(const ChannelEpoch& epoch, std::int64_t number);
 
 } // namespace quarry
+#pragma GCC visibility pop

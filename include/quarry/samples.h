@@ -23,6 +23,7 @@
 #include <variant>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // Integers for the encodings 1, 2, 3, 10, 11, 12, 15, 16 and 32, floats for 4, 13, 14 and 30 (whose gains may
@@ -56,3 +57,4 @@ std::optional<Samples> decode_samples(std::span<const char> payload, int encodin
 std::optional<Samples> samples_of(const DataRecord& record);
 
 } // namespace quarry
+#pragma GCC visibility pop

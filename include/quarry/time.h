@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // Microseconds since 1970 of YYYY,DDD,HH:MM:SS.FFFF or of a form shortened from the right; what a fraction
@@ -31,3 +32,4 @@ private:
 };
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -37,6 +37,7 @@
 #include <string_view>
 #include <variant>
 
+#pragma GCC visibility push(default)
 namespace quarry {
 
 // --- damage --------------------------------------------------------------------------------------------
@@ -242,10 +243,11 @@ public:
     const std::string& name() const;
 
 private:
-    class Reading;
+    class [[gnu::visibility("hidden")]] Reading;
     explicit VolumeReader(std::unique_ptr<Reading> reading);
 
     std::unique_ptr<Reading> reading_;
 };
 
 } // namespace quarry
+#pragma GCC visibility pop

@@ -32,6 +32,9 @@ struct Command {
     ExitStatus (*run)(const CommandLine& line);
 };
 
+// All of them, by name.
+std::span<const Command* const> all_commands();
+
 // The command of that name, or null.
 const Command* find_command(std::string_view name);
 

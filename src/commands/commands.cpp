@@ -19,6 +19,10 @@ constexpr std::array commands{&check_command, &coverage_command, &info_command, 
 
 } // namespace
 
+std::span<const Command* const> all_commands() {
+    return commands;
+}
+
 const Command* find_command(std::string_view name) {
     const auto* const row = std::find_if(commands.begin(), commands.end(), [name](const Command* command) {
         return std::string_view(command->name) == name;

@@ -21,26 +21,31 @@ namespace quarry {
 
 namespace {
 
-// Where an installed program finds its configuration: QUARRY_SYSCONFDIR is absolute, or relative to the
-// folder of the program.
-std::string configuration_directory() {
-    const std::string directory = QUARRY_SYSCONFDIR "/quarry";
+// Where an installed program finds its configuration: QUARRY_SYSCONFDIR is relative to the folder of
+// programs, another place is etc beside that folder. A program elsewhere (in the folder of its build) has
+// none.
+void add_configuration_directories(std::vector<std::string>* directories) {
     const std::string program = program_path();
-    return directory.front() == '/' ? directory : program.substr(0, program.rfind('/') + 1) + directory;
+    const std::string folder = program.substr(0, program.rfind('/') + 1);
+    if (!folder.ends_with("/bin/"))
+        return;
+    directories->push_back(folder + QUARRY_SYSCONFDIR "/quarry");
+    directories->push_back(folder + "../etc/quarry");
 }
 
 std::vector<std::string> search_path() {
     const char* path = std::getenv("QUARRY_PARAM_PATH");
-    if (path == nullptr || *path == '\0')
-        return {".", configuration_directory()};
     std::vector<std::string> directories;
-    std::string_view rest = path;
+    if (path == nullptr || *path == '\0')
+        directories.emplace_back(".");
+    std::string_view rest = path != nullptr ? path : "";
     while (!rest.empty()) {
         const std::string_view directory = rest.substr(0, rest.find(':'));
         rest.remove_prefix(std::min(directory.size() + 1, rest.size()));
         if (!directory.empty())
             directories.emplace_back(directory);
     }
+    add_configuration_directories(&directories);
     return directories;
 }
 

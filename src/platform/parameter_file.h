@@ -1,8 +1,8 @@
 // Parameter files: the settings of a tool, read from NAME.pf, a TOML file.
 //
 // The file is looked for in each directory of the environment variable QUARRY_PARAM_PATH (separated by
-// colons; empty ones are passed over) where that is set and not empty; otherwise in the current directory,
-// then in the configuration directory of the installed program. The first that exists is read; a loop of
+// colons; empty ones are passed over) where that is set and not empty, otherwise in the current directory;
+// then in the configuration directory of an installed program. The first that exists is read; a loop of
 // symbolic links counts as one that cannot be read.
 #pragma once
 

@@ -4,6 +4,7 @@
 #include "platform/message_log.h"
 #include "platform/standard_output.h"
 #include "sdd/banner.h"
+#include "sdd/options.h"
 #include "sdd/sdd.h"
 #include "state.h"
 
@@ -44,7 +45,8 @@ int run(int argc, char** argv) {
 
     int summary_only = 0;
     int option;
-    while ((option = getopt(argc, argv, "+f:sSd:vVH")) != -1) {
+    const std::string letters = listing_option_letters();
+    while ((option = getopt(argc, argv, letters.c_str())) != -1) {
         switch (option) {
         case 'f':
             File_No = std::atoi(optarg); // NOLINT(cert-err34-c): what is not a number is 0
@@ -65,7 +67,7 @@ int run(int argc, char** argv) {
         case 'V':
             banner("", "");
             return EXIT_SUCCESS;
-        default: // -H, deliberately, among the unknown ones
+        default:
             usage();
         }
     }
