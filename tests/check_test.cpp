@@ -7,6 +7,7 @@
 #include "check/rules.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 namespace quarry {
@@ -80,10 +81,12 @@ std::vector<Breach> structure() {
     return {{"damage", {}, [](std::string* volume) { volume->insert(14336, 512, 'x'); }},
             {"damage", {}, [](std::string* volume) { volume->resize(volume->size() - 40); }},
             {"field", {put(52, "1.000E-05", "1.0x0E-05")}},
+            {"field", {record(0, [](RecordFields* record) { record->stated_rate = std::nan(""); })}},
             {"text", {put(33, "Long-period", std::string(50, 'l'))}},
             {"declared-length", {put(10, " 2.410", " 2.407")}},
             {"blockette-length", {put(51, "2005,001~2005,090~0001000000", "2005~~00010")}},
             {"sequence", {record(3, [](RecordFields* record) { record->sequence = 500; })}},
+            {"sequence", {}, [](std::string* volume) { volume->replace(1024, 6, "000003"); }},
             {"order", {mix_up_headers}},
             {"volume-header", {without(10)}},
             {"station-index", {put(11, "<DEM2>", "000009")}},
