@@ -188,8 +188,7 @@ bool are_of_one_sensor(const ChannelRow& one, const ChannelRow& other) {
     const auto end = [](const ChannelRow& row) { return row.epoch->end.microseconds.value_or(Ends::max()); };
     return one.network == other.network && one.station == other.station && one.location == other.location &&
            one.channel.substr(0, 2) == other.channel.substr(0, 2) && one.channel != other.channel &&
-           one.epoch->subchannel == other.epoch->subchannel && start(one) < end(other) &&
-           start(other) < end(one);
+           start(one) < end(other) && start(other) < end(one);
 }
 
 void check_right_angle(const ChannelRow& one, const ChannelRow& other, Findings* findings) {

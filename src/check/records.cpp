@@ -51,10 +51,14 @@ void check_differing_samples(const Facts& facts, Findings* findings) {
 
 namespace {
 
+auto find_records(const Facts& facts, const ChannelCoverage& channel) {
+    return std::lower_bound(facts.records.begin(), facts.records.end(), channel,
+                            precedes<ChannelRecords, ChannelCoverage>);
+}
+
 // Of the channel's first record.
 Place first_place(const Facts& facts, const ChannelCoverage& channel) {
-    const auto found = std::lower_bound(facts.records.begin(), facts.records.end(), channel,
-                                        precedes<ChannelRecords, ChannelCoverage>);
+    const auto found = find_records(facts, channel);
     return found != facts.records.end() ? found->first : Place{};
 }
 
@@ -62,9 +66,21 @@ Place first_place(const Facts& facts, const ChannelCoverage& channel) {
 
 // --- times ---------------------------------------------------------------------------------------------
 
+namespace {
+
+// Data of the same times that differ are reported as that.
+bool differ(const Facts& facts, const ChannelCoverage& channel) {
+    const auto found = find_records(facts, channel);
+    return found != facts.records.end() &&
+           std::any_of(found->faults.begin(), found->faults.end(),
+                       [](const RecordsAtFault& one) { return one.fault == RecordFault::samples_differ; });
+}
+
+} // namespace
+
 void check_duplicates(const Facts& facts, Findings* findings) {
     for (const ChannelCoverage& channel : facts.coverage)
-        if (channel.duplicates > 0)
+        if (channel.duplicates > 0 && !differ(facts, channel))
             findings->add(first_place(facts, channel), subject_of(channel), "the data of ",
                           channel.duplicates, " of ", channel.records, " records are there twice");
 }
@@ -76,7 +92,7 @@ void check_overlaps(const Facts& facts, Findings* findings) {
         for (const Break& one : channel.breaks)
             if (one.kind == Break::Kind::overlap && ++overlaps == 1)
                 first = &one;
-        if (first != nullptr)
+        if (first != nullptr && !differ(facts, channel))
             findings->add(first_place(facts, channel), subject_of(channel), "data overlap at ",
                           IsoTime(first->start).text(), " by ", rounded(first->samples), " samples",
                           overlaps > 1 ? words(", the first of ", overlaps, " overlaps") : "");

@@ -216,7 +216,7 @@ void check_last_rate(const Facts& facts, Findings* findings) {
 void check_no_decimation(const Facts& facts, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         const bool has_one = std::any_of(epoch.stages.begin(), epoch.stages.end(), [](const Stage& stage) {
-            return find_part<Decimation>(stage) != nullptr;
+            return find_part<Decimation>(stage) != nullptr || find_part<ResponseList>(stage) != nullptr;
         });
         const bool has_stages = !epoch.stages.empty() && epoch.stages.back().number.value_or(0) > 0;
         if (has_stages && !has_one && epoch.rate.value_or(0) > 0 && !has_polynomial(epoch))
@@ -305,7 +305,7 @@ void check_sensitivity_value(const Facts& facts, double least, double most, Find
         const auto product = product_of_gains(epoch, whole.gain->frequency.value_or(0));
         if (!product || *product == 0)
             return;
-        const double off = std::abs(*whole.gain->value / *product - 1);
+        const double off = std::abs(std::abs(*whole.gain->value / *product) - 1);
         if (off > least && off <= most)
             findings->add(whole.place, row, "sensitivity_gain of stage 0 is ", *whole.gain->value,
                           ", but the gains of the stages make ", rounded(*product), " at ",
