@@ -90,6 +90,9 @@ std::vector<Breach> structure() {
             {"order", {mix_up_headers}},
             {"volume-header", {without(10)}},
             {"station-index", {put(11, "<DEM2>", "000009")}},
+            {"station-index",
+             {put(50, "0003001", "0003002"), put(11, "<DEM2>", "000008"),
+              behind(0, "", {'S', 51, "2005,001~2005,090~0001000000"})}},
             {"span-index", {put(12, "<SPAN>", "000009")}},
             {"span-index", {put(12, "2005,032,23:59:59.9999", "2005,032,23:59")}},
             {"data-index", {put(73, "BHN2005,032,10:20:30", "BHN2005,032,10:20:31")}},
@@ -123,9 +126,15 @@ Edit of_station(const char* code) {
     };
 }
 
+constexpr const char* whole_span = "2005,032,00:00:00.0000~2005,032,23:59:59.9999~";
+
 std::vector<Breach> epochs() {
     const Part second_header{'S', 50, "DEM2 -33.125000  18.500000   90.50001000Moved~0030123011998,001~~NXX"};
-    const auto without_BHN = [](Draft* draft) {
+    const std::string span = "0001" + std::string(whole_span) + "<SPAN>";
+    const Edit without_BHN = [](Draft* draft) {
+        put(73, "0003", "0002")(draft);
+        put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", "")(draft);
+        put(73, "<DAT4>", "<DAT2>")(draft);
         draft->records.erase(draft->records.begin() + 2, draft->records.begin() + 4);
     };
     const auto with_another_channel = [](Draft* draft) {
@@ -142,9 +151,8 @@ std::vector<Breach> epochs() {
             {"epoch-outside-station", {put(50, "1998,001~~", "1998,001~2006,001~")}},
             {"data-outside-epochs", {put(52, "2001,001~~", "2001,001~2005,032,10:22~")}},
             {"data-without-channel", {with_another_channel}},
-            {"channel-without-data",
-             {put(73, "0003", "0002"), put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", ""),
-              put(73, "<DAT4>", "<DAT2>"), without_BHN}},
+            {"channel-without-data", {without_BHN}},
+            {"channel-without-data", {without_BHN, without(70), put(12, span, "0000")}},
             {"data-outside-volume", {put(70, "23:59:59.9999", "10:22"), put(12, "23:59:59.9999", "10:22")}},
             {"data-outside-volume", {put(10, "00:00:00.0000", "10:20:31")}}};
 }
@@ -359,6 +367,27 @@ TEST(Check, NothingIsWrongWithTheDemonstrationVolume) {
     EXPECT_EQ(found_in(demonstration_volume()).lines, "");
 }
 
+// What writers do as well.
+TEST(Check, NothingIsWrongWithItsVariants) {
+    const Part other_header{'S', 50, "DEM1  47.500000  -8.250000  512.00003001Moved~0033210101998,001~~NXX"};
+    const Edit closed = put(50, "1998,001~~", "1997,001~1998,001~");
+    const Edit without_channels = put(50, "0003001", "0000000");
+    const Edit with_other_header = behind(50, "DEM1", other_header);
+    const std::vector<std::vector<Edit>> variants{
+        {put(50, "0003001", "0002001")}, // channels, not their epochs
+        {put(50, "0003001", "       ")},
+        {without_channels, closed, with_other_header},
+        {without_channels, closed, with_other_header, put(11, "002DEM1 <DEM1>", "003DEM1 <DEM1>DEM1 <DEM1>")},
+        {put(11, "<DEM2>", "000000")},
+        {put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")},
+        {put(12, "23:59:59.9999", "10:25:28"),
+         put(70, "23:59:59.9999", "10:25:28")}, // the last sample but one
+        {put(73, "<DAT2>", "      ")},
+        {[](Draft* draft) { keep_records_of(draft, "XX"); }}};
+    for (const std::vector<Edit>& edits : variants)
+        EXPECT_EQ(found_in(volume_with({"", edits})).lines, "");
+}
+
 TEST(Check, EachBreachIsFoundAndNothingElse) {
     for (const auto& [family, rows] : breaches) {
         std::string lines;
@@ -371,9 +400,27 @@ TEST(Check, EachBreachIsFoundAndNothingElse) {
     }
 }
 
+// How often the rule is broken.
+std::ptrdiff_t times(const Found& found, std::string_view rule) {
+    const std::vector<std::string> lines = split(found.lines, '\n');
+    return std::count_if(lines.begin(), lines.end(), [name = words("[", rule, "]")](const std::string& line) {
+        return line.find(name) != std::string::npos;
+    });
+}
+
 TEST(Check, VolumesMayBeJoined) {
-    const std::string volume = demonstration_volume();
-    EXPECT_EQ(found_in(volume + volume).rules, std::set<std::string_view>{"duplicate"});
+    const std::string sound = demonstration_volume();
+    EXPECT_EQ(found_in(sound + sound).rules, std::set<std::string_view>{"duplicate"});
+    std::vector<Breach> rows = structure();
+    std::ranges::copy_if(epochs(), std::back_inserter(rows), [](const Breach& breach) {
+        return std::string_view(breach.rule) == "data-outside-volume";
+    });
+    for (const Breach& breach : rows) {
+        const std::string broken = volume_with(breach);
+        const std::ptrdiff_t alone = times(found_in(broken), breach.rule);
+        EXPECT_EQ(times(found_in(broken + sound), breach.rule), alone) << breach.rule;
+        EXPECT_EQ(times(found_in(sound + broken), breach.rule), alone) << breach.rule;
+    }
 }
 
 TEST(Check, DamageIsReportedWhereItIs) {

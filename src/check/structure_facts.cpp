@@ -109,7 +109,7 @@ bool StructureGatherer::goes_on(int sequence) const {
 void StructureGatherer::check_sequence(const LogicalHeader& header, bool begins_volume) {
     if (!goes_on(header.sequence) && !(begins_volume && header.sequence == 1))
         faults_.add(StructureFault::sequence, {0, header.offset, header.logical_record}, "sequence number ",
-                    header.sequence, " follows ", sequence_);
+                    header.sequence, " follows ", sequence_, "; they count up by one");
     sequence_ = header.sequence;
 }
 
@@ -117,7 +117,7 @@ void StructureGatherer::check_sequence(const LogicalHeader& header, bool begins_
 void StructureGatherer::check_sequence(const DataRecord& record) {
     if (has_time_spans_ && !goes_on(record.sequence) && ++jumps_ == 1) {
         first_jump_ = {0, record.offset, record.logical_record};
-        jump_ = words("sequence number ", record.sequence, " follows ", sequence_);
+        jump_ = words("sequence number ", record.sequence, " follows ", sequence_, "; they count up by one");
     }
     sequence_ = record.sequence;
 }
@@ -130,7 +130,7 @@ void StructureGatherer::begin_volume() {
                     "headers begin without a volume header (010, 005 or 008)");
     if (jumps_ > 0)
         faults_.add(StructureFault::sequence, first_jump_, jump_,
-                    jumps_ > 1 ? words("; so or alike at ", jumps_, " data records") : "");
+                    jumps_ > 1 ? words("; so or alike in ", jumps_, " records") : "");
     indices_.end_volume(&faults_);
     jumps_ = 0;
     has_time_spans_ = false;
