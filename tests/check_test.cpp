@@ -126,6 +126,17 @@ Edit of_station(const char* code) {
     };
 }
 
+// All is of another network.
+Edit of_network(const char* code) {
+    return [=](Draft* draft) {
+        for (Part& part : draft->headers)
+            if (part.type == 50 || part.type == 72 || part.type == 74)
+                part.fields.replace(part.fields.size() - 2, 2, code);
+        for (RecordFields& one : draft->records)
+            one.network = code;
+    };
+}
+
 constexpr const char* whole_span = "2005,032,00:00:00.0000~2005,032,23:59:59.9999~";
 
 std::vector<Breach> epochs() {
@@ -143,6 +154,7 @@ std::vector<Breach> epochs() {
     };
     return {{"codes", {[](Draft* draft) { keep_records_of(draft, "x"); }}},
             {"codes", {put(50, "DEM1", "DEM-"), put(11, "DEM1 <DEM1>", "DEM- <DEM->"), of_station("DEM-")}},
+            {"codes", {of_network("Xx")}},
             {"epoch-ends", {put(51, "2005,090", "2004,090")}},
             {"epoch-ends", {put(59, "~~", "~2003,200~")}},
             {"station-overlap", {put(50, "90.50001", "90.50000"), behind(50, "DEM2", second_header)}},
@@ -382,6 +394,7 @@ TEST(Check, NothingIsWrongWithItsVariants) {
         {put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")},
         {put(12, "23:59:59.9999", "10:25:28"),
          put(70, "23:59:59.9999", "10:25:28")}, // the last sample but one
+        {put(70, "23:59:59.9999", "01:00"), behind(70, "", {'T', 70, std::string("E") + whole_span})},
         {put(73, "<DAT2>", "      ")},
         {[](Draft* draft) { keep_records_of(draft, "XX"); }}};
     for (const std::vector<Edit>& edits : variants)
