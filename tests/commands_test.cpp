@@ -56,6 +56,12 @@ const std::map<std::string, std::string> volumes = {
          .bytes()},
 };
 
+// Runs the commands that a document prints.
+std::string examples_of(const std::string& document) {
+    return "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " + document +
+           " >examples; PATH=${quarry%/*}:$PATH sh examples";
+}
+
 const bool commands = make_recorded_tests(
     "Commands",
     {
@@ -101,12 +107,16 @@ const bool commands = make_recorded_tests(
          "</dev/null | tr -d '\\r'; done; COLUMNS=60 script -qec '$quarry info --channels demo' /dev/null </dev/null",
          volumes},
         {"Recipes",
-         "awk '/^```sh/ {on = 1; next} /^```/ {on = 0} on' " QUARRY_RECIPES
-         " >recipes; PATH=${quarry%/*}:$PATH sh recipes",
+         examples_of(QUARRY_RECIPES),
          {{"volume.seed", demonstration_volume()},
           {"archive/demo", demonstration_volume()},
           {"archive/2005/damaged", volumes.at("damaged")},
           {"archive/2005/plain", plain_records()}}},
+        {"ExamplesOfCoverage",
+         examples_of(QUARRY_COVERAGE) + "; ls",
+         {{"volume.seed", demonstration_volume()},
+          {"archive/sound.mseed", volumes.at("sound")},
+          {"archive/plain.mseed", plain_records()}}},
         {"ANameAloneIsAVolume", "$quarry json | tail -3", volumes},
         {"FullOutputOfACommand", "$quarry json demo >/dev/full", volumes},
     });

@@ -211,4 +211,5 @@ def main():
     print(compared, "channels compared")
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -64,6 +64,10 @@ const bool tests = make_recorded_tests(
          "for v in days damaged 'damaged missing days' '--csv --json days' '--plot --csv days' '--csv --days --gaps days'; do "
          "$quarry coverage $v; echo $?; done; $quarry coverage days >/dev/full; echo $?",
          volumes},
+        {"Picture",
+         "$quarry coverage --svg p.svg --station DEM1 days tiny; cat p.svg; $quarry coverage --svg p.svg --station NO days; "
+         "grep -c '<text' p.svg; for o in p.txt p.svg\\ --height\\ 199 no/p.svg; do $quarry coverage --svg $o tiny; echo $?; done",
+         volumes},
         {"Terminal", "COLUMNS=60 script -qec '$quarry coverage --gaps days' /dev/null </dev/null", volumes},
     });
 

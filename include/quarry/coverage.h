@@ -83,12 +83,6 @@ struct ChannelCoverage {
     std::int64_t last = 0;
 };
 
-// A span of time that ends before `end`.
-struct TimeSpan {
-    std::int64_t start;
-    std::int64_t end;
-};
-
 // The times that the segments cover, joined where they meet, with breaks within the tolerance closed.
 std::vector<TimeSpan> covered_times(const ChannelCoverage& channel, const Tolerance& tolerance);
 
@@ -124,8 +118,7 @@ private:
 
     Tolerance tolerance_;
     std::unordered_map<Codes, std::unique_ptr<Channel>, Hash> channels_;
-    Codes last_codes_ = {};
-    Channel* last_ = nullptr;
+    Channel* last_ = nullptr; // of the last record
 };
 
 } // namespace quarry

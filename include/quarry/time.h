@@ -31,5 +31,12 @@ private:
     std::size_t size_;
 };
 
+// A span of time that ends before `end`; both are microseconds since 1970.
+struct TimeSpan {
+    std::int64_t start;
+    std::int64_t end;
+    bool operator==(const TimeSpan&) const = default;
+};
+
 } // namespace quarry
 #pragma GCC visibility pop

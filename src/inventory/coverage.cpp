@@ -24,6 +24,10 @@ std::int64_t microseconds(double count) {
     return static_cast<std::int64_t>(std::clamp(count, 0.0, longest));
 }
 
+std::int64_t rounded_microseconds(double count) {
+    return microseconds(count + 0.5);
+}
+
 std::int64_t midnight_before(std::int64_t time) {
     return time - (time % day + day) % day;
 }
@@ -50,14 +54,14 @@ std::int64_t Tolerance::at(double rate) const {
 std::optional<Segment> segment_of(const DataRecord& record) {
     if (!(record.rate > 0) || !std::isfinite(record.rate) || record.header.samples == 0)
         return std::nullopt;
-    const std::int64_t duration = microseconds(std::round(record.header.samples * 1e6 / record.rate));
+    const std::int64_t duration = rounded_microseconds(record.header.samples * 1e6 / record.rate);
     const std::int64_t next = record.start + std::max<std::int64_t>(duration, 1);
     return Segment{record.start, next + leap(record, next), record.header.samples, 1, record.rate,
                    record.rate};
 }
 
 std::int64_t last_sample(const Segment& segment) {
-    return std::max(segment.start, segment.next - microseconds(std::round(1e6 / segment.last_rate)));
+    return std::max(segment.start, segment.next - rounded_microseconds(1e6 / segment.last_rate));
 }
 
 bool is_same_rate(double one, double other) {
@@ -77,9 +81,11 @@ std::vector<TimeSpan> covered_times(const ChannelCoverage& channel, const Tolera
 // --- channels ------------------------------------------------------------------------------------------
 
 struct Coverage::Channel {
-    explicit Channel(const Tolerance& tolerance) : segments(tolerance) {}
+    Channel(const Codes& its_codes, const Tolerance& tolerance) : codes(its_codes), segments(tolerance) {}
+    Codes codes;
     SegmentMerger segments;
     ChannelCoverage totals = {};
+    Channel* follower = nullptr; // whose record came next the last time
 };
 
 Coverage::Coverage(Tolerance tolerance) : tolerance_(tolerance) {}
@@ -94,8 +100,8 @@ Coverage::Entry Coverage::entry_of(const DataRecord& record) {
     entry.end = entry.segment ? last_sample(*entry.segment) : record.start;
     char* at = entry.codes.data();
     const auto put = [&at](std::string_view code, std::size_t width) {
-        std::copy(code.begin(), code.end(), at);
-        at += width;
+        for (std::size_t i = 0; i < width; ++i)
+            *at++ = i < code.size() ? code[i] : '\0';
     };
     put(record.network, 2);
     put(record.station, 5);
@@ -105,14 +111,17 @@ Coverage::Entry Coverage::entry_of(const DataRecord& record) {
 }
 
 Coverage::Channel& Coverage::channel_of(const Codes& codes) {
-    if (last_ == nullptr || codes != last_codes_) {
-        std::unique_ptr<Channel>& channel = channels_[codes];
-        if (channel == nullptr)
-            channel = std::make_unique<Channel>(tolerance_);
-        last_ = channel.get();
-        last_codes_ = codes;
+    Channel* channel = last_ != nullptr ? last_->follower : nullptr;
+    if (channel == nullptr || channel->codes != codes) {
+        std::unique_ptr<Channel>& known = channels_[codes];
+        if (known == nullptr)
+            known = std::make_unique<Channel>(codes, tolerance_);
+        channel = known.get();
+        if (last_ != nullptr)
+            last_->follower = channel;
     }
-    return *last_;
+    last_ = channel;
+    return *channel;
 }
 
 void Coverage::add(const Entry& entry) {

@@ -56,10 +56,13 @@ std::int64_t SegmentMerger::tolerance_of(const Segment& segment) const {
     return std::min(tolerance_.at(segment.rate), Tolerance{}.at(segment.rate));
 }
 
-bool SegmentMerger::extends_open(const Segment& segment) const {
-    const std::int64_t tolerance = tolerance_of(segment);
-    return open_ && is_near(segment.start, open_->next, tolerance) &&
-           segment.next < barrier_ - 3 * tolerance && is_same_rate(open_->last_rate, segment.rate);
+bool SegmentMerger::extends_open(const Segment& segment) {
+    if (segment.rate != usual_rate_) {
+        usual_rate_ = segment.rate;
+        usual_tolerance_ = tolerance_of(segment);
+    }
+    return open_ && is_near(segment.start, open_->next, usual_tolerance_) &&
+           segment.next < barrier_ - 3 * usual_tolerance_ && is_same_rate(open_->last_rate, segment.rate);
 }
 
 void SegmentMerger::add(const Segment& segment) {

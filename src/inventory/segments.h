@@ -32,7 +32,7 @@ private:
     using Ends = std::pair<std::int64_t, std::int64_t>; // where a segment goes on, and its start
 
     std::int64_t tolerance_of(const Segment& segment) const;
-    bool extends_open(const Segment& segment) const;
+    bool extends_open(const Segment& segment);
     void store_open();
     bool has_twin(const Segment& segment) const;
     std::optional<ByStart::iterator> segment_before(const Segment& segment) const;
@@ -41,6 +41,8 @@ private:
     void open(const Segment& segment);
 
     Tolerance tolerance_;
+    double usual_rate_ = 0; // of the last segment, and its tolerance
+    std::int64_t usual_tolerance_ = 0;
     std::optional<Segment> open_ = {};
     std::int64_t barrier_ =
         0;                  // where the next other segment begins or ends, seen from the end of the open one
