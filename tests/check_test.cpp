@@ -436,6 +436,15 @@ TEST(Check, VolumesMayBeJoined) {
     }
 }
 
+TEST(Check, RatesMayBeAnyNumber) {
+    for (const double rate : {1e-38, 3e38})
+        EXPECT_GT(times(found_in(volume_with(
+                            {"", {record(0, [rate](RecordFields* one) { one->stated_rate = rate; })}})),
+                        "rate-of-record"),
+                  0)
+            << rate;
+}
+
 TEST(Check, DamageIsReportedWhereItIs) {
     const std::string volume = demonstration_volume();
     for (std::uint64_t round = 0; round < 200; ++round) {

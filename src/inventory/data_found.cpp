@@ -27,7 +27,8 @@ void compare_with_next(const DataRecord& record, EpochData* data) {
         ++data->gaps;
     if (data->goes_on && late < -half_a_sample)
         ++data->overlaps;
-    data->next = record.start + std::llround(record.header.samples * 1e6 / record.rate);
+    constexpr double longest = 1e17; // microseconds: 3000 years
+    data->next = record.start + std::llround(std::min(record.header.samples * 1e6 / record.rate, longest));
     data->goes_on = true;
 }
 
