@@ -1,10 +1,13 @@
 // The rules of quarry check: each breach of one is found, and nothing else.
 
+#include "damaged_volumes.h"
 #include "draft.h"
 #include "support.h"
 
 #include "check/rules.h"
 
+#include <algorithm>
+#include <cmath>
 #include <set>
 
 namespace quarry {
@@ -57,7 +60,7 @@ Edit behind(int type, const std::string& text, const Part& more) {
 }
 
 // The data record is changed: 0 and 1 are of DEM1 BHZ, 2 and 3 of BHN, 4 to 6 of DEM2 LHZ.
-[[maybe_unused]] Edit record(std::size_t index, const std::function<void(RecordFields* record)>& change) {
+Edit record(std::size_t index, const std::function<void(RecordFields* record)>& change) {
     return [=](Draft* draft) { change(&draft->records.at(index)); };
 }
 
@@ -65,6 +68,105 @@ std::vector<Breach> dictionaries() {
     return {{"key-undefined", {put(59, "~0002", "~0009"), without(31, "0002C")}},
             {"key-unused", {behind(33, "002Long", {'A', 33, "004Short-period seismometer~"})}},
             {"key-redefined", {behind(34, "002V~", {'A', 34, "002V~Volt~"})}}};
+}
+
+// The time span's headers stand in front of the second station's.
+void mix_up_headers(Draft* draft) {
+    auto& headers = draft->headers;
+    std::rotate(std::find_if(headers.begin(), headers.end(), [](const Part& one) { return one.type == 0; }),
+                headers.end() - 5, headers.end());
+}
+
+std::vector<Breach> structure() {
+    return {{"damage", {}, [](std::string* volume) { volume->insert(14336, 512, 'x'); }},
+            {"damage", {}, [](std::string* volume) { volume->resize(volume->size() - 40); }},
+            {"field", {put(52, "1.000E-05", "1.0x0E-05")}},
+            {"field", {record(0, [](RecordFields* record) { record->stated_rate = std::nan(""); })}},
+            {"text", {put(33, "Long-period", std::string(50, 'l'))}},
+            {"declared-length", {put(10, " 2.410", " 2.407")}},
+            {"blockette-length", {put(51, "2005,001~2005,090~0001000000", "2005~~00010")}},
+            {"sequence", {record(3, [](RecordFields* record) { record->sequence = 500; })}},
+            {"sequence", {}, [](std::string* volume) { volume->replace(1024, 6, "000003"); }},
+            {"order", {mix_up_headers}},
+            {"volume-header", {without(10)}},
+            {"station-index", {put(11, "<DEM2>", "000009")}},
+            {"station-index",
+             {put(50, "0003001", "0003002"), put(11, "<DEM2>", "000008"),
+              behind(0, "", {'S', 51, "2005,001~2005,090~0001000000"})}},
+            {"span-index", {put(12, "<SPAN>", "000009")}},
+            {"span-index", {put(12, "2005,032,23:59:59.9999", "2005,032,23:59")}},
+            {"data-index", {put(73, "BHN2005,032,10:20:30", "BHN2005,032,10:20:31")}},
+            {"data-index", {put(73, "BHN", "BHE")}},
+            {"data-index", {put(73, "<DAT2>", "000099")}},
+            {"data-index", {put(74, "10:22:10", "10:22:11")}},
+            {"station-count", {put(11, "002DEM1 <DEM1>DEM2 <DEM2>", "001DEM1 <DEM1>")}},
+            {"channel-count", {put(50, "0003001", "0004001")}},
+            {"comment-count", {put(50, "0003001", "0003000")}},
+            {"comment-count", {put(52, "0001CG", "0002CG")}}};
+}
+
+// Two records of BHZ, and no headers, where it is not a network.
+void keep_records_of(Draft* draft, const char* network) {
+    draft->headers.clear();
+    draft->records.resize(2);
+    for (RecordFields& one : draft->records)
+        one.network = network;
+}
+
+// All that is of DEM1 is of another station.
+Edit of_station(const char* code) {
+    return [=](Draft* draft) {
+        for (Part& part : draft->headers)
+            for (std::size_t at = 0;
+                 part.letter == 'T' && (at = part.fields.find("DEM1 ", at)) != std::string::npos;)
+                part.fields.replace(at, 4, code);
+        for (RecordFields& one : draft->records)
+            if (std::string_view(one.station) == "DEM1")
+                one.station = code;
+    };
+}
+
+// All is of another network.
+Edit of_network(const char* code) {
+    return [=](Draft* draft) {
+        for (Part& part : draft->headers)
+            if (part.type == 50 || part.type == 72 || part.type == 74)
+                part.fields.replace(part.fields.size() - 2, 2, code);
+        for (RecordFields& one : draft->records)
+            one.network = code;
+    };
+}
+
+constexpr const char* whole_span = "2005,032,00:00:00.0000~2005,032,23:59:59.9999~";
+
+std::vector<Breach> epochs() {
+    const Part second_header{'S', 50, "DEM2 -33.125000  18.500000   90.50001000Moved~0030123011998,001~~NXX"};
+    const std::string span = "0001" + std::string(whole_span) + "<SPAN>";
+    const Edit without_BHN = [](Draft* draft) {
+        put(73, "0003", "0002")(draft);
+        put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", "")(draft);
+        put(73, "<DAT4>", "<DAT2>")(draft);
+        draft->records.erase(draft->records.begin() + 2, draft->records.begin() + 4);
+    };
+    const auto with_another_channel = [](Draft* draft) {
+        draft->records.push_back(draft->records.front());
+        draft->records.back().channel = "BHE";
+    };
+    return {{"codes", {[](Draft* draft) { keep_records_of(draft, "x"); }}},
+            {"codes", {put(50, "DEM1", "DEM-"), put(11, "DEM1 <DEM1>", "DEM- <DEM->"), of_station("DEM-")}},
+            {"codes", {of_network("Xx")}},
+            {"epoch-ends", {put(51, "2005,090", "2004,090")}},
+            {"epoch-ends", {put(59, "~~", "~2003,200~")}},
+            {"station-overlap", {put(50, "90.50001", "90.50000"), behind(50, "DEM2", second_header)}},
+            {"channel-overlap", {put(52, "2003,200,12:00:00.0000~~", "2003,200,11:59:59.9999~~")}},
+            {"epoch-outside-station", {put(50, "1998,001~~", "1998,002~~")}},
+            {"epoch-outside-station", {put(50, "1998,001~~", "1998,001~2006,001~")}},
+            {"data-outside-epochs", {put(52, "2001,001~~", "2001,001~2005,032,10:22~")}},
+            {"data-without-channel", {with_another_channel}},
+            {"channel-without-data", {without_BHN}},
+            {"channel-without-data", {without_BHN, without(70), put(12, span, "0000")}},
+            {"data-outside-volume", {put(70, "23:59:59.9999", "10:22"), put(12, "23:59:59.9999", "10:22")}},
+            {"data-outside-volume", {put(10, "00:00:00.0000", "10:20:31")}}};
 }
 
 // --- responses: of the first channel epoch, which has no data
@@ -229,19 +331,21 @@ std::vector<Breach> samples() {
 }
 
 const std::map<std::string, std::vector<Breach>> breaches{
-    {"dictionaries", dictionaries()}, {"formats", formats()}, {"response", response()},
-    {"position", position()},         {"data", data()},       {"samples", samples()},
+    {"structure", structure()}, {"dictionaries", dictionaries()}, {"epochs", epochs()},
+    {"formats", formats()},     {"response", response()},         {"position", position()},
+    {"data", data()},           {"samples", samples()},
 };
 
 // --- what is found -------------------------------------------------------------------------------------
 
 struct Found {
-    std::set<std::string_view> rules;
-    std::string lines;
+    std::set<std::string_view> rules = {};
+    std::set<std::int64_t> offsets = {};
+    std::string lines = {};
 };
 
 Found found_in(const std::string& volume) {
-    VolumeReader reader = VolumeReader::of_memory(volume, "volume");
+    VolumeReader reader = VolumeReader::of_memory(volume, "volume", Framing::shown);
     FactsGatherer gatherer(true);
     while (const Item* item = reader.next())
         gatherer.take(*item);
@@ -254,6 +358,7 @@ Found found_in(const std::string& volume) {
     Found found;
     for (const CheckFinding& one : findings.take()) {
         found.rules.insert(one.rule->name);
+        found.offsets.insert(one.place.offset);
         found.lines += words(one.place.offset, ": ", name_of(one.rule->severity), ": ", one.text, " [",
                              one.rule->name, "]\n");
     }
@@ -274,6 +379,28 @@ TEST(Check, NothingIsWrongWithTheDemonstrationVolume) {
     EXPECT_EQ(found_in(demonstration_volume()).lines, "");
 }
 
+// What writers do as well.
+TEST(Check, NothingIsWrongWithItsVariants) {
+    const Part other_header{'S', 50, "DEM1  47.500000  -8.250000  512.00003001Moved~0033210101998,001~~NXX"};
+    const Edit closed = put(50, "1998,001~~", "1997,001~1998,001~");
+    const Edit without_channels = put(50, "0003001", "0000000");
+    const Edit with_other_header = behind(50, "DEM1", other_header);
+    const std::vector<std::vector<Edit>> variants{
+        {put(50, "0003001", "0002001")}, // channels, not their epochs
+        {put(50, "0003001", "       ")},
+        {without_channels, closed, with_other_header},
+        {without_channels, closed, with_other_header, put(11, "002DEM1 <DEM1>", "003DEM1 <DEM1>DEM1 <DEM1>")},
+        {put(11, "<DEM2>", "000000")},
+        {put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")},
+        {put(12, "23:59:59.9999", "10:25:28"),
+         put(70, "23:59:59.9999", "10:25:28")}, // the last sample but one
+        {put(70, "23:59:59.9999", "01:00"), behind(70, "", {'T', 70, std::string("E") + whole_span})},
+        {put(73, "<DAT2>", "      ")},
+        {[](Draft* draft) { keep_records_of(draft, "XX"); }}};
+    for (const std::vector<Edit>& edits : variants)
+        EXPECT_EQ(found_in(volume_with({"", edits})).lines, "");
+}
+
 TEST(Check, EachBreachIsFoundAndNothingElse) {
     for (const auto& [family, rows] : breaches) {
         std::string lines;
@@ -286,15 +413,56 @@ TEST(Check, EachBreachIsFoundAndNothingElse) {
     }
 }
 
+// How often the rule is broken.
+std::ptrdiff_t times(const Found& found, std::string_view rule) {
+    const std::vector<std::string> lines = split(found.lines, '\n');
+    return std::count_if(lines.begin(), lines.end(), [name = words("[", rule, "]")](const std::string& line) {
+        return line.find(name) != std::string::npos;
+    });
+}
+
+TEST(Check, VolumesMayBeJoined) {
+    const std::string sound = demonstration_volume();
+    EXPECT_EQ(found_in(sound + sound).rules, std::set<std::string_view>{"duplicate"});
+    std::vector<Breach> rows = structure();
+    std::ranges::copy_if(epochs(), std::back_inserter(rows), [](const Breach& breach) {
+        return std::string_view(breach.rule) == "data-outside-volume";
+    });
+    for (const Breach& breach : rows) {
+        const std::string broken = volume_with(breach);
+        const std::ptrdiff_t alone = times(found_in(broken), breach.rule);
+        EXPECT_EQ(times(found_in(broken + sound), breach.rule), alone) << breach.rule;
+        EXPECT_EQ(times(found_in(sound + broken), breach.rule), alone) << breach.rule;
+    }
+}
+
+TEST(Check, RatesMayBeAnyNumber) {
+    for (const double rate : {1e-38, 3e38})
+        EXPECT_GT(times(found_in(volume_with(
+                            {"", {record(0, [rate](RecordFields* one) { one->stated_rate = rate; })}})),
+                        "rate-of-record"),
+                  0)
+            << rate;
+}
+
+TEST(Check, DamageIsReportedWhereItIs) {
+    const std::string volume = demonstration_volume();
+    for (std::uint64_t round = 0; round < 200; ++round) {
+        Random random(round);
+        const std::string mutation = damaged(volume, &random);
+        for (const auto size = static_cast<std::int64_t>(mutation.size());
+             const std::int64_t offset : found_in(mutation).offsets)
+            ASSERT_TRUE(offset >= 0 && offset <= size) << round;
+    }
+}
+
 TEST(Check, EachRuleHasABreach) {
     std::set<std::string_view> broken;
     for (const auto& [family, rows] : breaches)
         for (const Breach& breach : rows)
             broken.insert(breach.rule);
     for (const Rule& rule : check_rules())
-        if (breaches.count(std::string(rule.family)) > 0) { // until the other families have theirs
-            EXPECT_EQ(broken.count(rule.name), 1) << rule.name;
-        }
+        EXPECT_EQ(broken.count(rule.name), 1) << rule.name;
 }
 
 } // namespace

@@ -11,7 +11,7 @@ run() {
     [ "$status" -le 2 ] || exit "$status"
     echo "$status"
 }
-for command in 'json --samples' 'coverage --json --gaps' info; do
+for command in 'json --samples' 'coverage --json --gaps' check info; do
     run "$1" $command --jobs 1 "$2"/*.seed >>"$one"
     run "$1" $command --jobs 8 "$2"/*.seed >>"$many"
 done

@@ -28,6 +28,7 @@ struct EpochData {
     std::int64_t epoch_place = -1; // as given to expect; -1 for records outside all
 
     std::int64_t records = 0; // one at least
+    std::int64_t offset = 0;  // of the first one met, in the input
     std::int64_t samples = 0;
     std::int64_t first = 0; // microseconds since 1970: the earliest first sample, the latest last one
     std::int64_t last = 0;

@@ -34,19 +34,28 @@ Subject Facts::subject_at(const Place& place) const {
     return is_of_station && after != subjects.begin() ? std::prev(after)->second : Subject{};
 }
 
-void FactsGatherer::take(const Item& item) {
-    std::visit([this](const auto& one) { add(one); }, item);
+void FactsGatherer::take(const Item& item, bool is_selected) {
+    if (is_selected)
+        std::visit([this](const auto& one) { add(one); }, item);
+    else if (const auto* record = std::get_if<DataRecord>(&item))
+        add_to_volume(*record);
 }
 
 void FactsGatherer::add(const ControlBlockette& blockette) {
     decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
     contents_.add(blockette, fields_);
     structure_.add(blockette, fields_);
+    times_.add(blockette, fields_);
+}
+
+void FactsGatherer::add_to_volume(const DataRecord& record) {
+    contents_.add(record);
+    structure_.add(record);
 }
 
 void FactsGatherer::add(const DataRecord& record) {
-    contents_.add(record);
-    structure_.add(record);
+    add_to_volume(record);
+    times_.add(record);
     records_.add(record);
     coverage_.add(record);
 }
@@ -55,6 +64,7 @@ Facts FactsGatherer::finish(const VolumeReader& reader) {
     Facts facts{reader.totals(),
                 contents_.finish(),
                 std::move(structure_).finish(),
+                std::move(times_).finish(),
                 std::move(records_).finish(),
                 coverage_.finish(),
                 {}};

@@ -11,6 +11,7 @@
 #include "check/findings.h"
 #include "check/record_facts.h"
 #include "check/structure_facts.h"
+#include "check/time_facts.h"
 #include "inventory/contents.h"
 #include "quarry/coverage.h"
 
@@ -23,7 +24,8 @@ namespace quarry {
 struct Facts {
     Totals totals;
     Contents contents; // headers with all responses, and the data found
-    StructureFacts structure;
+    StructureFaults structure;
+    TimeFacts times;
     std::vector<ChannelRecords> records;   // of each channel with data records
     std::vector<ChannelCoverage> coverage; // the same
 
@@ -38,12 +40,22 @@ struct Facts {
     std::vector<std::pair<std::int64_t, Subject>> subjects; // and where they begin, in this order
 };
 
+// Visits each epoch of stations.
+template <class Visit>
+void for_each_station_epoch(const Facts& facts, Visit visit) {
+    for (const Network& network : facts.contents.inventory.networks)
+        for (const Station& station : network.stations)
+            for (const StationEpoch& epoch : station.epochs)
+                visit(subject_of(network, station, epoch), epoch);
+}
+
 class FactsGatherer {
 public:
     // With the samples of data records decoded, or not.
     explicit FactsGatherer(bool with_samples) : records_(with_samples) {}
 
-    void take(const Item& item);
+    // Of a reader that shows its framing. A data record that is not selected only counts as there.
+    void take(const Item& item, bool is_selected = true);
     Facts finish(const VolumeReader& reader);
 
 private:
@@ -52,9 +64,11 @@ private:
     void add(const Damage& damage) { structure_.add(damage); }
     void add(const ControlBlockette& blockette);
     void add(const DataRecord& record);
+    void add_to_volume(const DataRecord& record);
 
     ContentsBuilder contents_{Responses::all};
     StructureGatherer structure_ = {};
+    TimeGatherer times_ = {};
     RecordGatherer records_;
     Coverage coverage_ = Coverage();
     Fields fields_ = {};

@@ -56,7 +56,7 @@ void Findings::keep(const Place& place, const Subject& subject, std::string text
 
 // What was only counted is told at the place of the last one that was kept.
 void Findings::end_rule() {
-    if (of_rule_ > most_of_a_rule)
+    if (of_rule_ > most_of_a_rule && !all_.empty())
         all_.push_back(
             {rule_, all_.back().place, "", words(of_rule_ - most_of_a_rule, " more of these are not shown")});
 }

@@ -60,6 +60,9 @@ public:
         add(place, subject_of(row), text...);
     }
 
+    // Counts so many more that are not at hand.
+    void leave_out(std::size_t findings) { of_rule_ += findings; }
+
     // In the order of their places. The object is empty then.
     std::vector<CheckFinding> take();
 

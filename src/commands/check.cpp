@@ -102,10 +102,10 @@ std::string summary(const std::string& file, const Counts& counts) {
 
 Findings find(const CommandLine& line, const Choice& choice, VolumeReader* reader) {
     FactsGatherer gatherer(choice.with_samples);
-    while (const Item* item = reader->next())
-        if (const auto* record = std::get_if<DataRecord>(item);
-            record == nullptr || takes(line.selection, *record))
-            gatherer.take(*item);
+    while (const Item* item = reader->next()) {
+        const auto* record = std::get_if<DataRecord>(item);
+        gatherer.take(*item, record == nullptr || takes(line.selection, *record));
+    }
     const Facts facts = gatherer.finish(*reader);
     Findings findings([&line](const Subject& subject) { return takes(line.selection, subject); });
     for (const Rule* rule : choice.rules) {
@@ -142,9 +142,10 @@ ExitStatus write_check(const CommandLine& line) {
     if (line.has("--rules"))
         return list_rules();
     const Choice choice = choice_of(line);
-    return for_each_volume(line, [&](VolumeReader& reader, OrderedOutput::Part& out) {
-        return check(line, choice, &reader, &out);
-    });
+    return for_each_volume(
+        line,
+        [&](VolumeReader& reader, OrderedOutput::Part& out) { return check(line, choice, &reader, &out); },
+        {}, Framing::shown);
 }
 
 constexpr auto options = std::to_array<OptionRow>({

@@ -14,15 +14,15 @@ namespace quarry {
 
 namespace {
 
-VolumeReader reader_of(const std::string& name) {
-    return name == "-" ? VolumeReader::of_descriptor(STDIN_FILENO, "standard input")
-                       : VolumeReader::of_path(name);
+VolumeReader reader_of(const std::string& name, Framing framing) {
+    return name == "-" ? VolumeReader::of_descriptor(STDIN_FILENO, "standard input", framing)
+                       : VolumeReader::of_path(name, framing);
 }
 
 class VolumeLoop {
 public:
-    VolumeLoop(const CommandLine& line, const VolumeWork& work, std::string_view front)
-        : line_(line), work_(work), front_(front),
+    VolumeLoop(const CommandLine& line, const VolumeWork& work, std::string_view front, Framing framing)
+        : line_(line), work_(work), front_(front), framing_(framing),
           output_(STDOUT_FILENO, static_cast<std::size_t>(line.jobs), [this] { progress_.hide(); }),
           progress_(line.volumes) {}
 
@@ -68,7 +68,7 @@ private:
     }
 
     void treat(const std::string& name, OrderedOutput::Part& out) {
-        VolumeReader reader = reader_of(name);
+        VolumeReader reader = reader_of(name, framing_);
         const Progress::Volume shown(&progress_, out.number(), reader);
         const bool is_sound = work_(reader, out);
         if (reader.error().kind == ByteError::Kind::system)
@@ -91,6 +91,7 @@ private:
     const CommandLine& line_;
     const VolumeWork& work_;
     std::string_view front_;
+    Framing framing_;
     OrderedOutput output_;
     Progress progress_;
     std::mutex mutex_ = {};
@@ -100,8 +101,9 @@ private:
 
 } // namespace
 
-ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front) {
-    const ExitStatus status = VolumeLoop(line, work, front).run();
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front,
+                           Framing framing) {
+    const ExitStatus status = VolumeLoop(line, work, front, framing).run();
     return line.list_failed ? failed : status;
 }
 

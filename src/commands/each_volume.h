@@ -15,6 +15,7 @@ using VolumeWork = std::function<bool(VolumeReader& reader, OrderedOutput::Part&
 
 // Does it for each volume. Reports what cannot be read or holds no SEED, and goes on. `front` is written
 // before all the rest. Returns the command's exit status.
-ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front = {});
+ExitStatus for_each_volume(const CommandLine& line, const VolumeWork& work, std::string_view front = {},
+                           Framing framing = Framing::hidden);
 
 } // namespace quarry

@@ -27,7 +27,8 @@ void compare_with_next(const DataRecord& record, EpochData* data) {
         ++data->gaps;
     if (data->goes_on && late < -half_a_sample)
         ++data->overlaps;
-    data->next = record.start + std::llround(record.header.samples * 1e6 / record.rate);
+    constexpr double longest = 1e17; // microseconds: 3000 years
+    data->next = record.start + std::llround(std::min(record.header.samples * 1e6 / record.rate, longest));
     data->goes_on = true;
 }
 
@@ -120,6 +121,7 @@ void DataFound::add(const DataRecord& record) {
     if (epoch.data < 0) {
         epoch.data = std::ssize(data);
         data.push_back(EpochData{epoch.start, epoch.end, epoch.place});
+        data.back().offset = record.offset;
     }
     add_to(&data[static_cast<std::size_t>(epoch.data)], record);
 }
