@@ -28,6 +28,7 @@ GROWTH_GOAL = 1.5
 COMMAND_MEMORY_GOAL = 16  # MiB, and the size of the headers
 RECORD_GOAL = 1.2  # microseconds
 COVERAGE_GOAL = 0.4
+CHECK_GOAL = 3
 COVERAGE_MEMORY_GOAL = 64  # MiB
 THREADS_GOAL = 1.7
 
@@ -354,6 +355,25 @@ def measure_one_volume(bench, sizes, results):
     bench.remove("control")
 
 
+def measure_check(bench, sizes, results):
+    """quarry check beside quarry info, on continuous records; the volume has faults, so its status is 1."""
+    volume = bench.volume("checked", "data", size=512, records=sizes.data // 512, channels=60, described=1, samples=380)
+    check = [bench.quarry, "check"]
+    commands = {"info": [bench.quarry, "info", volume], "headers": check + ["--disable", "samples", volume],
+                "samples": check + [volume]}
+    rounds = [{name: bench.measure(command) for name, command in commands.items()} for _ in range(sizes.rounds)]
+    require(all(one["info"].status == 0 and one["headers"].status == 1 and one["samples"].status == 1
+                for one in rounds), "check: wrong status")
+    rows = [[what, f"{median([one[name].cpu / one['info'].cpu for one in rounds]):.2f}",
+             f"{max(one[name].peak for one in rounds):.1f}"]
+            for what, name in (("without samples", "headers"), ("with samples", "samples"))]
+    results["check"] = {what: float(ratio) for what, ratio, _ in rows}
+    print_table("quarry check, 512-byte records, against quarry info", ["work", "ratio", "goal", "", "peak MiB"],
+                [[rows[0][0], rows[0][1], CHECK_GOAL, mark(float(rows[0][1]), CHECK_GOAL), rows[0][2]],
+                 [rows[1][0], rows[1][1], "", "", rows[1][2]]])
+    bench.remove("checked")
+
+
 def measure_threads(bench, sizes, results):
     """Time that passes with two volumes in one thread and in two; on a busy machine it tells nothing."""
     volumes = [data_volume(bench, name, 512, sizes.data // 512) for name in ("data-512", "second-512")]
@@ -394,6 +414,7 @@ def measure_coverage(bench, sizes, results):
 def measure_commands(bench, sizes, results):
     measure_one_volume(bench, sizes, results)
     measure_coverage(bench, sizes, results)
+    measure_check(bench, sizes, results)
     measure_threads(bench, sizes, results)
 
 
