@@ -214,9 +214,9 @@ void check_right_angles(const Facts& facts, Findings* findings) {
              sensor.back().location != row.location ||
              sensor.back().channel.substr(0, 2) != row.channel.substr(0, 2)))
             sensor.clear();
-        for (const ChannelRow& other : sensor)
-            if (are_of_one_sensor(other, row))
-                check_right_angle(other, row, findings);
+        for (const ChannelRow& before : sensor)
+            if (are_of_one_sensor(before, row))
+                check_right_angle(before, row, findings);
         if (sensor.size() < most_epochs)
             sensor.push_back(row);
     });

@@ -116,29 +116,7 @@ bool agree(std::span<const double> one, std::span<const double> other) {
     return std::equal(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(common), other.begin(), is_same);
 }
 
-} // namespace
-
-std::size_t RecordGatherer::Hash::operator()(const Codes& codes) const {
-    return std::hash<std::string_view>()({codes.data(), codes.size()});
-}
-
-std::size_t RecordGatherer::index_of(const DataRecord& record) {
-    constexpr std::size_t codes_begin = 8;
-    Codes codes;
-    std::memcpy(codes.data(), record.bytes.data() + codes_begin, codes.size());
-    if (codes == last_codes_ && !channels_.empty())
-        return last_;
-    const auto [place, is_new] = index_.emplace(codes, channels_.size());
-    if (is_new) {
-        channels_.push_back({std::string(record.network), std::string(record.station),
-                             std::string(record.location), std::string(record.channel), place_of(record)});
-        lasts_.emplace_back();
-    }
-    last_codes_ = codes;
-    return last_ = place->second;
-}
-
-void RecordGatherer::add_header(const DataRecord& record, ChannelRecords* channel) {
+void add_header(const DataRecord& record, ChannelRecords* channel) {
     if (record.format && !is_known_encoding(record.format->encoding))
         note(channel, RecordFault::encoding_unknown, record, "encoding_format of blockette 1000 is ",
              record.format->encoding, ", which is not known");
@@ -147,7 +125,7 @@ void RecordGatherer::add_header(const DataRecord& record, ChannelRecords* channe
     check_flags(record, channel);
 }
 
-void RecordGatherer::add_samples(const DataRecord& record, ChannelRecords* channel, Last* last) {
+void add_samples(const DataRecord& record, ChannelRecords* channel, LastRecord* last) {
     const std::optional<Samples> samples = samples_of(record);
     std::vector<double> values = samples ? numbers_of(*samples) : std::vector<double>();
     if (samples && samples->missing > 0)
@@ -170,8 +148,6 @@ void RecordGatherer::add_samples(const DataRecord& record, ChannelRecords* chann
     last->values = std::move(values);
 }
 
-namespace {
-
 // Times of records are multiples of 0.1 ms: pairs are off by more than two of these.
 void add_pair(std::int64_t took, std::int64_t samples, const DataRecord& record, Pace* pace) {
     constexpr double ticks = 200;      // microseconds
@@ -193,6 +169,26 @@ void add_pair(std::int64_t took, std::int64_t samples, const DataRecord& record,
 
 } // namespace
 
+std::size_t RecordGatherer::Hash::operator()(const Codes& codes) const {
+    return std::hash<std::string_view>()({codes.data(), codes.size()});
+}
+
+std::size_t RecordGatherer::index_of(const DataRecord& record) {
+    constexpr std::size_t codes_begin = 8;
+    Codes codes;
+    std::memcpy(codes.data(), record.bytes.data() + codes_begin, codes.size());
+    if (codes == last_codes_ && !channels_.empty())
+        return last_;
+    const auto [place, is_new] = index_.emplace(codes, channels_.size());
+    if (is_new) {
+        channels_.push_back({std::string(record.network), std::string(record.station),
+                             std::string(record.location), std::string(record.channel), place_of(record)});
+        lasts_.emplace_back();
+    }
+    last_codes_ = codes;
+    return last_ = place->second;
+}
+
 std::vector<ChannelRecords> RecordGatherer::finish() && {
     std::sort(channels_.begin(), channels_.end(), precedes<ChannelRecords, ChannelRecords>);
     return std::move(channels_);
@@ -201,7 +197,7 @@ std::vector<ChannelRecords> RecordGatherer::finish() && {
 void RecordGatherer::add(const DataRecord& record) {
     const std::size_t index = index_of(record);
     ChannelRecords& channel = channels_[index];
-    Last& last = lasts_[index];
+    LastRecord& last = lasts_[index];
     add_header(record, &channel);
     if (record.rate > 0 && last.samples > 0 && last.rate == record.rate)
         add_pair(record.start - last.start, last.samples, record, &channel.pace);

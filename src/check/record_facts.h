@@ -59,6 +59,14 @@ bool precedes(const One& one, const Other& other) {
            std::tie(other.network, other.station, other.location, other.channel);
 }
 
+// The record before.
+struct LastRecord {
+    std::int64_t start = 0;
+    std::int64_t samples = 0; // 0 for none
+    double rate = 0;
+    std::vector<double> values = {};
+};
+
 class RecordGatherer {
 public:
     // Samples are decoded, or the faults that need them are not looked for.
@@ -70,25 +78,16 @@ public:
     std::vector<ChannelRecords> finish() &&;
 
 private:
-    // The record before.
-    struct Last {
-        std::int64_t start = 0;
-        std::int64_t samples = 0; // 0 for none
-        double rate = 0;
-        std::vector<double> values = {};
-    };
     using Codes = std::array<char, 12>; // as they stand in a record's header
     struct Hash {
         std::size_t operator()(const Codes& codes) const;
     };
 
     std::size_t index_of(const DataRecord& record);
-    void add_header(const DataRecord& record, ChannelRecords* channel);
-    void add_samples(const DataRecord& record, ChannelRecords* channel, Last* last);
 
     bool with_samples_;
     std::vector<ChannelRecords> channels_ = {};
-    std::vector<Last> lasts_ = {}; // of each
+    std::vector<LastRecord> lasts_ = {}; // of each
     std::unordered_map<Codes, std::size_t, Hash> index_ = {};
     Codes last_codes_ = {};
     std::size_t last_ = 0;

@@ -300,7 +300,7 @@ std::optional<double> product_of_gains(const ChannelEpoch& epoch, double frequen
 void check_sensitivity_value(const Facts& facts, double least, double most, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         const Sensitivity whole = sensitivity_of(epoch);
-        if (whole.gain == nullptr || !whole.gain->value || whole.gain->value == 0)
+        if (whole.gain == nullptr || whole.gain->value.value_or(0) == 0)
             return;
         const auto product = product_of_gains(epoch, whole.gain->frequency.value_or(0));
         if (!product || *product == 0)

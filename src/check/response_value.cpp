@@ -47,9 +47,9 @@ Complex polynomial(const std::vector<double>& coefficients, const Complex& point
 }
 
 std::vector<double> values_of(const std::vector<Coefficient>& coefficients) {
-    std::vector<double> values;
-    for (const Coefficient& one : coefficients)
-        values.push_back(one.value.value_or(0));
+    std::vector<double> values(coefficients.size());
+    std::transform(coefficients.begin(), coefficients.end(), values.begin(),
+                   [](const Coefficient& one) { return one.value.value_or(0); });
     return values;
 }
 
