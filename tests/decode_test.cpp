@@ -430,19 +430,16 @@ TEST(DecodeData, DamagedHeaders) {
     EXPECT_EQ(static_cast<void*>(seismic_data_ptr), bytes.data());
 }
 
-// README lists the formats in the order of their numbers: name, and code in blockette 1000.
-TEST(Identification, FormatsOfTheReadme) {
-    const std::string readme = content_of(QUARRY_README);
-    std::string rows;
+// quarry(1) lists the formats in the order of their numbers: name, and code in blockette 1000.
+TEST(Identification, FormatsOfThePage) {
+    std::string rows = "It Em name Ta Em code\n";
     for (int type = 1; type < seed_format_count; ++type) {
         const SeedFormat& format = seed_format_map[static_cast<std::size_t>(type)];
         EXPECT_EQ(sd_data_type(format.seed), type);
-        const std::string code = format.encoding < 0 ? "" : std::to_string(format.encoding) + " ";
-        rows += std::string("| ") + format.seed + " | " + code + "|\n";
+        const std::string code = format.encoding < 0 ? "" : " " + std::to_string(format.encoding);
+        rows += std::string(".It ") + format.seed + " Ta" + code + "\n";
     }
-    const std::size_t begin = readme.find("| --- |", readme.find("| format | code in blockette 1000 |"));
-    const std::size_t first = readme.find('\n', begin) + 1;
-    EXPECT_EQ(readme.substr(first, readme.find("\n\n", first) + 1 - first), rows);
+    EXPECT_NE(content_of(QUARRY_PAGE).find(rows + ".El"), std::string::npos) << rows;
 }
 
 // The last test that looks names up: the aliases are fetched once and kept.

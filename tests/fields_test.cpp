@@ -119,6 +119,8 @@ TEST(Fields, FaultsAreReportedWhereTheyStand) {
         {"surplus", 33, "0330011001STS~ tail"},
         {"long text", 34, "0340035001metres per second squared~~"},
         {"no numbers", 57, "0570051 1   20.0O00    1   1x          -        1.5"},
+        {"no times", 59, "05900372005,367~ unknown ~0001000000"},
+        {"blank time", 59, "0590027 1998~ ~0001000000"},
         {"not finite", 58, "05800350          nan      1E+999 0"},
         {"rows missing", 54, "0549999A010010029999" + row + row},
         {"row cut short", 54, "0549999A010010029999" + row + row.substr(0, 12)},

@@ -16,6 +16,7 @@ import jsonschema
 # The schema, and the commands whose lines it describes.
 COMMANDS = {
     "quarry-json": [["json", "--samples"], ["json", "--inventory"]],
+    "quarry-check": [["check", "--json"]],
     "quarry-coverage": [["coverage", "--json", "--gaps", "--days"]],
 }
 

@@ -2,6 +2,7 @@
 #include "damaged_volumes.h"
 #include "sample_encoders.h"
 #include "support.h"
+#include "test_volumes.h"
 
 #include "quarry/volume.h"
 
@@ -136,6 +137,10 @@ TEST(Volume, DataRecords) {
     std::string encodings;
     for (const int encoding : {11, 0, 5, 2, 30, 12, 14, 99, 11})
         encodings += record(512, encoding);
+    const std::string images = std::string(77, 't') + record(128) +
+                               VolumeBuilder(128).control('S', blockette(33, "001Image~")).bytes() + "text";
+    const std::string text = record({.data = images}, 512, 0);
+    const std::string broken = "Broken" + text.substr(6, 14) + "time" + text.substr(24);
     const std::string stations =
         VolumeBuilder(1024)
             .control('V', blockette(10, " 2.410" + std::string("~~~Quarry~Made up~")))
@@ -156,8 +161,13 @@ TEST(Volume, DataRecords) {
             {"lengths", record(4096) + record(128) + record(1 << 20) + record(256) + record(8192)},
             // The beginning of the next record, or the end of the input, makes the length.
             {"no length of their own", record(4096, -1) + headless + record(128) + headless + headless},
+            {"powers that are no length", record({.size_exponent = 6}, 256) +
+                                              record({.size_exponent = 21}, 512) +
+                                              record({.size_exponent = 200}, 512) + r512},
             {"garbage", noise(64) + r512 + noise(4096 + 128) + headless + record(256) + noise(5 << 18) +
                             r512 + noise(10) + record(128)},
+            {"images of records in a text", text + std::string(412, 'g') + r512 + broken + r512},
+            {"a cut record", r512.substr(0, 300) + r512 + r512},
             {"padding",
              std::string(512, ' ') + r512 + std::string(1 << 19, '\0') + r512 + r512 + std::string(100, ' ')},
             {"length by channel and time", stations + of_year(2004, true, 512, -1) +
@@ -380,13 +390,15 @@ TEST(Volume, OneDamagedByteCostsNoOtherRecord) {
 }
 
 TEST(Volume, EveryByteBelongsToOneItem) {
-    const std::string volume = demonstration_volume();
     const char* more = std::getenv("QUARRY_MUTATIONS");
-    const std::uint64_t rounds = more != nullptr ? std::stoull(more) : 3000;
-    for (std::uint64_t round = 0; round < rounds; ++round) {
-        Random random(round);
-        const std::string mutation = damaged(volume, &random);
-        ASSERT_TRUE(read(mutation).adds_up) << round;
+    const std::map<std::string, std::string> volumes = test_volumes();
+    const std::uint64_t rounds = (more != nullptr ? std::stoull(more) : 3000) / volumes.size();
+    for (const auto& [name, volume] : volumes) {
+        ASSERT_TRUE(read(volume).adds_up) << name;
+        for (std::uint64_t round = 0; round < rounds; ++round) {
+            Random random(round);
+            ASSERT_TRUE(read(damaged(volume, &random)).adds_up) << name << ' ' << round;
+        }
     }
 }
 

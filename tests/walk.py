@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compares the data records that quarry json finds with those of a walk of its own.
+"""Compares the data records that quarry json finds with those of a walk of its own, and its counts of bytes with the
+length of the volume.
 
 usage: walk.py QUARRY FOLDER...     (and the folder in QUARRY_VOLUMES, if it is set)
 
@@ -70,9 +71,12 @@ def walk(volume):
 
 
 def by_quarry(quarry, content):
-    run = subprocess.run([quarry, "json", "--kinds", "data", "-"], input=content, stdout=subprocess.PIPE, check=False)
-    records = [json.loads(line) for line in run.stdout.decode("utf-8").splitlines()]
-    return [(record["offset"], record["record_length"]) for record in records]
+    """Offsets and lengths of the data records, and the number of bytes of all kinds."""
+    command = [quarry, "json", "--kinds", "data,summary", "-"]
+    run = subprocess.run(command, input=content, stdout=subprocess.PIPE, check=False)
+    *records, summary = [json.loads(line) for line in run.stdout.decode("utf-8").splitlines()]
+    parts = ("header_bytes", "blockette_bytes", "padding_bytes", "data_bytes", "damaged_bytes")
+    return [(record["offset"], record["record_length"]) for record in records], sum(summary[part] for part in parts)
 
 
 def main():
@@ -81,12 +85,15 @@ def main():
         folders.append(os.environ["QUARRY_VOLUMES"])
     volumes = records = failures = 0
     for path in sorted(path for folder in folders for path in pathlib.Path(folder).iterdir()):
-        if path.name.startswith(("damaged", "README")):
-            continue
         content = path.read_bytes()
         plain = gzip.decompress(content) if content[:2] == b"\x1f\x8b" else content
+        found, size = by_quarry(quarry, content)
+        if size != len(plain):
+            failures += 1
+            print(f"{path}: {size} of {len(plain)} bytes")
+        if path.name.startswith(("damaged", "README")):
+            continue
         expected = walk(plain)
-        found = by_quarry(quarry, content)
         volumes += 1
         records += len(expected)
         if expected != found:

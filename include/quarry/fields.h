@@ -88,6 +88,7 @@ struct Field {
 
 enum class FieldFault : std::uint8_t {
     not_a_number, // the value is its text, or absent for a binary number that is not finite
+    not_a_time,   // nor blank; the value is its text
     cut_short,    // the blockette ends within the field; a number cut short is treated as not a number
     not_closed,   // a variable text that the blockette's end closes
     too_long,     // a variable text beyond its limit, kept whole
@@ -132,6 +133,10 @@ const Field* find_field(std::span<const Field> fields, std::string_view name);
 std::optional<std::int64_t> integer_field(std::span<const Field> fields, std::string_view name);
 std::optional<double> real_field(std::span<const Field> fields, std::string_view name);
 std::optional<std::string_view> text_field(std::span<const Field> fields, std::string_view name);
+
+// Microseconds since 1970 of the binary time of a data blockette, its fields `year` to `fract` and, if it has
+// one, `microsecond`; none without such fields and if they are not a time.
+std::optional<std::int64_t> binary_time_field(std::span<const Field> fields);
 
 // The rows of a group, each the run of its fields; the last is incomplete where the text ended within it. A
 // row that has a group of its own holds that group's rows too.

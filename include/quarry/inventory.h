@@ -347,7 +347,11 @@ struct Finding {
     bool operator==(const Finding&) const = default;
 };
 
+// The kind as a name ("key_defined_twice") and in words ("is defined twice"), what does not fit without its
+// places ("key 2 of 033 is defined twice"), and the whole finding as one line.
+std::string_view name_of(FindingKind kind);
 std::string_view describe(FindingKind kind);
+std::string what_is_wrong(const Finding& finding);
 std::string describe(const Finding& finding);
 
 struct Inventory {

@@ -48,7 +48,7 @@ enum class DamageKind : std::uint8_t {
     no_record,             // where a logical record should begin: these bytes were skipped
     input_ends,            // within a logical record
     sequence_number,       // of a logical record is not a number
-    record_length,         // that is declared does not lead to the next record; another one does
+    record_length,         // that is declared does not lead to the next record, or is not one of a record
     no_blockette,          // where a control blockette should begin: these bytes were skipped
     blockette_length,      // does not lead to the next blockette: these bytes were skipped
     blockette_cut,         // the rest of a control blockette is missing
@@ -241,6 +241,10 @@ public:
 
     const Totals& totals() const;
     const std::string& name() const;
+
+    // Bytes taken from the input so far: of a file, how far it has been read; compressed ones where it is
+    // compressed. May be called in any thread while the reader exists.
+    std::int64_t input_bytes() const;
 
 private:
     class [[gnu::visibility("hidden")]] Reading;

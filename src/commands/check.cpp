@@ -70,7 +70,7 @@ void write_line(const std::string& file, const CheckFinding& finding, Severity s
 void write_json(const std::string& file, const CheckFinding& finding, Severity severity, std::string* out) {
     JsonWriter json(out);
     json.begin_object();
-    json.field("kind", "finding");
+    json.field("kind", "check");
     json.key("file");
     json.utf8_value(file);
     json.field("offset", finding.place.offset);

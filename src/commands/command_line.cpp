@@ -21,7 +21,8 @@ constexpr auto common_options = std::to_array<OptionRow>({
     {"--station", "CODES", "only these stations"},
     {"--location", "CODES", "only these locations; -- is the blank one"},
     {"--channel", "CODES", "only these channels"},
-    {"--from", "TIME", "only what ends at this time or later: 2010-02-27T06:50:00 or 2010,058,06:50:00"},
+    {"--from", "TIME",
+     "only what ends at this time or later: 2010-02-27T06:50:00 (or with +01:00), 2010-058, 2010,058,06:50"},
     {"--to", "TIME", "only what begins before this time"},
     {"--jobs", "N", "so many threads, each over a volume; 0: one for each processor"},
 });
@@ -145,7 +146,10 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
         return failed;
     }
     take_volumes(names, line);
-    return std::nullopt;
+    if (names.empty() || !line->volumes.empty() || line->list_failed)
+        return std::nullopt;
+    report_trouble(line->command, "no VOLUME is named");
+    return failed;
 }
 
 } // namespace quarry

@@ -63,13 +63,13 @@ private:
                 out.drop_unfinished_line();
                 raise(failed, line_.volumes[i] + ": " + error.what());
             }
-            progress_.finish(i);
         }
         output_.help(line_.volumes.size());
     }
 
     void treat(const std::string& name, OrderedOutput::Part& out) {
         VolumeReader reader = reader_of(name, framing_);
+        const Progress::Volume shown(&progress_, out.number(), reader);
         const bool is_sound = work_(reader, out);
         if (reader.error().kind == ByteError::Kind::system)
             raise(failed, name + ": " + describe(reader.error()));

@@ -23,7 +23,8 @@ constexpr unsigned bit(Kind kind) {
 }
 constexpr unsigned as_written =
     bit(volume_kind) | bit(blockette_kind) | bit(data_kind) | bit(damage_kind) | bit(summary_kind);
-constexpr unsigned assembled = (as_written & ~bit(blockette_kind)) | bit(station_kind) | bit(channel_kind);
+constexpr unsigned assembled =
+    (as_written & ~bit(blockette_kind)) | bit(station_kind) | bit(channel_kind) | bit(finding_kind);
 
 // The kinds of a comma list as bits, the usual ones for an empty list; 0 if it names one that is unknown.
 unsigned kinds_of(std::string_view list, unsigned usual) {
@@ -45,13 +46,16 @@ bool may_precede_header(const Item* item) {
     return blockette != nullptr && blockette->letter == 'V' && !is_volume_header(blockette->type);
 }
 
+Place place_of(const ControlBlockette& blockette) {
+    return {blockette.type, blockette.offset, blockette.logical_record};
+}
+
 // What the item says of the volume, if it is its header.
 VolumeHeader header_of(const Item* item) {
     const auto* blockette = item != nullptr ? std::get_if<ControlBlockette>(item) : nullptr;
     if (blockette == nullptr || !is_volume_header(blockette->type))
         return {};
-    return read_volume_header({blockette->type, blockette->offset, blockette->logical_record},
-                              decode_blockette(blockette->type, blockette->text));
+    return read_volume_header(place_of(*blockette), decode_blockette(blockette->type, blockette->text));
 }
 
 // --- one volume ----------------------------------------------------------------------------------------
@@ -84,7 +88,9 @@ private:
         if (options().shows(volume_kind)) {
             std::string text;
             JsonLines line(options(), &text);
-            write_volume(header_of(item), &line);
+            const VolumeHeader header = header_of(item);
+            write_volume(header, &line);
+            first_header_ = header.place.blockette != 0 ? header.place.offset : -1;
             out_.text().insert(front, text);
         }
         return item;
@@ -99,7 +105,7 @@ private:
 
     const JsonOptions& options() const { return shared_->options; }
     std::int64_t damages() const { return shared_->damages; }
-    bool assembles() const { return options().shows(station_kind) || options().shows(channel_kind); }
+    bool assembles() const { return (options().kinds & (assembled & ~as_written)) != 0; }
 
     void take(const LogicalHeader&) {}
     void take(const Padding&) {}
@@ -138,12 +144,20 @@ private:
     void take(const ControlBlockette& blockette) {
         give_batch();
         decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
+        if (is_volume_header(blockette.type) && blockette.offset != first_header_)
+            write_further_volume(blockette);
         if (takes_blockette(blockette))
             lines_.blockette(blockette, fields_);
         for (const FieldProblem& problem : fields_.problems)
             take(damage_of(reader_.name(), blockette, problem));
         if (assembles())
             builder_.add(blockette, fields_);
+    }
+
+    // Of several that were joined to one input.
+    void write_further_volume(const ControlBlockette& blockette) {
+        if (options().shows(volume_kind))
+            write_volume(read_volume_header(place_of(blockette), fields_), &lines_);
     }
 
     // --- data records
@@ -191,6 +205,8 @@ private:
             write_stations(contents, selection_, &lines_, settle);
         if (options().shows(channel_kind))
             write_channels(contents, selection_, &lines_, settle);
+        if (options().shows(finding_kind))
+            write_findings(contents, &lines_, settle);
     }
 
     void write_summary() {
@@ -228,6 +244,7 @@ private:
     ContentsBuilder builder_{Responses::all};
     bool station_taken_ = true;
     bool channel_taken_ = true;
+    std::int64_t first_header_ = -1; // offset of the header that the first line is about; -1 without one
     std::int64_t records_ = 0;
     std::int64_t samples_ = 0;
 };
@@ -235,8 +252,9 @@ private:
 ExitStatus write_json(const CommandLine& line) {
     const unsigned kinds = kinds_of(line.value("--kinds"), line.has("--inventory") ? assembled : as_written);
     if (kinds == 0) {
-        report_trouble(line.command,
-                       "--kinds: volume, blockette, data, damage, summary, station, channel are known");
+        report_trouble(
+            line.command,
+            "--kinds: volume, blockette, data, damage, summary, station, channel, finding are known");
         return failed;
     }
     return for_each_volume(line, [&](VolumeReader& reader, OrderedOutput::Part& out) {
@@ -246,8 +264,8 @@ ExitStatus write_json(const CommandLine& line) {
 
 constexpr auto options = std::to_array<OptionRow>({
     {"--kinds", "LIST",
-     "only these kinds of objects: volume, blockette, data, damage, summary, station, channel"},
-    {"--inventory", nullptr, "assembled stations and channels instead of blockettes"},
+     "only these kinds of objects: volume, blockette, data, damage, summary, station, channel, finding"},
+    {"--inventory", nullptr, "assembled stations and channels, and findings, instead of blockettes"},
     {"--samples", nullptr, "data objects with their samples"},
 });
 

@@ -266,7 +266,10 @@ private:
 } // namespace
 
 void write_volume(const VolumeHeader& header, JsonLines* lines) {
-    JsonWriter& json = lines->begin(volume_kind);
+    const bool has_header = header.place.blockette != 0;
+    JsonWriter& json = has_header
+                           ? lines->begin(volume_kind, header.place.offset, header.place.logical_record)
+                           : lines->begin(volume_kind);
     add(&json, "version", header.version);
     add_length(&json, "record_length", header.record_length);
     add(&json, "start", header.start);
@@ -309,6 +312,29 @@ void write_channels(const Contents& contents, const Selection& selection, JsonLi
         lines->end();
         settle();
     });
+}
+
+void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& settle) {
+    for (const Finding& finding : contents.inventory.findings) {
+        JsonWriter& json = lines->begin(finding_kind, finding.place.offset, finding.place.logical_record);
+        json.field("finding", name_of(finding.kind));
+        json.field("blockette", finding.place.blockette);
+        if (finding.dictionary != 0) {
+            json.field("dictionary", finding.dictionary);
+            json.field("key", finding.key);
+        }
+        add(&json, "field", finding.field);
+        if (finding.kind == FindingKind::key_defined_twice)
+            json.field("is_changed", finding.is_changed);
+        if (finding.other.blockette != 0) {
+            json.field("other_offset", finding.other.offset);
+            json.field("other_logical_record", finding.other.logical_record);
+            json.field("other_blockette", finding.other.blockette);
+        }
+        json.field("text", std::string_view(what_is_wrong(finding)));
+        lines->end();
+        settle();
+    }
 }
 
 } // namespace quarry

@@ -16,6 +16,7 @@ void write_volume(const VolumeHeader& header, JsonLines* lines);
 // `settle` is called after each line.
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle);
+void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& settle);
 void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
                     const std::function<void()>& settle);
 

@@ -129,6 +129,7 @@ void JsonLines::write_blockette(int type, std::size_t length, const Fields& fiel
 }
 
 void JsonLines::write_fields(std::span<const Field> fields) {
+    const std::span<const Field> all = fields;
     while (!fields.empty()) {
         const FieldSpec& spec = *fields[0].spec;
         std::size_t used = 1;
@@ -136,6 +137,8 @@ void JsonLines::write_fields(std::span<const Field> fields) {
             used = write_values(fields);
         else
             write_field(fields[0]);
+        if (spec.name == "fract") // the last of a binary time
+            write_binary_time(all);
         if (spec.repeats > 0) {
             const GroupRows rows = rows_at(fields);
             write_group(spec, rows);
@@ -156,6 +159,11 @@ void JsonLines::write_field(const Field& field) {
         json_.key(std::string(field.spec->name) + "_iso");
         json_.value(IsoTime(*time).text());
     }
+}
+
+void JsonLines::write_binary_time(std::span<const Field> fields) {
+    if (const auto time = binary_time_field(fields))
+        json_.field("time_iso", IsoTime(*time).text());
 }
 
 void JsonLines::write_value(const Field& field) {

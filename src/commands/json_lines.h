@@ -19,10 +19,11 @@ enum Kind : unsigned {
     damage_kind,
     summary_kind,
     station_kind,
-    channel_kind
+    channel_kind,
+    finding_kind
 };
-inline constexpr std::array<std::string_view, 7> kind_names{"volume",  "blockette", "data",   "damage",
-                                                            "summary", "station",   "channel"};
+inline constexpr std::array<std::string_view, 8> kind_names{"volume",  "blockette", "data",    "damage",
+                                                            "summary", "station",   "channel", "finding"};
 
 struct JsonOptions {
     unsigned kinds; // bits
@@ -58,6 +59,7 @@ private:
     void write_blockette(int type, std::size_t length, const Fields& fields);
     void write_fields(std::span<const Field> fields);
     void write_field(const Field& field);
+    void write_binary_time(std::span<const Field> fields);
     void write_value(const Field& field);
     std::size_t write_values(std::span<const Field> fields);
     void write_group(const FieldSpec& count, const GroupRows& rows);

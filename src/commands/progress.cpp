@@ -1,5 +1,6 @@
 #include "commands/progress.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <sys/stat.h>
@@ -13,18 +14,22 @@ constexpr auto patience = std::chrono::seconds(2);
 constexpr auto interval = std::chrono::milliseconds(500);
 constexpr double megabyte = 1e6;
 
-std::int64_t size_of(const std::string& name) {
+std::optional<std::int64_t> size_of(const std::string& name) {
     struct stat status {};
-    return stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
+    const int result = name == "-" ? fstat(STDIN_FILENO, &status) : stat(name.c_str(), &status);
+    return result == 0 && S_ISREG(status.st_mode) ? std::optional<std::int64_t>(status.st_size)
+                                                  : std::nullopt;
 }
 
 } // namespace
 
-Progress::Progress(const std::vector<std::string>& volumes) {
+Progress::Progress(const std::vector<std::string>& volumes) : volumes_(volumes.size()) {
     if (isatty(STDERR_FILENO) != 1)
         return;
-    for (const std::string& name : volumes)
-        all_bytes_ += sizes_.emplace_back(size_of(name));
+    for (const std::string& name : volumes) {
+        const std::optional<std::int64_t> size = sizes_.emplace_back(size_of(name));
+        all_bytes_ = all_bytes_ && size ? std::optional(*all_bytes_ + *size) : std::nullopt;
+    }
     thread_ = std::jthread([this](const std::stop_token& stop) { show_now_and_then(stop); });
 }
 
@@ -36,10 +41,18 @@ Progress::~Progress() {
     hide();
 }
 
-void Progress::finish(std::size_t volume) {
-    const std::lock_guard lock(mutex_);
-    ++done_;
-    done_bytes_ += volume < sizes_.size() ? sizes_[volume] : 0;
+Progress::Volume::Volume(Progress* progress, std::size_t number, const VolumeReader& reader)
+    : progress_(*progress), number_(number), reader_(reader) {
+    const std::lock_guard lock(progress_.mutex_);
+    progress_.readers_.insert(&reader_);
+}
+
+Progress::Volume::~Volume() {
+    const std::lock_guard lock(progress_.mutex_);
+    progress_.readers_.erase(&reader_);
+    ++progress_.done_;
+    const bool has_size = number_ < progress_.sizes_.size() && progress_.sizes_[number_];
+    progress_.done_bytes_ += has_size ? *progress_.sizes_[number_] : reader_.input_bytes();
 }
 
 void Progress::hide() {
@@ -58,13 +71,31 @@ void Progress::show_now_and_then(const std::stop_token& stop) {
         show(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
 }
 
+double Progress::bytes_read() const {
+    std::int64_t bytes = done_bytes_;
+    for (const VolumeReader* reader : readers_)
+        bytes += reader->input_bytes();
+    return static_cast<double>(bytes);
+}
+
+// The speed is mostly that of the last seconds: volumes differ in it. Of what has no size, such as a pipe,
+// nobody knows how long it takes.
 void Progress::show(double seconds) {
-    const double speed = static_cast<double>(done_bytes_) / seconds;
-    std::fprintf(stderr, "\r\33[K%zu of %zu volumes, %.0f of %.0f MB, %.1f MB/s", done_, sizes_.size(),
-                 static_cast<double>(done_bytes_) / megabyte, static_cast<double>(all_bytes_) / megabyte,
-                 speed / megabyte);
-    if (speed > 0)
-        std::fprintf(stderr, ", %.0f s left", static_cast<double>(all_bytes_ - done_bytes_) / speed);
+    constexpr double newest = 0.2;
+    const double bytes = bytes_read();
+    const double all = static_cast<double>(all_bytes_.value_or(0));
+    const double speed = (bytes - shown_bytes_) / (seconds - shown_seconds_);
+    speed_ = is_first_ ? speed : (1 - newest) * speed_ + newest * speed;
+    is_first_ = false;
+    shown_bytes_ = bytes;
+    shown_seconds_ = seconds;
+    std::fprintf(stderr, "\r\33[K%zu of %zu %s, %.0f", done_, volumes_, volumes_ == 1 ? "volume" : "volumes",
+                 bytes / megabyte);
+    if (all_bytes_)
+        std::fprintf(stderr, " of %.0f", all / megabyte);
+    std::fprintf(stderr, " MB, %.1f MB/s", speed_ / megabyte);
+    if (all_bytes_ && speed_ > 0)
+        std::fprintf(stderr, ", %.0f s left", std::max(0.0, all - bytes) / speed_);
     std::fflush(stderr);
     is_shown_ = true;
 }

@@ -1,44 +1,102 @@
 #include "commands/selection.h"
 
+#include "platform/calendar.h"
 #include "quarry/time.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <chrono>
 #include <fnmatch.h>
+#include <span>
 
 namespace quarry {
 
 namespace {
 
-// A number of that many digits at the place; -1 if it is not there.
-int digits_at(std::string_view text, std::size_t at, std::size_t count) {
-    int value = -1;
-    if (text.size() < at + count)
-        return value;
-    const auto result = std::from_chars(text.data() + at, text.data() + at + count, value);
-    return result.ptr == text.data() + at + count && value >= 0 ? value : -1;
+// --- times ---------------------------------------------------------------------------------------------
+
+// Parts of a time, each with its letter in the forms below; J is the day of the year.
+struct Parts {
+    int Y = 0, M = 1, D = 1, J = -1, h = 0, m = 0, s = 0;
+
+    int* of(char letter) {
+        constexpr std::array members{&Parts::Y, &Parts::M, &Parts::D, &Parts::J,
+                                     &Parts::h, &Parts::m, &Parts::s};
+        const std::size_t place = std::string_view("YMDJhms").find(letter);
+        return place < members.size() ? &(this->*members[place]) : nullptr;
+    }
+};
+
+using Forms = std::span<const std::string_view>;
+constexpr std::array<std::string_view, 6> dates{"YYYY",     "YYYY-MM",  "YYYY-MM-DD",
+                                                "YYYY-JJJ", "YYYYMMDD", "YYYYJJJ"};
+constexpr std::array<std::string_view, 5> times{"hh", "hh:mm", "hh:mm:ss", "hhmm", "hhmmss"};
+constexpr std::array<std::string_view, 3> offsets{"hh", "hh:mm", "hhmm"};
+
+bool reads_as(std::string_view form, std::string_view text, Parts* parts) {
+    if (text.size() != form.size())
+        return false;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        int* part = parts->of(form[i]);
+        const bool is_digit = text[i] >= '0' && text[i] <= '9';
+        if (part != nullptr ? !is_digit : text[i] != form[i])
+            return false;
+        if (part != nullptr)
+            *part = (i > 0 && form[i - 1] == form[i] ? *part * 10 : 0) + (text[i] - '0');
+    }
+    return true;
 }
 
-// Year, month and day of ISO 8601 as the day of the year that SEED counts by: "2010-02-27" is "2010,058". A
-// missing month or day is the first.
-std::optional<std::string> seed_day(std::string_view date) {
+// Reads the text by the first form that it has; false if it has none.
+bool read_parts(Forms forms, std::string_view text, Parts* parts) {
+    return std::any_of(forms.begin(), forms.end(), [=](std::string_view form) {
+        Parts read = *parts;
+        const bool has_form = reads_as(form, text, &read);
+        *parts = has_form ? read : *parts;
+        return has_form;
+    });
+}
+
+bool is_time_of_day(const Parts& parts) {
+    return parts.h <= 23 && parts.m <= 59 && parts.s <= 60;
+}
+
+// 0 for a date that does not exist.
+int day_of_year(const Parts& parts) {
     using namespace std::chrono;
-    const bool has_month = date.size() >= 7 && date[4] == '-';
-    const bool has_day = date.size() == 10 && date[7] == '-';
-    if (date.size() != 4 && !(date.size() == 7 && has_month) && !(has_month && has_day))
+    const year of(parts.Y);
+    if (parts.J >= 0)
+        return parts.J <= (of.is_leap() ? 366 : 365) ? parts.J : 0;
+    const year_month_day date{of, month(static_cast<unsigned>(parts.M)), day(static_cast<unsigned>(parts.D))};
+    return date.ok() ? static_cast<int>((sys_days(date) - sys_days(of / January / 1)).count()) + 1 : 0;
+}
+
+// Seconds that the local time is ahead: "Z", "+01:00" or nothing.
+std::optional<int> offset_of(std::string_view zone) {
+    Parts parts;
+    if (zone.empty() || zone == "Z")
+        return 0;
+    if (!read_parts(offsets, zone.substr(1), &parts) || !is_time_of_day(parts))
         return std::nullopt;
-    const int year_number = digits_at(date, 0, 4);
-    const int month_number = has_month ? digits_at(date, 5, 2) : 1;
-    const int day_number = has_day ? digits_at(date, 8, 2) : 1;
-    if (year_number < 0 || month_number < 0 || day_number < 0)
+    const int seconds = parts.h * 3600 + parts.m * 60;
+    return zone.front() == '-' ? -seconds : seconds;
+}
+
+// Microseconds of the digits behind the point; those beyond the sixth are cut off.
+std::optional<int> fraction_of(std::string_view digits) {
+    int value = 0;
+    if (digits.find_first_not_of("0123456789") != std::string_view::npos)
         return std::nullopt;
-    const year_month_day day_of_month{year(year_number), month(static_cast<unsigned>(month_number)),
-                                      day(static_cast<unsigned>(day_number))};
-    if (!day_of_month.ok())
-        return std::nullopt;
-    const auto of_year = sys_days(day_of_month) - sys_days(year(year_number) / January / 1) + days(1);
-    return std::string(date.substr(0, 4)) + "," + std::to_string(of_year.count());
+    for (std::size_t i = 0; i < 6; ++i)
+        value = value * 10 + (i < digits.size() ? digits[i] - '0' : 0);
+    return value;
+}
+
+std::string_view cut_off(std::string_view* text, std::string_view marks) {
+    const std::size_t place = std::min(text->find_first_of(marks), text->size());
+    const std::string_view rest = text->substr(place);
+    *text = text->substr(0, place);
+    return rest;
 }
 
 } // namespace
@@ -59,18 +117,24 @@ bool Codes::is_matched(std::string_view code) const {
 }
 
 std::optional<std::int64_t> time_argument(std::string_view text) {
-    if (text.empty())
-        return std::nullopt;
     if (text.find(',') != std::string_view::npos)
         return microseconds_of(text);
-    if (text.ends_with('Z'))
-        text.remove_suffix(1);
-    const std::size_t separator = std::min(text.find_first_of("T "), text.size());
-    const std::optional<std::string> day = seed_day(text.substr(0, separator));
-    if (!day)
+    Parts parts;
+    std::string_view time = cut_off(&text, "T ");
+    const std::optional<int> offset = offset_of(cut_off(&time, "Z+-"));
+    const std::string_view fraction = cut_off(&time, ".");
+    const std::optional<int> microseconds =
+        fraction_of(fraction.substr(std::min<std::size_t>(1, fraction.size())));
+    const bool has_time = !time.empty();
+    if (!read_parts(dates, text, &parts) || (has_time && !read_parts(times, time.substr(1), &parts)))
         return std::nullopt;
-    const std::string_view time = text.substr(std::min(separator + 1, text.size()));
-    return microseconds_of(time.empty() ? *day : *day + "," + std::string(time));
+    const int day = day_of_year(parts);
+    const bool may_have_fraction = time.size() > std::string_view("Thh:mm").size();
+    if (day == 0 || !is_time_of_day(parts) || !offset || !microseconds ||
+        (!fraction.empty() && !may_have_fraction))
+        return std::nullopt;
+    return (seconds_since_1970(parts.Y, day, parts.h, parts.m, parts.s) - *offset) * 1'000'000 +
+           *microseconds;
 }
 
 } // namespace quarry

@@ -46,8 +46,9 @@ struct Selection {
     bool takes_span(std::int64_t first, std::int64_t last) const { return last >= from && first < to; }
 };
 
-// Microseconds since 1970 of a time as a user writes it: ISO 8601 (2010-02-27T06:50:00.5Z), as SEED writes it
-// (2010,058,06:50:00.5), or either shortened from the right; none for another text.
+// Microseconds since 1970 of a time as a user writes it: ISO 8601 (2010-02-27T06:50:00.5Z,
+// 2010-058T07:50+01:00, 20100227T065000), as SEED writes it (2010,058,06:50:00.5), or either shortened from
+// the right; none for another text. Without an offset it is UTC.
 std::optional<std::int64_t> time_argument(std::string_view text);
 
 } // namespace quarry

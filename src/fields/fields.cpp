@@ -1,9 +1,12 @@
 #include "quarry/fields.h"
 
 #include "platform/bytes.h"
+#include "platform/calendar.h"
 #include "platform/text.h"
+#include "quarry/time.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace quarry {
@@ -72,6 +75,11 @@ bool is_at_fault(const Field& field) {
     const FieldKind kind = field.spec->kind;
     return !is_number(field.value) &&
            (is_binary_number(kind) || (is_character_number(kind) && field.value != FieldValue()));
+}
+
+bool is_no_time(const Field& field) {
+    return field.spec->kind == FieldKind::time && field.value != FieldValue(std::string_view()) &&
+           !microseconds_of(field.raw);
 }
 
 bool is_closed(FieldKind kind) {
@@ -144,6 +152,8 @@ private:
             report(field, FieldFault::not_closed);
         if (field.spec->width > 0 && field.raw.size() > field.spec->width)
             report(field, FieldFault::too_long);
+        if (is_no_time(field))
+            report(field, FieldFault::not_a_time);
     }
 
     void read_group(std::span<const FieldSpec> members) {
@@ -189,6 +199,8 @@ std::string_view describe(FieldFault fault) {
     switch (fault) {
     case FieldFault::not_a_number:
         return "is not a number";
+    case FieldFault::not_a_time:
+        return "is not a time";
     case FieldFault::cut_short:
         return "is cut short by the blockette's end";
     case FieldFault::not_closed:
@@ -255,6 +267,29 @@ std::optional<double> real_field(std::span<const Field> fields, std::string_view
 
 std::optional<std::string_view> text_field(std::span<const Field> fields, std::string_view name) {
     return value_as<std::string_view>(find_field(fields, name));
+}
+
+std::optional<std::int64_t> binary_time_field(std::span<const Field> fields) {
+    struct Part {
+        std::string_view name;
+        int least, largest;
+    };
+    constexpr std::array<Part, 6> parts{{{"year", 0, 9999},
+                                         {"day", 1, 366},
+                                         {"hour", 0, 23},
+                                         {"min", 0, 59},
+                                         {"sec", 0, 60},
+                                         {"fract", 0, 9999}}};
+    std::array<int, parts.size()> values{};
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const auto value = integer_field(fields, parts[i].name);
+        if (!value || *value < parts[i].least || *value > parts[i].largest)
+            return std::nullopt;
+        values[i] = static_cast<int>(*value);
+    }
+    const auto [year, day, hour, minute, second, fraction] = values;
+    return seconds_since_1970(year, day, hour, minute, second) * 1'000'000 + std::int64_t{fraction} * 100 +
+           integer_field(fields, "microsecond").value_or(0);
 }
 
 GroupRows rows_at(std::span<const Field> fields) {

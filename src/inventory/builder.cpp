@@ -58,16 +58,16 @@ void sort_by_start(std::vector<Epoch>* epochs) {
 
 } // namespace
 
-void InventoryBuilder::add(const ControlBlockette& blockette, const Fields& fields) {
+void InventoryBuilder::add(const ControlBlockette& blockette, const Fields& fields, bool keeps_response) {
     const Place place{blockette.type, blockette.offset, blockette.logical_record};
     const int type = blockette.type;
     std::shared_ptr<Response> before = last_;
     if (is_volume_header(type))
         add_volume(place, fields);
     else if (is_dictionary_response(type))
-        add_definition(place, fields);
+        add_definition(place, fields, keeps_response);
     else if (is_response(type))
-        add_response(place, fields);
+        add_response(place, fields, keeps_response);
     else if (type == 50)
         add_station(place, fields);
     else if (type == 52)
@@ -135,19 +135,20 @@ bool InventoryBuilder::continues(const Response& response, const Fields& fields)
            last_text_ != fields.text;
 }
 
-void InventoryBuilder::add_definition(const Place& place, const Fields& fields) {
+void InventoryBuilder::add_definition(const Place& place, const Fields& fields, bool is_kept) {
     Response response = read_response(place, fields);
     if (continues(response, fields)) {
         join(response, last_.get());
     } else {
         last_ = std::make_shared<Response>(std::move(response));
-        inventory_.dictionary.responses.push_back(last_);
+        if (is_kept)
+            inventory_.dictionary.responses.push_back(last_);
     }
     last_stage_ = std::nullopt;
     last_text_ = fields.text;
 }
 
-void InventoryBuilder::add_response(const Place& place, const Fields& fields) {
+void InventoryBuilder::add_response(const Place& place, const Fields& fields, bool is_kept) {
     if (channel_ == nullptr)
         return report_orphan(FindingKind::no_channel, place);
     Response response = read_response(place, fields);
@@ -156,7 +157,8 @@ void InventoryBuilder::add_response(const Place& place, const Fields& fields) {
         join(response, last_.get());
     } else {
         last_ = std::make_shared<Response>(std::move(response));
-        stage(number)->responses.push_back({place, std::nullopt, last_});
+        if (is_kept)
+            stage(number)->responses.push_back({place, std::nullopt, last_});
     }
     last_stage_ = number;
     last_text_ = fields.text;

@@ -22,8 +22,9 @@ constexpr bool is_volume_header(int type) {
 
 class InventoryBuilder {
 public:
-    // Takes a blockette of any type with its decoded fields. What it keeps is copied.
-    void add(const ControlBlockette& blockette, const Fields& fields);
+    // Takes a blockette of any type with its decoded fields. What it keeps is copied. A response need not be
+    // kept: then it only counts for the findings.
+    void add(const ControlBlockette& blockette, const Fields& fields, bool keeps_response = true);
 
     // The channel that blockettes now belong to, null without one; valid until the next call.
     const ChannelEpoch* current_channel() const { return channel_; }
@@ -36,8 +37,8 @@ private:
     void add_station(const Place& place, const Fields& fields);
     void add_channel(const Place& place, const Fields& fields);
     void add_comment(const Place& place, const Fields& fields);
-    void add_response(const Place& place, const Fields& fields);
-    void add_definition(const Place& place, const Fields& fields);
+    void add_response(const Place& place, const Fields& fields, bool is_kept);
+    void add_definition(const Place& place, const Fields& fields, bool is_kept);
     void add_reference(const Place& place, const Fields& fields);
     bool continues(const Response& response, const Fields& fields) const;
     Station* current_station();

@@ -84,9 +84,7 @@ bool ContentsBuilder::is_needless(const Fields& fields) const {
 
 void ContentsBuilder::add(const ControlBlockette& blockette, const Fields& fields) {
     using Limits = std::numeric_limits<std::int64_t>;
-    if (is_needless(fields))
-        return;
-    builder_.add(blockette, fields);
+    builder_.add(blockette, fields, !is_needless(fields));
     if (is_volume_header(blockette.type) || blockette.type == 50) {
         network_ = text_value(fields.fields, "network_code");
         station_ = text_value(fields.fields, "station_call_letters");

@@ -39,7 +39,7 @@ void for_each_row(const Contents& contents, const std::function<void(const Chann
 // Which part of the responses is kept: they are most of the headers of many volumes.
 enum class Responses : std::uint8_t {
     all,
-    sensitivity // gains of stage 0; the inventory's findings about keys are then incomplete
+    sensitivity // gains of stage 0; the findings are those of all responses
 };
 
 class ContentsBuilder {

@@ -8,16 +8,20 @@ namespace quarry {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> kind_texts{
-    "is defined twice",
-    "is not defined",
-    "is not used",
-    "overlaps another epoch of the station",
-    "overlaps another epoch of the channel",
-    "follows no station",
-    "follows no channel",
+struct KindRow {
+    std::string_view name;
+    std::string_view text;
 };
-static_assert(kind_texts.size() == static_cast<std::size_t>(FindingKind::no_channel) + 1);
+constexpr std::array kinds{
+    KindRow{"key_defined_twice", "is defined twice"},
+    KindRow{"key_not_defined", "is not defined"},
+    KindRow{"key_not_used", "is not used"},
+    KindRow{"station_epochs_overlap", "overlaps another epoch of the station"},
+    KindRow{"channel_epochs_overlap", "overlaps another epoch of the channel"},
+    KindRow{"no_station", "follows no station"},
+    KindRow{"no_channel", "follows no channel"},
+};
+static_assert(kinds.size() == static_cast<std::size_t>(FindingKind::no_channel) + 1);
 
 std::string in_words(const Place& place) {
     return "blockette " + three_digits(place.blockette) + " at byte " + std::to_string(place.offset);
@@ -25,12 +29,16 @@ std::string in_words(const Place& place) {
 
 } // namespace
 
-std::string_view describe(FindingKind kind) {
-    return kind_texts[static_cast<std::size_t>(kind)];
+std::string_view name_of(FindingKind kind) {
+    return kinds[static_cast<std::size_t>(kind)].name;
 }
 
-std::string describe(const Finding& finding) {
-    std::string text = in_words(finding.place) + ": ";
+std::string_view describe(FindingKind kind) {
+    return kinds[static_cast<std::size_t>(kind)].text;
+}
+
+std::string what_is_wrong(const Finding& finding) {
+    std::string text;
     if (finding.dictionary != 0)
         text += "key " + std::to_string(finding.key) + " of " + three_digits(finding.dictionary) + " ";
     text += describe(finding.kind);
@@ -38,6 +46,11 @@ std::string describe(const Finding& finding) {
         text += " (" + std::string(finding.field) + ")";
     if (finding.is_changed)
         text += " with another content";
+    return text;
+}
+
+std::string describe(const Finding& finding) {
+    const std::string text = in_words(finding.place) + ": " + what_is_wrong(finding);
     return finding.other.blockette != 0 ? text + ", see " + in_words(finding.other) : text;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/decompressor.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <new>
@@ -125,6 +126,10 @@ bool ByteSource::would_wait() const {
     return poll(&readable, 1, 0) == 0;
 }
 
+std::int64_t ByteSource::input_bytes() const {
+    return std::atomic_ref(input_bytes_).load(std::memory_order_relaxed);
+}
+
 const char* ByteSource::compression() const {
     return compression_ == nullptr ? nullptr : compression_->name;
 }
@@ -162,6 +167,8 @@ ssize_t ByteSource::read_input(std::span<char> out) {
     const ssize_t count = read_descriptor(descriptor_.number, out);
     if (count < 0)
         error_ = system_error(errno);
+    else
+        std::atomic_ref(input_bytes_).store(input_bytes_ + count, std::memory_order_relaxed);
     return count;
 }
 

@@ -19,6 +19,7 @@
 #include "quarry/byte_error.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <sys/types.h>
@@ -61,6 +62,10 @@ public:
     // The kind of compression ("gzip"), or null for plain input and before the first read.
     const char* compression() const;
 
+    // Bytes taken from the input so far, compressed ones where it is compressed. May be called in another
+    // thread than the reads.
+    std::int64_t input_bytes() const;
+
     // The descriptor that is read from; -1 without one.
     int descriptor() const { return descriptor_.number; }
 
@@ -93,7 +98,8 @@ private:
     ssize_t report_pending();
 
     Descriptor descriptor_ = {};
-    std::span<const char> memory_ = {}; // what is left to read of it
+    mutable std::int64_t input_bytes_ = 0; // atomic
+    std::span<const char> memory_ = {};    // what is left to read of it
     Stage stage_ = Stage::first;
     std::vector<char> buffer_ = {}; // bytes looked at, then pieces to be decompressed
     std::size_t begin_ = 0;         // of its unread bytes

@@ -30,9 +30,17 @@ std::size_t character_width(std::string_view character) {
     return character.size() > 2 && character != ellipsis && character >= "\xe1\x84\x80" ? 2 : 1;
 }
 
-std::size_t least_width(const Column& column, std::size_t natural) {
-    const std::size_t least = column.kind == Column::Kind::time ? times[0] : column.least;
-    return least > 0 ? std::min(natural, std::max(least, column.title.size())) : natural;
+std::size_t least_width(const Column& column, std::size_t needed, std::size_t least_time) {
+    const std::size_t least = column.kind == Column::Kind::time ? least_time : column.least;
+    return least > 0 ? std::min(needed, std::max(least, column.title.size())) : needed;
+}
+
+// The characters that are left of a cell where nothing but zeros of a time may be cut.
+std::size_t needed_width(const Column& column, std::string_view cell) {
+    const bool is_time = column.kind == Column::Kind::time && cell.size() == times[2] + 1;
+    if (is_time && cell.ends_with("T00:00:00Z"))
+        return times[0];
+    return is_time && cell.ends_with(":00Z") ? times[1] : text_width(shown_text(cell));
 }
 
 // How much of the room a column that has `width` can use.
@@ -117,42 +125,62 @@ std::string cut_text(std::string_view text, std::size_t width) {
     return cut;
 }
 
-Table::Widths Table::natural_widths() const {
-    Widths natural(columns_.size(), 0);
+Table::Measures Table::measured() const {
+    const Widths none(columns_.size(), 0);
+    Measures measures{none, none};
     rows_([&](const std::vector<std::string>& row) {
-        for (std::size_t i = 0; i < row.size(); ++i)
-            if (!row[i].empty())
-                natural[i] = std::max({natural[i], text_width(shown_text(row[i])), columns_[i].title.size()});
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            if (row[i].empty())
+                continue;
+            auto& [natural, needed] = measures;
+            natural[i] = std::max({natural[i], text_width(shown_text(row[i])), columns_[i].title.size()});
+            needed[i] = std::max({needed[i], needed_width(columns_[i], row[i]), columns_[i].title.size()});
+        }
     });
-    return natural;
+    return measures;
 }
 
-Table::Widths Table::fitting_widths(const Widths& natural, std::size_t limit) const {
-    if (limit == 0 || whole_width(natural) <= limit)
-        return natural;
-    std::vector<std::size_t> by_rank(columns_.size());
-    std::iota(by_rank.begin(), by_rank.end(), std::size_t{0});
-    std::stable_sort(by_rank.begin(), by_rank.end(), [this](std::size_t one, std::size_t other) {
+// Leaves out columns, the last of the list first, until the others fit with their least widths or the list
+// is used up.
+Table::Widths Table::least_widths(const Widths& needed, std::size_t least_time, std::size_t limit,
+                                  std::span<const std::size_t> to_leave_out) const {
+    Widths widths(columns_.size());
+    for (std::size_t i = 0; i < widths.size(); ++i)
+        widths[i] = least_width(columns_[i], needed[i], least_time);
+    for (auto i = to_leave_out.rbegin(); i != to_leave_out.rend() && whole_width(widths) > limit; ++i)
+        widths[*i] = 0;
+    return widths;
+}
+
+// Times keep their minutes if it is enough to leave out columns of higher rank than theirs. What is left of
+// the room is for times and numbers first, then for texts.
+Table::Widths Table::fitting_widths(const Widths& needed, std::size_t limit) const {
+    std::vector<std::size_t> order(columns_.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [this](std::size_t one, std::size_t other) {
         return columns_[one].rank < columns_[other].rank;
     });
-    std::vector<std::size_t> widths(columns_.size());
-    for (std::size_t i = 0; i < widths.size(); ++i)
-        widths[i] = least_width(columns_[i], natural[i]);
-    for (std::size_t i = by_rank.size() - 1; i > 0 && whole_width(widths) > limit; --i)
-        widths[by_rank[i]] = 0;
+    const auto is_time = [this](std::size_t i) { return columns_[i].kind == Column::Kind::time; };
+    const auto behind_times = std::find_if(order.rbegin(), order.rend() - 1, is_time).base();
+    Widths widths = least_widths(needed, times[1], limit, std::span(behind_times, order.end()));
     if (whole_width(widths) > limit)
-        widths[by_rank[0]] = limit;
-    for (const std::size_t i : by_rank)
+        widths = least_widths(needed, times[0], limit, std::span(order).subspan(1));
+    if (whole_width(widths) > limit)
+        widths[order[0]] = limit;
+    std::stable_partition(order.begin(), order.end(),
+                          [this](std::size_t i) { return columns_[i].kind != Column::Kind::text; });
+    for (const std::size_t i : order)
         if (widths[i] > 0)
-            widths[i] += growth(columns_[i], widths[i], natural[i], limit - whole_width(widths));
+            widths[i] += growth(columns_[i], widths[i], needed[i], limit - whole_width(widths));
     return widths;
 }
 
 bool Table::write_text(std::string_view front, std::size_t width, std::string* out) const {
-    const Widths natural = natural_widths();
+    const auto [natural, needed] = measured();
     if (whole_width(natural) == 0)
         return false;
-    const Widths widths = fitting_widths(natural, width);
+    const bool has_room = width == 0 || whole_width(natural) <= width;
+    const Widths widths = has_room ? natural : fitting_widths(needed, width);
     out->append(front);
     write_line(
         columns_, widths, [this](std::size_t i) { return columns_[i].title; }, out);

@@ -23,7 +23,7 @@ struct Column {
     enum class Kind : std::uint8_t {
         text,
         number, // stands on the right
-        time,   // ISO 8601, which may be cut to the second, the minute or the day
+        time,   // ISO 8601, which may be cut to the second, the minute or, if all else fails, the day
     };
     std::string_view title;
     int rank; // columns of the highest rank are the first that a narrow terminal leaves out
@@ -56,8 +56,14 @@ public:
 
 private:
     using Widths = std::vector<std::size_t>; // of each column, 0 for one that is not shown
-    Widths natural_widths() const;
-    Widths fitting_widths(const Widths& natural, std::size_t limit) const;
+    struct Measures {
+        Widths natural;
+        Widths needed; // narrower for times of whole days or minutes
+    };
+    Measures measured() const;
+    Widths fitting_widths(const Widths& needed, std::size_t limit) const;
+    Widths least_widths(const Widths& needed, std::size_t least_time, std::size_t limit,
+                        std::span<const std::size_t> to_leave_out) const;
     void write_left_out(const Widths& natural, const Widths& shown, std::size_t width,
                         std::string* out) const;
 

@@ -149,24 +149,21 @@ std::size_t VolumeReader::Reading::settled_length(const Length& declared) {
         if (record_within(at_ + signed_size(size), declared))
             return size;
     const std::int64_t end = at_ + signed_size(declared.bytes);
-    if (framing::find_candidate(window_.at(end, framing::header_size), 0) == 0 || ends_at(end))
+    if (framing::find_candidate(window_.at(end, framing::header_size), 1) == 0 || ends_at(end))
         return declared.bytes;
     // Nothing confirms the length: it must not lead over another record, wherever that begins.
     const auto next = record_between(at_ + signed_size(shortest_record_size), end);
     return next ? length_up_to(static_cast<std::size_t>(*next - at_)) : declared.bytes;
 }
 
+// The place of a record within the one at hand: at a multiple of 64, or one that leads beyond its end to
+// another record, which the image of a record in a text does not.
 std::optional<std::int64_t> VolumeReader::Reading::record_between(std::int64_t begin, std::int64_t end) {
-    for (std::int64_t place = begin; place < end; ++place) {
-        const std::string_view bytes = window_.at(place, static_cast<std::size_t>(end - place));
-        const std::size_t candidate = framing::find_candidate(bytes, 0);
-        if (candidate == std::string_view::npos)
-            return std::nullopt;
-        place += signed_size(candidate);
-        if (resumes_at(place))
-            return place;
-    }
-    return std::nullopt;
+    const auto record =
+        first_record(begin, end, framing::usual_step, [this](auto place) { return resumes_at(place); });
+    return record ? record : first_record(begin, end, 1, [this, end](std::int64_t place) {
+        return confirmed_end(place).value_or(0) >= end;
+    });
 }
 
 // A likely length of a record behind which another one begins at this distance.
@@ -236,7 +233,10 @@ void VolumeReader::Reading::read_data() {
     record.header_order = *framing::header_order(bytes);
     describe_record(&record);
     items_.front() = record;
-    if (length != declared.bytes)
+    if (record.format && !is_length_power(record.format->power))
+        add_damage(DamageKind::record_length, at_, 0, 1000, {},
+                   "two to the power of " + std::to_string(record.format->power));
+    else if (length != declared.bytes)
         add_damage(DamageKind::record_length, at_, 0,
                    declared.source == LengthSource::blockette_1000 ? 1000 : 52);
     last_length_ = length;

@@ -170,8 +170,8 @@ Kind sound_beginning(std::string_view front) {
     return is_numbered_blank(front) ? Kind::control : Kind::none;
 }
 
-std::size_t find_candidate(std::string_view bytes, std::size_t from) {
-    for (std::size_t at = from; at + header_size <= bytes.size(); ++at) {
+std::size_t find_candidate(std::string_view bytes, std::size_t step) {
+    for (std::size_t at = 0; at + header_size <= bytes.size(); at += step) {
         const char letter = bytes[at + letter_offset];
         if ((is_ok_quality(letter) || is_control_letter(letter) || letter == ' ') &&
             is_continuation_character(bytes[at + continuation_offset]) && is_numbered(bytes.substr(at)))

@@ -15,6 +15,7 @@ namespace quarry::framing {
 inline constexpr std::size_t header_size = logical_header_size;
 inline constexpr std::size_t head_size = 7;            // type and length of a control blockette
 inline constexpr std::size_t look = 64;                // what is needed to recognize a beginning
+inline constexpr std::int64_t usual_step = 64;         // all lengths of records are multiples of it
 inline constexpr int smallest_power = 7;               // of a record's length
 inline constexpr int largest_power = 20;               // of a data record's length
 inline constexpr int largest_control_power = 16;       // of the length of other logical records
@@ -55,8 +56,8 @@ enum class Kind { none, blank, data, control };
 Kind plausible_beginning(std::string_view front);
 Kind sound_beginning(std::string_view front);
 
-// Where a sound beginning may be in the bytes from `from` on: the first place that a quick look does not rule
+// Where a sound beginning may be in the bytes: the first place, in steps, that a quick look does not rule
 // out, or npos.
-std::size_t find_candidate(std::string_view bytes, std::size_t from);
+std::size_t find_candidate(std::string_view bytes, std::size_t step);
 
 } // namespace quarry::framing

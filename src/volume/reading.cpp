@@ -100,35 +100,65 @@ void VolumeReader::Reading::skip_to_record() {
     add_damage(is_tail && ends_at(end) ? DamageKind::input_ends : DamageKind::no_record, begin, end - begin);
 }
 
+// The first place at which a record begins behind `place`, where one should. Bytes are damaged more often
+// than lost or added: so multiples of 64 from there come first, and other places count only in a stride
+// without such a record. A text may hold the image of one.
 std::int64_t VolumeReader::Reading::next_record_after(std::int64_t place) {
-    for (++place;;) {
-        window_.release(place);
-        const std::string_view bytes = window_.at(place, stride);
-        const std::size_t candidate = framing::find_candidate(bytes, 0);
-        if (candidate != std::string_view::npos) {
-            place += signed_size(candidate);
-            if (resumes_at(place))
-                return place;
-            ++place;
-        } else if (bytes.size() < stride) {
-            return place + signed_size(bytes.size());
-        } else {
-            place += signed_size(bytes.size()) - signed_size(framing::header_size - 1);
-        }
+    constexpr std::size_t with_header = stride + framing::header_size - 1;
+    const auto accept = [this](std::int64_t candidate) { return resumes_at(candidate); };
+    for (std::int64_t begin = place + 1;; begin += signed_size(stride)) {
+        window_.release(begin);
+        const std::size_t size = window_.at(begin, with_header).size();
+        const std::int64_t end = begin + signed_size(size);
+        if (const auto record =
+                first_record(begin + framing::usual_step - 1, end, framing::usual_step, accept))
+            return *record;
+        if (const auto record = first_record(begin, end, 1, accept))
+            return *record;
+        if (size < with_header)
+            return end;
     }
+}
+
+// The first place from `begin` on, in steps, where a record may begin in front of `end` that is accepted.
+std::optional<std::int64_t> VolumeReader::Reading::first_record(std::int64_t begin, std::int64_t end,
+                                                                std::int64_t step, const Accept& accept) {
+    for (std::int64_t place = begin; place < end; place += step) {
+        const std::string_view bytes = window_.at(place, static_cast<std::size_t>(end - place));
+        const std::size_t candidate = framing::find_candidate(bytes, static_cast<std::size_t>(step));
+        if (candidate == std::string_view::npos)
+            return std::nullopt;
+        place += signed_size(candidate);
+        if (accept(place))
+            return place;
+    }
+    return std::nullopt;
 }
 
 // True if a logical record begins at the place and what it says of itself, or what follows it, confirms that.
 bool VolumeReader::Reading::resumes_at(std::int64_t place) {
     const Kind kind = sound_at(place);
     if (kind == Kind::data)
-        return length_by_1000(place) || length_by_channel(place) ||
-               distance_to_record(place, framing::largest_power);
-    if (kind != Kind::control)
-        return false;
-    return begins_blockette_at(place + signed_size(framing::header_size)) ||
-           (record_size_ != 0 ? record_or_end_at(place + signed_size(record_size_))
-                              : distance_to_record(place, framing::largest_control_power).has_value());
+        return length_by_1000(place) || length_by_channel(place) || confirmed_end(place);
+    return kind == Kind::control &&
+           (begins_blockette_at(place + signed_size(framing::header_size)) || confirmed_end(place));
+}
+
+// Where the record at the place ends, if another one or the end of the input is there.
+std::optional<std::int64_t> VolumeReader::Reading::confirmed_end(std::int64_t place) {
+    const Kind kind = sound_at(place);
+    std::optional<std::size_t> length;
+    if (kind == Kind::data) {
+        length = length_by_1000(place);
+        if (!length)
+            length = length_by_channel(place);
+        if (!length)
+            length = distance_to_record(place, framing::largest_power);
+    } else if (kind == Kind::control) {
+        length = record_size_ != 0 ? record_size_ : distance_to_record(place, framing::largest_control_power);
+    }
+    const std::int64_t end = place + signed_size(length.value_or(0));
+    return length && record_or_end_at(end) ? std::optional(end) : std::nullopt;
 }
 
 Kind VolumeReader::Reading::sound_at(std::int64_t place) {

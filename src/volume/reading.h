@@ -10,6 +10,8 @@
 #include "volume/framing.h"
 #include "volume/window.h"
 
+#include <functional>
+
 namespace quarry {
 
 class VolumeReader::Reading {
@@ -20,6 +22,7 @@ public:
     const ByteError& error() const { return error_; }
     const Totals& totals() const { return totals_; }
     const std::string& name() const { return name_; }
+    std::int64_t input_bytes() const { return window_.input_bytes(); }
 
 private:
     // A logical record of control blockettes.
@@ -40,6 +43,7 @@ private:
         bool whole = false;
         bool shortened = false; // its length leads over the beginning of another one
     };
+    using Accept = std::function<bool(std::int64_t place)>;
     struct Length {
         std::size_t bytes;
         LengthSource source;
@@ -51,7 +55,10 @@ private:
     void skip_blank();
     void skip_to_record();
     std::int64_t next_record_after(std::int64_t place);
+    std::optional<std::int64_t> first_record(std::int64_t begin, std::int64_t end, std::int64_t step,
+                                             const Accept& accept);
     bool resumes_at(std::int64_t place);
+    std::optional<std::int64_t> confirmed_end(std::int64_t place);
     framing::Kind sound_at(std::int64_t place);
     bool begins_blockette_at(std::int64_t place);
     bool ends_at(std::int64_t place);

@@ -145,6 +145,9 @@ const ByteError& VolumeReader::error() const {
 const Totals& VolumeReader::totals() const {
     return reading_->totals();
 }
+std::int64_t VolumeReader::input_bytes() const {
+    return reading_->input_bytes();
+}
 const std::string& VolumeReader::name() const {
     return reading_->name();
 }

@@ -34,6 +34,8 @@ public:
     // Why the input could not be opened, or what ended it; of kind none for its end.
     const ByteError& error() const { return error_; }
 
+    std::int64_t input_bytes() const { return source_.input_bytes(); }
+
 private:
     void fill(std::int64_t end);
     void make_room(std::int64_t end);
