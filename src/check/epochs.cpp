@@ -92,7 +92,7 @@ void check_codes(const Facts& facts, Findings* findings) {
     check_codes_of_headers(facts, findings);
     const std::set<Codes> described = described_channels(facts);
     for (const ChannelRecords& channel : facts.records)
-        if (described.count(codes_of(channel)) == 0) {
+        if (!described.contains(codes_of(channel))) {
             const Subject subject = subject_of(channel);
             check_form(channel.network, network_form, channel.first, subject, findings);
             check_form(channel.station, station_form, channel.first, subject, findings);
@@ -164,28 +164,32 @@ TimeSpan span_of(const Station& station) {
     return span;
 }
 
+void check_within(const TimeSpan& span, const ChannelRow& row, Findings* findings) {
+    const Moment& start = row.epoch->start;
+    const Moment& end = row.epoch->end;
+    if (start.microseconds.value_or(Limits::max()) < span.start)
+        findings->add(row.epoch->place, row, "the start ", start.text, " is before that of the station, ",
+                      IsoTime(span.start).text());
+    if (end.microseconds.value_or(Limits::max()) > span.end)
+        findings->add(row.epoch->place, row, "the end ", end.microseconds ? end.text : std::string("(none)"),
+                      " is after that of the station, ", IsoTime(span.end).text());
+}
+
+void check_epochs_of(const Network& network, const Station& station, Findings* findings) {
+    const TimeSpan span = span_of(station);
+    for (const Channel& channel : station.channels)
+        for (const ChannelEpoch& epoch : channel.epochs)
+            check_within(span, {network.code, station.code, channel.location, channel.code, &epoch, nullptr},
+                         findings);
+}
+
 } // namespace
 
 void check_epochs_within_station(const Facts& facts, Findings* findings) {
     for (const Network& network : facts.contents.inventory.networks)
-        for (const Station& station : network.stations) {
-            const TimeSpan span = span_of(station);
-            const auto check = [&](const Channel& channel, const ChannelEpoch& epoch) {
-                const Subject subject =
-                    subject_of({network.code, station.code, channel.location, channel.code, &epoch, nullptr});
-                if (subject.start.value_or(Limits::max()) < span.start)
-                    findings->add(epoch.place, subject, "the start ", epoch.start.text,
-                                  " is before that of the station, ", IsoTime(span.start).text());
-                if (subject.end.value_or(Limits::max()) > span.end)
-                    findings->add(epoch.place, subject, "the end ",
-                                  subject.end ? epoch.end.text : std::string("(none)"),
-                                  " is after that of the station, ", IsoTime(span.end).text());
-            };
-            for (const Channel& channel : station.channels)
-                for (const ChannelEpoch& epoch : channel.epochs)
-                    if (!station.epochs.empty())
-                        check(channel, epoch);
-        }
+        for (const Station& station : network.stations)
+            if (!station.epochs.empty())
+                check_epochs_of(network, station, findings);
 }
 
 // --- data ----------------------------------------------------------------------------------------------
@@ -198,7 +202,7 @@ void check_data_outside(const Facts& facts, bool is_described, std::string_view 
         return;
     const std::set<Codes> described = described_channels(facts);
     for_each_row(facts.contents, [&](const ChannelRow& row) {
-        if (row.epoch != nullptr || (described.count(codes_of(row)) > 0) != is_described)
+        if (row.epoch != nullptr || described.contains(codes_of(row)) != is_described)
             return;
         Subject subject = subject_of(row);
         subject.start = row.data->first;

@@ -158,7 +158,7 @@ void VolumeIndices::end_volume(StructureFaults* faults) {
 
 void VolumeIndices::check_stations(StructureFaults* faults) const {
     for (const StationPointer& pointer : station_pointers_) {
-        if (stations_.count({pointer.station, pointer.sequence}) > 0)
+        if (stations_.contains({pointer.station, pointer.sequence}))
             continue;
         const auto other = stations_.lower_bound({pointer.station, 0});
         const bool is_there = other != stations_.end() && other->first == pointer.station;
@@ -171,7 +171,7 @@ void VolumeIndices::check_stations(StructureFaults* faults) const {
 
 void VolumeIndices::check_spans(StructureFaults* faults) const {
     for (const SpanPointer& pointer : span_pointers_) {
-        if (spans_.count(pointer.span) > 0)
+        if (spans_.contains(pointer.span))
             continue;
         const auto [sequence, start, end] = pointer.span;
         const auto other = spans_.lower_bound(
