@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What hostile inputs cost, in seconds for each MB (1,000,000 bytes), beside volumes that are not hostile."""
 
 import collections

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decoders' speed, beside plain copies in the same run.
 //
 // Each decoder of the format table works through a volume's worth of records, more than the caches hold, into

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the benchmark's volumes, the same bytes for the same arguments, to standard output:
 //
 //   generate_volume KIND [NAME=NUMBER ...] [NAME=WORD ...] > VOLUME

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a command and prints what it took: "STATUS CPU_SECONDS WALL_SECONDS PEAK_KIB".
 //
 //   measure LIMIT OUT ERR COMMAND [ARGUMENT ...]

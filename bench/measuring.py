@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the parts of the benchmark share: runs of a program, volumes, tables."""
 
 import collections

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Measures quarry beside its floors and prints a table for each part of the benchmark.
 
     run.py BUILD [--quick] [--work] [--growth] [--decoders] [--commands] [--cost] [--rounds N] [--json FILE]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Writes OUTPUT, the header with the release, the source revision and the day of the build; run at every
 # build, it touches the header only when its content changes.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian packages by CPack: the program, the library to run with, and what programs are built with. See script/package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The quarry authors <quarry@quarry.invalid>")

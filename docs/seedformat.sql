@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: Apache-2.0
 -- The table that quarry -d reads: the data format of channels that a volume's own headers do not describe.
 --
 --   sqlite3 my.db < seedformat.sql

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints the channel epochs of a volume, the stages of their responses, and what does not fit together:
 //
 //     print_epochs VOLUME

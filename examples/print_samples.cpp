@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints the samples of a volume, a line for each data record and then one for each sample:
 //
 //     print_samples VOLUME

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sums the samples of many volumes, on all processors: a thread reads one volume after the other.
 //
 //     sum_samples VOLUME...

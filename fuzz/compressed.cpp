@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Compressed and plain input, read in large pieces and in small ones: both give the same bytes and the same
 // faults. The input is a file as it stands; its last byte also chooses the size of the small pieces.
 

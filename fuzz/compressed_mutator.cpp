@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes files; where one is gzip and its data are sound, its trailer becomes right again, so that changes
 // of the data reach beyond the checksum.
 

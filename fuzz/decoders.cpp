@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Data areas through the decoders, directly and through decode_data. The input: how to decode, the word
 // order, the count of samples, and then the data area.
 

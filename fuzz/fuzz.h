@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the fuzz targets share. A target defines LLVMFuzzerTestOneInput for one part of the library; fuzz.cpp
 // is linked into each and keeps fatal messages from ending the process.
 #pragma once

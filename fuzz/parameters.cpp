@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts of parameter files through the check, the TOML library and the tables of texts.
 
 #include "fuzz.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Volumes through the reader and the lister, or through the reader and the decoders. The input is a volume as
 // it stands in a file; its last byte also chooses the options.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes volumes as damage and malice would: whole blockettes and data records, their lengths, types and
 // fields, and the length of the records that hold them. A part of the changes is libFuzzer's own.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Feeds files to a fuzz target, without libFuzzer: replay FILE|FOLDER...
 
 #include "fuzz.h"

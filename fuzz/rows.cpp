@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of a database's table of data formats, packed as the store packs them, and the searches in them. What
 // is found is compared with a search that follows the rules word for word. The input is read line by line:
 // "?STATION;CHANNEL;TIME" is a search, any other line a row of its five texts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the inputs that the fuzzing of a target begins with: fuzz_seeds TARGET FOLDER
 
 #include "damaged_volumes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Volumes through the open reader: every item of them, the fields of every blockette, the samples of every
 // data record, the inventory of the headers and the data found. The input is a volume as it stands in a file.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A volume taken apart into its blockettes and data records, and put together again, for the mutator and the
 // seeds of the reader.
 #pragma once

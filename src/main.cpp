@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry: lists SEED volumes, or runs the command whose name the first argument is.
 
 #include "commands/command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Process-wide state: the options and settings of a run, and what earlier blockettes say about later ones.
 // One thread, unguarded.
 //

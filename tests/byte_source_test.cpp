@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Byte input: compressed and plain, from memory and pipes, whole and damaged.
 
 #include "exhaustible_memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What station and channel blockettes leave behind for others: names of channels, codes, validity.
 #include "support.h"
 

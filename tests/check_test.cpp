@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rules of quarry check: each breach of one is found, and nothing else.
 
 #include "damaged_volumes.h"

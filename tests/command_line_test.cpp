@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line: options, what the program does about its streams and signals, the parameter file.
 #include "support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The commands: their options, the order of their output, exit status, quarry json and quarry info.
 #include "support.h"
 

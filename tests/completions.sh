@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The completions in each shell: completions.sh DIRECTORY. Each is asked for the options of a command that begin so, for
 # the commands, and for the options of the listing.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Compares quarry coverage with a computation of its own from the data records that quarry json finds.
 
 usage: coverage.py QUARRY

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Holds the pictures of quarry coverage --svg against its JSON Lines, and against what rsvg-convert makes of them.
 
 usage: coverage_picture.py QUARRY DEMONSTRATION-VOLUME

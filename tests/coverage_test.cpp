@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry coverage: its tables, JSON Lines and options. tests/coverage.py compares what it finds.
 #include "support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Data records: the fixed header, the data blockettes behind it, what the reader makes of them.
 #include "damaged_volumes.h"
 #include "support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The database of option -d: which row of its table serves a record. How a row is found among many is
 // compared with a plain search by fuzz/rows.cpp.
 

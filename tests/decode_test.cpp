@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decoders: records made by hand, whose values were worked out, series through independent encoders and
 // back, damaged records. The host is little-endian.
 #include "support.h"

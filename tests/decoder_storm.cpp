@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damaged data areas through every decoder: decoder_storm ROUNDS [SEED]
 //
 // Every round gives the fuzz target of the decoders one data area, noise or a record that was sound before it

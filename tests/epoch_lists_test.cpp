@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the control headers declare of the data, by station, channel and time.
 #include "support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Blockettes by their tables of fields: every type, damage, values by name.
 #include "support.h"
 

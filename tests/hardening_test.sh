@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # A release build is hardened. usage: hardening_test.sh PROGRAM
 set -euo pipefail
 has() { # PART-SHOWN-BY-READELF PATTERN

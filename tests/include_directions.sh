@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The listing and the commands are two ways to read a volume that share only what is below both: no file of
 # the one includes a file of the other. A public header belongs to a folder, and includes public headers only.
 # usage: include_directions.sh SOURCE-DIRECTORY

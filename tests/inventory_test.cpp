@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory of built volumes: what is assembled, joined, resolved, and what does not fit together.
 
 #include "support.h"

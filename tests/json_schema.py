@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Validates every line that commands write as JSON of volumes, sound and damaged, against their schemas.
 
 usage: json_schema.py FOLDER-OF-SCHEMAS QUARRY VOLUME|FOLDER...

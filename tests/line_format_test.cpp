@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines from compile-time formats against the C library's, byte by byte.
 
 #include "platform/line_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lines of the listing: every blockette type from its text to its line. In each text the numbers fill
 // their fields, so that a field of another width would be seen.
 #include "support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What one damaged byte of a data record costs: which other records of the volume are lost.
 
 #include "damaged_volumes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The message log; records of every type, new and when the memory is exhausted.
 #include "support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parameter files: where they are looked for, what they hold, and what is reported of those that cannot be
 // used.
 

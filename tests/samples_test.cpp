@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples of open reading: each encoding in both word orders, exact, and what a record lacks of them.
 
 #include "damaged_volumes.h"

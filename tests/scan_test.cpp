@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers from text, bare and in fields, against the C library's conversions over random texts.
 
 #include "support.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes a program of the examples in documents and in the opening comments of headers, each a function.
 
 usage: snippets.py OUTPUT DOCUMENT HEADER...

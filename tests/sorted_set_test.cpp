@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The index of epochs: compared with a plain model, and what it costs.
 
 #include "listing/epoch_lists.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the system does to a run: inputs, outputs, names, descriptors and databases with something amiss. Each
 // case states the command, its status, the messages and how many of the records are listed all the same.
 #include "support.h"

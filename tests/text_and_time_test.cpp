@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The calendar and time texts.
 #include "support.h"
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # A command that reads many volumes in many threads writes what it writes with one.
 # usage: threads_of_a_command.sh QUARRY FOLDER-OF-VOLUMES
 set -euo pipefail

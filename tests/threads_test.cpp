@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Readers in many threads: threads_test [FILE...]
 //
 // Eight threads read all test volumes and the files with all that the library makes of them, each beginning

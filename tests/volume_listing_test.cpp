@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program on whole volumes: logical records, the blockette reader, data records, tape files, summaries.
 #include "support.h"
 

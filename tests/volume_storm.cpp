@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damaged volumes through the whole lister: volume_storm ROUNDS [SEED]
 //
 // Every round damages the demonstration volume (or begins with noise) and lists it in a process of its own,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Open reading of volumes: built ones of every kind, damaged ones, and that each byte belongs to one item.
 #include "damaged_volumes.h"
 #include "sample_encoders.h"

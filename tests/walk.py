@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Compares the data records that quarry json finds with those of a walk of its own, and its counts of bytes with the
 length of the volume.
 

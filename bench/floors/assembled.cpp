@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The least that a summary of control headers costs: their blockettes are put together over the logical
 // records, each copied once, and counted.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The least that a summary of data records costs: each is read and copied once.
 #include "volume_records.h"
 

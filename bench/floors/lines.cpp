@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The least that a listing of data records costs: each is read and copied once, and the listing's own line
 // for it is put together by hand and written, 64 KiB at a time.
 //

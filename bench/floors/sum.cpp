@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The least that totals of the channels cost: each data record is read and copied once, its fixed header is
 // decoded, and samples, records, first and last start are kept for each channel.
 //

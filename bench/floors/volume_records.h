@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the floors share: the logical records of a volume, all of one length, and the bytes of their fixed
 // headers.
 #pragma once

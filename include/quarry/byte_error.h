@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What can go wrong with an input of bytes.
 //
 //     quarry::VolumeReader reader = quarry::VolumeReader::of_path("missing.seed");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which times the data of each channel cover: data records in any order, of any number of volumes, merged
 // into segments of continuous data.
 //

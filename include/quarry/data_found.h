@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What data a volume holds of each channel: totals of its data records, taken one by one in the order of the
 // input. Memory grows with channels and their epochs, not with records.
 //

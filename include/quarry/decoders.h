@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decoders of samples as functions of their own: one for each data format, and decode_data, which finds
 // it. For programs that use them already. New ones take quarry/samples.h, which keeps integers and has no
 // state.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields of a blockette as data: what stands in it, under which name, and where.
 //
 // Every control blockette (005 to 074) and every data blockette (100 to 2000) is a table of its fields in

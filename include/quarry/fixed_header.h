@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed header of a data record, as far as it is binary.
 //
 //     const quarry::FixedHeader& header = record.header; // of a quarry::DataRecord

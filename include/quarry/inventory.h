@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the headers of a volume say, assembled: networks, their stations, the epochs of their channels with
 // comments and response stages, and the dictionaries that all of them refer to.
 //

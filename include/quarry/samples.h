@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples of a data record, typed as they are stored: integers stay integers, exact to the last digit.
 //
 //     if (const std::optional<quarry::Samples> samples = quarry::samples_of(record))

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times: microseconds since 1970 from the text of a control blockette, and to ISO 8601.
 //
 //     const std::optional<std::int64_t> time = quarry::microseconds_of("2010,058,06:50:00.0695");

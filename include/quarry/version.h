@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The version of the library: of its headers, and of the library that the program runs with.
 //
 //     static_assert(QUARRY_VERSION_MAJOR == 1); // the interface that this program is written for

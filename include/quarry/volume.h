@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading SEED volumes: control blockettes, data records and damage, one at a time, in the order of the
 // input.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "blockette/blockette.h"
 
 #include "blockette/data_header.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every blockette type by its number: parsing, release, size. The types are listed in blockette/types.h.
 //
 // A record is a plain pointer with its type number, -1 for the fixed header of a data record. The caller of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed data header of a data record (blk_dh_t), which has blockette type -1.
 #pragma once
 

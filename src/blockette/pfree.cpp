@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Release of blockette records, for each type and by type number.
 
 #include "blockette/blockette.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Channel response blockettes: 053 poles and zeros, 054 coefficients, 057 decimation, 058 sensitivity or
 // gain, 059 channel comment, 061 FIR response.
 //

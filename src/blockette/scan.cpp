@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "blockette/scan.h"
 
 #include "platform/message_log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Field scanners: the four ways in which a control blockette's text is read.
 //
 // A cursor is the rest of one blockette's text. Every scanner reads at its start and takes away what it

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the listing knows of the catalogue (decode/catalogue.h).
 #pragma once
 

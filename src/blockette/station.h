@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Station and channel blockettes: 050 station identifier, 051 station comment, 052 channel identifier.
 //
 // The last station and channel records are kept process-wide: every later station- or channel-level

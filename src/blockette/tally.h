@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tally of an input file: how many blockettes of each type it holds, and how many bytes they have.
 #pragma once
 

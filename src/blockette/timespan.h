@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Time span and event blockettes: 070 time span identifier, 071 hypocenter, 072 event phases, 073 time span
 // data start index, 074 time series index.
 //

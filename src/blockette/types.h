@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The blockette types that are parsed, listed and released. Every dispatch by type is made from this list.
 //
 // To add a type:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Volume index and abbreviation dictionary blockettes: 010 volume identifier, 011 station header index,
 // 012 time span index, 030 data format, 031 comment, 032 cited source, 033 abbreviation, 034 units.
 //

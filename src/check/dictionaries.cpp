@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for the keys of the dictionaries.
 
 #include "check/rules.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for codes, for epochs, and for the times of data.
 
 #include "check/response.h"

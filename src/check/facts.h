@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the rules look at: gathered while a volume is read once, from its items in their order.
 //
 //     FactsGatherer gatherer(false);

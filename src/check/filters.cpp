@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for the filters of response stages: poles and zeros, coefficients, decimations.
 
 #include "check/response.h"

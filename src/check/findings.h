@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the rules find: a line of text each, with the place in the volume and the channel it is about.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for data formats, record lengths and sample rates: what headers say against what records have.
 
 #include "check/response.h"

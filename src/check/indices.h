@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The indices of a volume (011, 012, 073, 074): each says which logical record holds what. Those of headers
 // are compared at the end of the volume, those of data as the data records arrive.
 #pragma once

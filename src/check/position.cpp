@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for the places of stations and channels, and for where sensors point.
 
 #include "check/response.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "check/record_facts.h"
 
 #include "check/words.h"

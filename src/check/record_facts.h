@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is notable about the data records of each channel: how many have which fault, and the first of them.
 //
 // Memory grows with channels, not with records: of each channel the samples of one record are kept.

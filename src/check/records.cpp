@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for data records: what is wrong with single ones, and how they overlap.
 
 #include "check/rules.h"

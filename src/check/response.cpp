@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for the stages of responses: that they are there, and how one leads to the next.
 
 #include "check/response.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The way through the response stages of channels, for the rules about them.
 #pragma once
 

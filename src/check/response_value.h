@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a response does to a signal of some frequency: its amplitude, computed from the headers.
 #pragma once
 

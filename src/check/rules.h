@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rules: what each asks of a volume, how grave a breach is, and the function that looks for one.
 //
 // To add a rule: its row here, and its function in the file of its family (src/check/FAMILY.cpp). What a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules for the structure of a volume: its logical records, its indices, and the counts of what it has.
 
 #include "check/rules.h"

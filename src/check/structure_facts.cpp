@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "check/structure_facts.h"
 
 #include "inventory/builder.h"

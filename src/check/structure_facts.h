@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the logical records of a volume stand to each other, what is damaged in them, and where its indices
 // point. Memory grows with the headers, not with data records.
 #pragma once

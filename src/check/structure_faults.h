@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Faults of a volume's structure: of each kind the first ones, and how many there are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "check/time_facts.h"
 
 #include "inventory/builder.h"

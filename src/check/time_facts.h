@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which data are outside the times that the volume states for itself (005, 008, 010) and for its time spans
 // (070). Memory grows with time spans and with channels that have such data.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of units in the headers, in the spelling that is usual and in others.
 #pragma once
 

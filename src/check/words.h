@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts put together from words and numbers: words("rate ", 0.1, " is not ", 20) is "rate 0.1 is not 20".
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry check: what in volumes is not as it should be.
 
 #include "check/rules.h"

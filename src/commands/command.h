@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The commands: what follows `quarry` on the command line, a file each, and the table of all of them.
 //
 // To add a command: its file with a `const Command`, and its row in commands.cpp.

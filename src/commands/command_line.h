@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line of a command: the options common to all, its own ones, and the names of volumes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry coverage: which times the data of each channel cover, over all volumes together.
 
 #include "commands/command_line.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The JSON Lines of quarry coverage.
 
 #include "commands/coverage_report.h"

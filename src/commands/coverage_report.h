@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What quarry coverage tells of a channel, and the forms in which it writes that.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loop over the volumes of a command: in threads, output in the order of the arguments.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damage of the fields of blockettes, which the reader leaves to those who decode them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry info: what a volume holds, on one screen: the volume itself, its stations, its channel epochs with
 // the data found, and what is damaged.
 

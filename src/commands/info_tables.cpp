@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "commands/info_tables.h"
 
 #include "commands/selected.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarry json: everything in a volume as JSON Lines, for programs.
 
 #include "commands/command_line.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The objects of assembled headers that quarry json writes: volumes, station epochs, and channel epochs with
 // their responses and the data found.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The objects that quarry json writes: the lines for volumes, blockettes, data records and damage.
 #pragma once
 

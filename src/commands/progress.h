@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The progress line: how many volumes are done and how much of the others, on standard error if that is a
 // terminal and the work takes longer than two seconds. It is gone at the end.
 #pragma once

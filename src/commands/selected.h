@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which headers and data a selection takes.
 #pragma once
 

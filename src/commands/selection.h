@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which part of a volume a command looks at: channels by their codes, and a span of time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The catalogue: name and smallest length of every blockette type that is known by name.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "decode/data_record.h"
 
 #include "platform/bytes.h"

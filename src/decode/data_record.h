@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The front of a data record: its fixed header, the data blockettes that follow it, and the byte order of
 // both. The one place that knows where these fields stand.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "quarry/decoders.h"
 
 #include "decode/plain_words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // USNSN compression without the state of the public functions (quarry/decoders.h).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The data formats: one row for each, with its names and its decoder.
 //
 // A format is added by a row here and, where no decoder fits, a module for its decoder beside this one. The

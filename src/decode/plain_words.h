@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loop of the formats that give each sample a word of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the two Steim levels share: the walk over the frames and the integration of the differences.
 //
 // A data area is a sequence of frames of 16 words of 32 bits:

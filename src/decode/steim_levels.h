@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the words of the two Steim levels hold.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words of a record in the host's order: unaligned, so reached through their bytes.
 #pragma once
 

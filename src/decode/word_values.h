@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The values of gain-ranged words of 16 bits. All of them, and the steps to them, are exact as floats.
 #pragma once
 

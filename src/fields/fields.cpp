@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "quarry/fields.h"
 
 #include "platform/bytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How every blockette is laid out: its fields in wire order, one row a field.
 //
 // To add a blockette: its row in the catalogue (decode/catalogue.h), and here, in order of type, a head and

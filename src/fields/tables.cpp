@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The public tables, made of the layouts at compile time.
 
 #include "decode/catalogue.h"

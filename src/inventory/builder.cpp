@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "inventory/builder.h"
 
 #include "inventory/dictionary.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Assembles an inventory from control blockettes, one at a time in the order of the input.
 //
 //     quarry::InventoryBuilder builder;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a volume holds: its headers assembled, and the data found of each channel epoch.
 //
 //     quarry::ContentsBuilder builder(quarry::Responses::all);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The dictionaries of texts: blockettes 030 to 035.
 #pragma once
 

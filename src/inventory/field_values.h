@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values of fields, as the records of the inventory hold them.
 #pragma once
 

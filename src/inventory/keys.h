@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The keys of one volume: where each is defined and used, and which of that does not fit together.
 #pragma once
 

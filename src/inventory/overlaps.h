@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Epochs of one station or channel that overlap.
 #pragma once
 

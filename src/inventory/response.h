@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Responses out of their blockettes: 053 to 058, 061 and 062, and their twins of the dictionary, 041 to 048.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The segments of one channel while records come in any order.
 //
 // Records that are in order extend one segment, which is held open; nothing is looked up as long as no end of

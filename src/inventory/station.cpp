@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "inventory/station.h"
 
 #include "inventory/field_values.h"

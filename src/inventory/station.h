@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Volumes, stations, channels and comments out of their blockettes: 005, 008, 010, 050, 051, 052, 059.
 #pragma once
 

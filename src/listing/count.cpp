@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "listing/count.h"
 
 #include "blockette/blockette.h"

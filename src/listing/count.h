@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counting for the listing: the tally of the current input file, and its summary.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lines of empty elements of a list.
 //
 // A few bytes of a damaged volume can declare thousands of elements that are missing. They are listed all the

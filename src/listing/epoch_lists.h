@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a volume's control headers say about its data records: the data formats by code (blockettes 030),
 // the record length and format of every channel epoch (050 and 052), the word orders of every station epoch
 // (050).

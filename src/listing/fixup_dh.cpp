@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "listing/fixup_dh.h"
 
 #include "listing/format_rows.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Completion of data headers: sample rate, start time text and epoch, record length and data format.
 #pragma once
 

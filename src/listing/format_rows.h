@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The data formats that a database gives: the rows of its table seedformat, looked up by channel and time.
 #pragma once
 

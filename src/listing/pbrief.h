@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The listing: one line, sometimes with indented detail lines, for every blockette and data record, and the
 // volume and station lines of the summary.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "blockette/sdblknam.h"
 #include "listing/pbrief.h"
 #include "state.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SEED time values: time text to its fields and to epoch seconds, and back.
 //
 // A time text is YYYY,DDD,HH:MM:SS.FFFF (day of year from 1) and may end after any field. Nothing here fails:

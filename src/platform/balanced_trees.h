@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Balanced binary search trees (AVL trees) whose nodes lie together in one array and name each other by their
 // index in it. One array holds any number of trees; they all end with it, at once.
 #pragma once

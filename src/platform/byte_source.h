@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Byte input: the bytes of a file, a descriptor or a piece of memory, decompressed where they are compressed.
 //
 // Compressed data are recognized by their first bytes, whatever the name: gzip, compress, bzip2, xz, zstd and

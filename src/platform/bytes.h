@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Byte helpers: numbers from unaligned bytes of either byte order, copies of raw bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calendar: epoch seconds from year, day of year and time of day, and back.
 //
 // The proleptic Gregorian calendar in UTC, without leap seconds. Fields may be out of their usual range and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Containers of the tool family: thin, typed, owning.
 //
 //   List  a list indexed from 0 that grows as slots are set; a slot never set reads as null

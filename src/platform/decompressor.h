@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decompressors: one kind of compressed data each, a piece of input to a piece of output at a time.
 //
 // The compression libraries are driven directly, so that every byte that can be decompressed comes out before

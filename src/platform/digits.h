@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decimal digits of unsigned numbers, written two at a time.
 #pragma once
 

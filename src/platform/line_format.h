@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of text from formats in the style of printf that are checked and taken apart at compile time.
 //
 //     print_line<"B%03i %3i Id#%4i <%s>\n">(out, type, length, id, name);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exhausted memory: always fatal, always reported in the same words.
 //
 // The function's own name, the source line, the name of the source module, the number that the caller

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/message_log.h"
 
 #include "platform/end_process.h"

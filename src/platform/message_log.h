@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The message log: the messages of the tool family on standard error.
 //
 // Severity is defined by what the caller may still do:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "platform/parameter_file.h"
 
 #include "platform/message_log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parameter files: the settings of a tool, read from NAME.pf, a TOML file.
 //
 // The file is looked for in each directory of the environment variable QUARRY_PARAM_PATH (separated by

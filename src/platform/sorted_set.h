@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An index of epochs: the spans of time for which something was declared of a channel or a station. Its
 // caller adds each epoch as it is declared, in whatever order, and asks for every data record which epoch of
 // its channel holds the record's time.

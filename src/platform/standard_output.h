@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Standard output and standard error as the command uses them: output gathered into large pieces, and
 // failures remembered, so that the program can report them later with their own error text.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The relational table store: named tables of text fields, over an SQLite file.
 //
 // A table is read once, whole, when it is first looked up, in the order of its rows; between opening and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts of a volume on a terminal: control characters in them would move its cursor, forge lines or worse, so
 // they are shown as their codes.
 #pragma once

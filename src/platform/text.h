@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text helpers: numbers from bounded text, blankness, fixed-capacity members, the program's own path.
 // Nothing here depends on the locale.
 #pragma once

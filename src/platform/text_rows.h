@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of texts, packed: each text follows its length, and blocks of rows have one allocation, so that a row
 // of short texts takes little more memory than their characters.
 #pragma once

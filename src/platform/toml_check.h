@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A look at the text of a TOML file before the TOML library gets it: the library relies on what is checked
 // here without testing it (it crashes, or worse, where that does not hold), and recurses as deep as the text
 // nests.

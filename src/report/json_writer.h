@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON Lines: one object a line, appended to a text. Every line is valid JSON in UTF-8.
 //
 //     JsonWriter json(&text);

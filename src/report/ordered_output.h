@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Output of several threads in a fixed order: part 0 first, each part unbroken.
 //
 // The part whose turn it is goes straight to the descriptor. Later parts are kept, up to a few MiB together.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SVG: elements appended to a text, each on a line.
 //
 //     SvgWriter svg(&text);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tables of a report: for people in columns, as wide as the terminal, and for programs with tabs.
 //
 //     constexpr std::array columns{Column{"station", 1}, Column{"site", 3, Column::Kind::text, 8}};

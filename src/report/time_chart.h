@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A chart of what lies when, as SVG: a row for each label with bars over an axis of time. It is readable in
 // light and in dark surroundings, without colours too, and of a size that grows with rows and pixels only:
 // what is closer than a pixel is drawn as one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The ticks of a time axis: at round times, from microseconds to thousands of years apart.
 //
 //     for (const TimeTick& tick : time_ticks(span, 9))

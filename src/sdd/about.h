@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What quarry says of itself when it is asked for nothing else: `quarry --help` and `quarry --version`.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The banner: the program's name, release and build, and where to report problems.
 #pragma once
 

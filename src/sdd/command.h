@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command that lists a volume: its options, the parameter file and the database; the work is sdd's.
 #pragma once
 

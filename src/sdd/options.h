@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The options of the listing: one table for reading the command line and for the help.
 #pragma once
 

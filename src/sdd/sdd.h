@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The volume loop: every blockette and data record of an input on its line, and a summary of each tape file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reader handle: the open input, what its control headers have declared so far, and the record being
 // read. Made and used by the reader (seedio/seed.h).
 #pragma once

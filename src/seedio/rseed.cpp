@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "seedio/rseed.h"
 
 #include "decode/data_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logical record input: the bytes of a volume as logical records.
 //
 // A volume is a sequence of logical records of one length at a time, each beginning with 8 bytes: sequence

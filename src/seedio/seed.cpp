@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "seedio/seed.h"
 
 #include "blockette/blockette.h"

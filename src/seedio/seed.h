@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The blockette reader: a volume as a sequence of records, one a call.
 //
 // A record is a control blockette (type 10 to 74, of the volume, dictionary, station and time span headers)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "volume/channel_lengths.h"
 
 #include "quarry/time.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lengths of data records that the headers of a volume declare, by channel and time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Logical records of control blockettes: their length, and the blockettes in them and over several of them.
 #include "volume/reading.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Data records: their lengths, and what their headers say.
 #include "decode/data_record.h"
 #include "platform/calendar.h"

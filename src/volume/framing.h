@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What stands at a place of a volume: the beginnings of logical records and of control blockettes.
 #pragma once
 

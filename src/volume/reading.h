@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a volume is read: from one logical record to the next, and within those of control headers from one
 // blockette to the next.
 //

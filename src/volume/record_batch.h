@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copies of data records, which outlive the reader that gave them, so that another thread can work on them.
 #pragma once
 

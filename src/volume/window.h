@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A window on an input that is read once from front to end: the bytes around the reader's place.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Uses the installed library the way a user would: each of its headers compiles alone, without a warning and with
 # no path but the one include root; an example is built by find_package and by pkg-config, and both are run on a
 # volume:

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # A Slurm cluster of this machine alone, for tests: cluster.sh start|stop DIRECTORY. Needs root.
 set -euo pipefail
 directory=$(realpath "$2")

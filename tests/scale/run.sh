@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The scripts for whole archives, each with 500 volumes: a worker is killed half-way, and the second run makes what is
 # missing and nothing else.
 #   run.sh QUARRY VOLUME EXAMPLES WORK_DIR xargs|parallel|ssh|slurm

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damage as it happens to volumes, the same for the same seed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the decoders promise of damaged data areas. Input and output lie in buffers of their exact size, so
 // that a sanitizer sees any access beyond. Each check returns whether the promise was kept, and prints which
 // was not.

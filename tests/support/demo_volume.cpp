@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the demonstration volume to the named file.
 
 #include "volume_builder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The demonstration volume: a made-up network with realistic headers and data.
 
 #include "draft.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A volume as its parts, which tests change one by one before it is written.
 //
 // Of itself the volume stays consistent: fields name the logical record in which another part stands instead

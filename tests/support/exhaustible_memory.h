@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replaces the global allocation functions so that a test can exhaust the memory.
 #pragma once
 

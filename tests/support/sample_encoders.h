@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encoders of the compressed formats, for the demonstration volume, the tests and the benchmarks: written
 // from the layouts, not from the decoders.
 #pragma once

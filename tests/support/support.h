@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests share: texts of blockettes through parser and printer, runs of the program, recorded
 // results.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "test_volumes.h"
 
 #include "damaged_volumes.h"

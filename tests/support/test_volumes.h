@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Volumes of every kind that readers meet, sound and damaged, by name.
 #pragma once
 

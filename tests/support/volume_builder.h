@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Builds small SEED volumes out of blockette fields and data records, for the demonstration volume and for
 // the tests. It writes what its caller asks for, damaged or not.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the test volumes into the named folder, which it makes.
 
 #include "test_volumes.h"
