@@ -33,7 +33,7 @@ expect() {
     shift
     for shell in bash fish zsh; do
         command -v "$shell" >/dev/null || continue
-        "of_$shell" "$@" | grep -qxF -e "$line" && continue
+        grep -qxF -e "$line" <<<"$("of_$shell" "$@")" && continue
         echo "$shell: no $line after: $*" >&2
         failures=$((failures + 1))
     done
@@ -47,7 +47,8 @@ expect check quarry c
 expect --version quarry --v
 # What another command has is not offered.
 for shell in bash fish zsh; do
-    if "of_$shell" quarry info --w | grep -qxF -e --werror; then
+    command -v "$shell" >/dev/null || continue
+    if grep -qxF -e --werror <<<"$("of_$shell" quarry info --w)"; then
         echo "$shell: --werror after quarry info" >&2
         failures=$((failures + 1))
     fi
