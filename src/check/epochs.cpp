@@ -210,7 +210,7 @@ void check_data_outside(const Facts& facts, bool is_described, std::string_view 
         subject.end = row.data->last;
         findings->add({0, row.data->offset, 0}, subject, "data from ", IsoTime(row.data->first).text(),
                       " to ", IsoTime(row.data->last).text(), where,
-                      row.data->records > 1 ? words("; so in ", row.data->records, " records") : "");
+                      row.data->records > 1 ? words("; ", row.data->records, " such records") : "");
     });
 }
 
@@ -252,7 +252,7 @@ void check_data_outside_volume(const Facts& facts, Findings* findings) {
                       is_early ? ", before " : ", after ", is_early ? "the start " : "the end ",
                       IsoTime(is_early ? *outside.least : *outside.most).text(),
                       outside.blockette == 70 ? " of the time span (070)" : " of the volume (010)",
-                      outside.records > 1 ? words("; so or alike in ", outside.records, " records") : "");
+                      outside.records > 1 ? words("; ", outside.records, " such records") : "");
     }
 }
 

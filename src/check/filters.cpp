@@ -14,6 +14,14 @@ bool has_filter(const Stage& stage) {
     return find_filter(stage) != nullptr;
 }
 
+// True for a filter that is described by coefficients and has none.
+bool is_empty(const Response& filter) {
+    if (const auto* coefficients = std::get_if<Coefficients>(&filter.part))
+        return coefficients->numerators.empty() && coefficients->denominators.empty();
+    const auto* fir = std::get_if<Fir>(&filter.part);
+    return fir != nullptr && fir->coefficients.empty();
+}
+
 bool is_digital_stage(const Stage& stage) {
     return std::any_of(stage.responses.begin(), stage.responses.end(),
                        [](const StageResponse& one) { return one.response && is_digital(*one.response); });
@@ -46,15 +54,18 @@ void check_digital_stage(const Facts& facts, Findings* findings) {
 }
 
 void check_stray_decimation(const Facts& facts, Findings* findings) {
-    for_each_part<Decimation>(
-        facts, [&](const ChannelRow& row, const Stage& stage, const StageResponse& one, const Decimation&) {
-            if (!has_filter(stage))
-                findings->add(one.place, row, "the decimation of stage ", *stage.number,
-                              " belongs to no filter (061, 054 or 053)");
-            else if (!is_digital_stage(stage))
-                findings->add(one.place, row, "the decimation of stage ", *stage.number,
-                              " is in an analogue stage");
-        });
+    for_each_part<Decimation>(facts, [&](const ChannelRow& row, const Stage& stage, const StageResponse& one,
+                                         const Decimation& decimation) {
+        if (!has_filter(stage))
+            findings->add(one.place, row, "the decimation of stage ", *stage.number,
+                          " belongs to no filter (061, 054 or 053)");
+        else if (!is_digital_stage(stage))
+            findings->add(one.place, row, "the decimation of stage ", *stage.number,
+                          " is in an analogue stage");
+        else if (decimation.factor.value_or(1) > 1 && is_empty(*find_filter(stage)))
+            findings->add(one.place, row, "stage ", *stage.number, " decimates by ", *decimation.factor,
+                          ", but its filter has no coefficients");
+    });
 }
 
 void check_delay(const Facts& facts, Findings* findings) {
@@ -63,7 +74,7 @@ void check_delay(const Facts& facts, Findings* findings) {
         const double delay = decimation.delay.value_or(0);
         const double correction = decimation.correction.value_or(0);
         const double period = 1 / std::max(row.epoch->rate.value_or(0), 1e-9);
-        if (correction != 0 && std::abs(delay - correction) > period / 2)
+        if (std::abs(delay - correction) > period / 2)
             findings->add(one.place, row, "the correction applied in stage ", *stage.number, " is ",
                           correction, " s, the estimated delay ", delay, " s");
     });

@@ -98,7 +98,7 @@ void check_pace(const Facts& facts, Findings* findings) {
         if (pace.off >= enough && pace.off > pace.pairs / 2)
             findings->add(
                 pace.first, subject_of(channel), "the sample rate of records is ", pace.rate,
-                ", but their times, ", pace.off, " of ", pace.pairs, " pairs, tell of ",
+                ", but their times, ", pace.off, " of ", pace.pairs, " pairs, make it ",
                 rounded(static_cast<double>(pace.samples) * 1e6 / static_cast<double>(pace.microseconds)));
     }
 }

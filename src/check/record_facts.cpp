@@ -66,7 +66,7 @@ void check_flags(const DataRecord& record, ChannelRecords* channel) {
         if ((record.header.quality_flags >> bit & 1) != 0)
             flags += words(flags.empty() ? "" : ", ", names[bit]);
     if (!flags.empty())
-        note(channel, RecordFault::quality_flags, record, "data_quality_flags tell of ", flags);
+        note(channel, RecordFault::quality_flags, record, "data_quality_flags report ", flags);
 }
 
 // --- samples -------------------------------------------------------------------------------------------
@@ -115,6 +115,17 @@ bool agree(std::span<const double> one, std::span<const double> other) {
     const auto is_same = [](double a, double b) { return a == b || (a != a && b != b); };
     const std::size_t common = std::min(one.size(), other.size());
     return std::equal(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(common), other.begin(), is_same);
+}
+
+// Half a sample more or less is no overlap.
+void add_end(const DataRecord& record, ChannelRecords* channel, LastRecord* last) {
+    if (!(record.rate > 0) || record.header.samples == 0)
+        return;
+    const double sample = 1e6 / record.rate;
+    const auto start = static_cast<double>(record.start);
+    if (start + sample / 2 < last->latest && !channel->early)
+        channel->early = place_of(record);
+    last->latest = std::max(last->latest, start + sample * record.header.samples);
 }
 
 void add_header(const DataRecord& record, ChannelRecords* channel) {
@@ -202,6 +213,7 @@ void RecordGatherer::add(const DataRecord& record) {
     add_header(record, &channel);
     if (record.rate > 0 && last.samples > 0 && last.rate == record.rate)
         add_pair(record.start - last.start, last.samples, record, &channel.pace);
+    add_end(record, &channel, &last);
     if (with_samples_)
         add_samples(record, &channel, &last);
     last.start = record.start;

@@ -9,6 +9,8 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -51,6 +53,7 @@ struct ChannelRecords {
     Place first = {};                        // of its records
     std::vector<RecordsAtFault> faults = {}; // each kind once
     Pace pace = {};
+    std::optional<Place> early = {}; // of the first one that begins before data in front of it end
 };
 
 // The order of their codes.
@@ -66,6 +69,7 @@ struct LastRecord {
     std::int64_t samples = 0; // 0 for none
     double rate = 0;
     std::vector<double> values = {};
+    double latest = -std::numeric_limits<double>::infinity(); // end of all records so far, microseconds
 };
 
 class RecordGatherer {

@@ -16,7 +16,7 @@ void add_faults(const Facts& facts, RecordFault fault, Findings* findings) {
                                         [fault](const RecordsAtFault& one) { return one.fault == fault; });
         if (found != channel.faults.end())
             findings->add(found->first, subject_of(channel), found->what,
-                          found->records > 1 ? words("; so or alike in ", found->records, " records") : "");
+                          found->records > 1 ? words("; ", found->records, " such records") : "");
     }
 }
 
@@ -57,10 +57,10 @@ auto find_records(const Facts& facts, const ChannelCoverage& channel) {
                             precedes<ChannelRecords, ChannelCoverage>);
 }
 
-// Of the channel's first record.
-Place first_place(const Facts& facts, const ChannelCoverage& channel) {
+// Of the channel's first record that goes back in time, or of the first one.
+Place place_of_overlap(const Facts& facts, const ChannelCoverage& channel) {
     const auto found = find_records(facts, channel);
-    return found != facts.records.end() ? found->first : Place{};
+    return found != facts.records.end() ? found->early.value_or(found->first) : Place{};
 }
 
 } // namespace
@@ -82,7 +82,7 @@ bool differ(const Facts& facts, const ChannelCoverage& channel) {
 void check_duplicates(const Facts& facts, Findings* findings) {
     for (const ChannelCoverage& channel : facts.coverage)
         if (channel.duplicates > 0 && !differ(facts, channel))
-            findings->add(first_place(facts, channel), subject_of(channel), "the data of ",
+            findings->add(place_of_overlap(facts, channel), subject_of(channel), "the data of ",
                           channel.duplicates, " of ", channel.records, " records are there twice");
 }
 
@@ -94,7 +94,7 @@ void check_overlaps(const Facts& facts, Findings* findings) {
             if (one.kind == Break::Kind::overlap && ++overlaps == 1)
                 first = &one;
         if (first != nullptr && !differ(facts, channel))
-            findings->add(first_place(facts, channel), subject_of(channel), "data overlap at ",
+            findings->add(place_of_overlap(facts, channel), subject_of(channel), "data overlap at ",
                           IsoTime(first->start).text(), " by ", rounded(first->samples), " samples",
                           overlaps > 1 ? words(", the first of ", overlaps, " overlaps") : "");
     }

@@ -28,8 +28,9 @@ namespace quarry {
          "A blockette is as long as the smallest one of its type at least.")                                                             \
     RULE(structure, "sequence", check_sequence, warning,                                                                                 \
          "The sequence numbers of a volume with headers count up by one.")                                                               \
-    RULE(structure, "order", check_order, warning,                                                                                       \
-         "Headers stand in the order V, A, S, T, and data behind those of their time span.")                                             \
+    RULE(                                                                                                                                \
+        structure, "order", check_order, warning,                                                                                        \
+        "Headers stand in the order V, A, S, T, the volume header in front, data behind those of their time span.")                      \
     RULE(structure, "volume-header", check_volume_header, error,                                                                         \
          "A volume with headers begins with a volume header (010, 005, 008).")                                                           \
     RULE(structure, "station-index", check_station_index, warning,                                                                       \

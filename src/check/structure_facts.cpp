@@ -129,9 +129,11 @@ void StructureGatherer::begin_volume() {
     if (first_blockette_.blockette != 0 && !has_volume_header_)
         faults_.add(StructureFault::volume_header, first_blockette_,
                     "headers begin without a volume header (010, 005 or 008)");
+    else if (first_blockette_.blockette != 0 && !is_volume_header(first_blockette_.blockette))
+        faults_.add(StructureFault::order, first_blockette_, "stands before the volume header");
     if (jumps_ > 0)
         faults_.add(StructureFault::sequence, first_jump_, jump_,
-                    jumps_ > 1 ? words("; so or alike in ", jumps_, " records") : "");
+                    jumps_ > 1 ? words("; ", jumps_, " such records") : "");
     indices_.end_volume(&faults_);
     jumps_ = 0;
     has_time_spans_ = false;

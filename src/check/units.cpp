@@ -32,6 +32,7 @@ constexpr auto units = std::to_array<UnitRow>({
     {"NM/S**2", "nm/s**2", "NM/S/S NM/S2 NM/S^2 NM/SEC**2"},
     {"COUNTS", "counts", "CNT CNTS DU DIGITS DIGITAL_COUNTS"},
     {"COUNT", "count", ""},
+    {"COUNTS/V", "counts/V", "COUNT/V COUNTS/VOLT"},
     {"V", "V", "VOLT VOLTS"},
     {"MV", "mV", "MILLIVOLT MILLIVOLTS"},
     {"UV", "uV", "MICROVOLT MICROVOLTS"},

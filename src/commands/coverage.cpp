@@ -158,8 +158,7 @@ std::optional<CoverageOptions> options_of(const CommandLine& line) {
                                   line.selection};
     std::string trouble = trouble_of(line, options);
     if (!tolerance)
-        trouble = "--tolerance: 0.1s and 2samples are of its form, and not " +
-                  std::string(line.value("--tolerance"));
+        trouble = "--tolerance: not of the form 0.1s or 2samples: " + std::string(line.value("--tolerance"));
     else if (!height)
         trouble = "--height: not a number from 200 to 100000: " + std::string(line.value("--height"));
     if (trouble.empty())
