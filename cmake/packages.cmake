@@ -2,7 +2,7 @@
 # Debian packages by CPack: the program, the library to run with, and what programs are built with. See script/package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The quarry authors <quarry@quarry.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # the first line of each description below
 set(CPACK_COMPONENTS_ALL quarry libquarry libquarry-dev)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -14,22 +14,22 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 
 set(CPACK_DEBIAN_QUARRY_PACKAGE_NAME quarry)
 set(CPACK_DEBIAN_QUARRY_DESCRIPTION "reader and lister of seismological volumes in SEED format
- Lists every blockette and data record of a volume, shows what it holds, checks
- it, and writes it as JSON Lines.")
+Lists every blockette and data record of a volume, shows what it holds, checks
+it, and writes it as JSON Lines.")
 set(CPACK_DEBIAN_QUARRY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/conffiles)
 file(WRITE ${PROJECT_BINARY_DIR}/conffiles "/etc/quarry/quarry.pf\n")
 
 set(CPACK_DEBIAN_LIBQUARRY_PACKAGE_NAME libquarry${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBQUARRY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBQUARRY_DESCRIPTION "reader of seismological volumes in SEED format - library
- Gives programs the blockettes, data records and samples of a volume.")
+Gives programs the blockettes, data records and samples of a volume.")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
 set(CPACK_DEBIAN_LIBQUARRY-DEV_PACKAGE_NAME libquarry-dev)
 set(CPACK_DEBIAN_LIBQUARRY-DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_LIBQUARRY-DEV_PACKAGE_DEPENDS "libquarry${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_LIBQUARRY-DEV_DESCRIPTION "reader of seismological volumes in SEED format - headers
- Headers, examples, and files for CMake and pkg-config.")
+Headers, examples, and files for CMake and pkg-config.")
 
 set(CPACK_DEBIAN_LIBQUARRY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
 file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
@@ -50,5 +50,10 @@ foreach(component quarry libquarry libquarry-dev)
   set(folder ${CMAKE_INSTALL_DATADIR}/doc/${of_package_${component}})
   install(FILES ${PROJECT_BINARY_DIR}/copyright DESTINATION ${folder} COMPONENT ${component})
   install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${folder} COMPONENT ${component})
+endforeach()
+# Debian's pages are compressed.
+foreach(component quarry libquarry-dev)
+  install(CODE "file(GLOB_RECURSE pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/*.[1-9]\")
+    execute_process(COMMAND ${gzip} -9nf \${pages} COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
 endforeach()
 include(CPack)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sums the samples of many volumes, on all processors: a thread reads one volume after the other.
+// Sums the samples of many volumes, on all processors: a thread reads one volume after the other. Records
+// without a blockette 1000 that names a known encoding do not count, nor do texts.
 //
 //     sum_samples VOLUME...
 #include <quarry/samples.h>

@@ -42,6 +42,7 @@ expect() {
 expect --stations quarry info --sta
 expect --station quarry info --sta
 expect --werror quarry check --w
+expect --svg quarry coverage --s
 expect coverage quarry c
 expect check quarry c
 expect --version quarry --v

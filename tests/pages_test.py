@@ -94,6 +94,7 @@ commands = set(re.findall(r"^  (\w+)", help_text[help_text.index("Commands:\n"):
 differs("commands", set(re.findall(r"^\.It Ic (\w+)$", pages["quarry.1"], re.MULTILINE)), commands)
 for command in sorted(commands):
     help_text = output(quarry, command, "--help")
+    faults.extend(f"quarry {command} --help: wide: {line}" for line in help_text.split("Examples:")[0].splitlines() if len(line) > 80)
     differs(command, options_of(pages.get(f"quarry-{command}.1", "")),
             set(re.findall(r"^  (?:-h,)?-(-\w+)", help_text, re.MULTILINE)))
 rules = set(re.findall(r"^([\w-]+) \((\w+), (\w+)\): (.*)", output(quarry, "check", "--rules"), re.MULTILINE))

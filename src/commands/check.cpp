@@ -167,7 +167,7 @@ const Command check_command{
     "  quarry check --disable samples,key-unused archive/*\n"
     "  quarry check --enable response --werror --station ANMO dataless.seed\n"
     "\n"
-    "Exit status: 0 no errors were found, 1 some were, 2 some volumes could not be read.",
+    "Exit status: 0 no errors found, 1 some found, 2 some volumes are unreadable.",
     write_check};
 
 } // namespace quarry

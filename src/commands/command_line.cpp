@@ -2,6 +2,7 @@
 #include "commands/command_line.h"
 
 #include "platform/terminal_text.h"
+#include "platform/text.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -31,11 +32,17 @@ constexpr auto common_options = std::to_array<OptionRow>({
 constexpr const char* volumes_help =
     "files, - for standard input, @FILE for a list of names, one on each line; plain or compressed";
 
+constexpr std::size_t help_column = 20;
+
+std::string folded_help(const char* help) {
+    return folded(help, help_column, false); // the library pads
+}
+
 void add_option(CLI::App* app, const OptionRow& row, std::vector<std::string>* values, bool* is_given) {
     if (row.value == nullptr)
-        app->add_flag(row.name, *is_given, row.help);
+        app->add_flag(row.name, *is_given, folded_help(row.help));
     else
-        app->add_option(row.name, *values, row.help)
+        app->add_option(row.name, *values, folded_help(row.help))
             ->type_name(row.value)
             ->expected(1)
             ->allow_extra_args(false)
@@ -126,9 +133,10 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
     std::vector<std::string> names;
 
     line->command = command.name;
-    CLI::App app(command.description, "quarry " + line->command);
+    CLI::App app(folded(command.description, 0), "quarry " + line->command);
+    app.get_formatter()->column_width(help_column);
     app.footer(command.examples);
-    app.add_option("VOLUME", names, volumes_help)->type_name("...");
+    app.add_option("VOLUME", names, folded_help(volumes_help))->type_name("");
     for (std::size_t i = 0; i < rows.size(); ++i)
         add_option(&app, rows[i], &values[i], &given[i]);
     try {

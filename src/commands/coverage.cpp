@@ -200,7 +200,7 @@ constexpr auto option_rows = std::to_array<OptionRow>({
     {"--csv", nullptr,
      "one table (channels unless --gaps or --days is given) with commas and a line of titles"},
     {"--svg", "FILE.svg", "a picture too; what does not fit on its first page is in FILE-2.svg and so on"},
-    {"--height", "PIXELS", "no page of the picture is higher; 4800 unless given, for 330 channels"},
+    {"--height", "PIXELS", "no page of the picture is higher; 4800 unless given, for 332 channels"},
 });
 
 } // namespace
@@ -217,7 +217,7 @@ const Command coverage_command{
     "  quarry coverage --tolerance 2samples --csv --days *.seed\n"
     "  quarry coverage --json volume.seed | jq -c 'select(.kind == \"segment\") | [.source, .start, .end]'\n"
     "\n"
-    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some could not be read.",
+    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some are unreadable.",
     write_coverage};
 
 } // namespace quarry

@@ -215,7 +215,7 @@ const Command info_command{
     "  quarry info --damage archive/*\n"
     "  quarry info --tsv --stations *.seed | cut -f 2,4,5\n"
     "\n"
-    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some could not be read.",
+    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some are unreadable.",
     write_info};
 
 } // namespace quarry

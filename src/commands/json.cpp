@@ -282,7 +282,7 @@ const Command json_command{
     "  quarry json --kinds channel volume.seed | jq -c '[.source, .start, .latitude, .longitude]'\n"
     "  find archive -name '*.mseed' | quarry json --jobs 2 --kinds summary @/dev/stdin\n"
     "\n"
-    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some could not be read.",
+    "Exit status: 0 all volumes are sound, 1 some are damaged, 2 some are unreadable.",
     write_json};
 
 } // namespace quarry

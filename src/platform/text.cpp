@@ -167,6 +167,19 @@ std::string with_signed_exponent(std::string_view number) {
     return text;
 }
 
+std::string folded(std::string_view text, std::size_t indent, bool pads) {
+    constexpr std::size_t width = 80;
+    std::string lines;
+    while (indent + text.size() > width) {
+        const std::size_t end = text.rfind(' ', width - indent);
+        if (end == std::string_view::npos)
+            break;
+        lines.append(text.substr(0, end)).append("\n").append(pads ? indent : 0, ' ');
+        text.remove_prefix(end + 1);
+    }
+    return lines.append(text);
+}
+
 void copy_text(std::span<char> destination, std::string_view text) {
     if (destination.empty())
         return;

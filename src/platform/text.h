@@ -65,6 +65,10 @@ ParsedReal parse_short_real(std::string_view text, bool blank_is_plus = false);
 // The number with a "+" where some writers leave a blank for the sign of its exponent ("1.5E 03").
 std::string with_signed_exponent(std::string_view number);
 
+// The text in lines of at most 80 characters, broken at blanks, where it begins in the column `indent`,
+// counted from 0. The further lines begin with so many blanks, if `pads`.
+std::string folded(std::string_view text, std::size_t indent, bool pads = true);
+
 // Copies as much of `text` as fits into `destination` and ends it with a NUL.
 void copy_text(std::span<char> destination, std::string_view text);
 

@@ -2,6 +2,7 @@
 #include "sdd/about.h"
 
 #include "build_info.h"
+#include "platform/text.h"
 #include "sdd/options.h"
 
 #include <cstdio>
@@ -15,13 +16,14 @@ namespace {
 constexpr const char* front = R"(quarry reads volumes of seismological data in SEED format.
 
 Usage:
-  quarry [options] [VOLUME]            lists a volume: each blockette and data record
-                                       on a line, then how its bytes divide
+  quarry [options] [VOLUME]            lists a volume: each blockette and data
+                                       record on a line, then how its bytes
+                                       divide
   quarry COMMAND [options] VOLUME...   looks at volumes in another way
   quarry --help, quarry --version
 
-A volume is a file, a pipe or a tape; files and pipes may be compressed. Without one, or
-for -, the listing reads standard input.
+A volume is a file, a pipe or a tape; files and pipes may be compressed. Without
+one, or for -, the listing reads standard input.
 )";
 
 constexpr const char* back = R"(
@@ -30,12 +32,13 @@ Examples:
   quarry -s volume.seed.gz
   quarry info --channel 'BH?' archive/*.seed
 
-`quarry COMMAND --help` explains a command. The listing needs a parameter file quarry.pf, which
-may be empty. Read on in the manual: man quarry, man quarry-COMMAND, man quarry.pf.
+`quarry COMMAND --help` explains a command. The listing needs a parameter file
+quarry.pf, which may be empty. Read on in the manual: man quarry,
+man quarry-COMMAND, man quarry.pf.
 )";
 
 void print_row(const std::string& name, const char* help) {
-    std::printf("  %-14s %s\n", name.c_str(), help);
+    std::printf("  %-14s %s\n", name.c_str(), folded(help, 17).c_str());
 }
 
 void print_options() {
