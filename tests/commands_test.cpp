@@ -163,7 +163,8 @@ const bool commands = make_recorded_tests(
          "seen() { tr '\\r' '\\n' | sed 's/[0-9.]* MB.s/SPEED/; s/[0-9]* s left/TIME/' | cat -v >seen; "
          "grep -m1 MB seen; grep . seen | tail -n1; }; "
          "script -qec \"$quarry json --kinds damage many | { sleep 2.3; wc -l; }\" /dev/null </dev/null | seen; "
-         "script -qec \"{ cat demo; sleep 2.3; } | $quarry info demo - >out\" /dev/null </dev/null | seen",
+         "script -qec \"{ cat demo; sleep 2.3; } | $quarry info demo - >out\" /dev/null </dev/null | seen; "
+         "script -qec \"{ sleep 2.3; cat demo; } | $quarry check - >out\" /dev/null </dev/null | seen",
          {{"many", many_records()}, {"demo", demonstration_volume()}}},
         {"Recipes",
          examples_of(QUARRY_RECIPES),

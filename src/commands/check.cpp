@@ -49,6 +49,8 @@ struct Choice {
 Choice choice_of(const CommandLine& line) {
     const std::string_view enabled = line.value("--enable");
     const std::string_view disabled = line.value("--disable");
+    if (line.has("--enable") && enabled.empty())
+        throw std::invalid_argument("--enable: no rule is named");
     check_names("--enable", enabled);
     check_names("--disable", disabled);
     Choice choice{{}, false, line.has("--werror"), line.has("--json")};
@@ -125,8 +127,10 @@ bool check(const CommandLine& line, const Choice& choice, VolumeReader* reader, 
         (choice.as_json ? write_json : write_line)(reader->name(), finding, severity, &out->text());
         out->settle();
     }
-    if (reader->totals().holds_seed())
+    if (reader->totals().holds_seed()) {
+        out->make_way();
         report_trouble(line.command, summary(reader->name(), counts));
+    }
     return counts[static_cast<std::size_t>(Severity::error)] == 0;
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <exception>
 
 namespace quarry {
@@ -37,7 +36,7 @@ int run_command(const Command& command, int argc, char** argv) {
         const std::optional<ExitStatus> ended = read_command_line(command, argc, argv, &line);
         return ended ? *ended : command.run(line);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quarry %s: %s\n", command.name, error.what());
+        report_trouble(command.name, error.what());
         return failed;
     }
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
+#include <utility>
 
 namespace quarry {
 
@@ -35,26 +37,21 @@ std::ptrdiff_t volume_of(const Inventory& inventory, const Place& place) {
 
 template <class Epoch>
 void add_overlaps_of(const std::vector<Epoch>& epochs, FindingKind kind, Inventory* inventory) {
-    std::vector<const Epoch*> latest; // of those so far, by volume and subchannel: the one that ends last
+    // Of those so far, by volume and subchannel: the one that ends last.
+    std::map<std::pair<std::ptrdiff_t, Integer>, const Epoch*> latest;
     for (const Epoch& epoch : epochs) {
-        const auto is_alike = [&](const Epoch* other) {
-            return subchannel(*other) == subchannel(epoch) &&
-                   volume_of(*inventory, other->place) == volume_of(*inventory, epoch.place);
-        };
-        const auto before = std::find_if(latest.begin(), latest.end(), is_alike);
-        if (before == latest.end()) {
-            latest.push_back(&epoch);
+        const auto [place, is_first] =
+            latest.try_emplace({volume_of(*inventory, epoch.place), subchannel(epoch)}, &epoch);
+        const Epoch*& before = place->second;
+        if (is_first)
             continue;
+        if (start_of(epoch) < end_of(*before)) {
+            const bool is_later = epoch.place.offset > before->place.offset;
+            inventory->findings.push_back(
+                {kind, is_later ? epoch.place : before->place, is_later ? before->place : epoch.place, {}});
         }
-        if (start_of(epoch) < end_of(**before)) {
-            const bool is_later = epoch.place.offset > (*before)->place.offset;
-            inventory->findings.push_back({kind,
-                                           is_later ? epoch.place : (*before)->place,
-                                           is_later ? (*before)->place : epoch.place,
-                                           {}});
-        }
-        if (end_of(epoch) > end_of(**before))
-            *before = &epoch;
+        if (end_of(epoch) > end_of(*before))
+            before = &epoch;
     }
 }
 

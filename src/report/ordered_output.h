@@ -46,6 +46,9 @@ public:
             settle();
         }
 
+        // Before something is written on another stream.
+        void make_way() { output_.before_write_(); }
+
         // Where the part is given up in the middle of a line.
         void drop_unfinished_line() { text_.resize(text_.rfind('\n') + 1); }
 

@@ -4,6 +4,7 @@
 #include "platform/text.h"
 #include "volume/reading.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -114,7 +115,8 @@ double rate_of(const FixedHeader& header) {
 std::int64_t end_of(const DataRecord& record) {
     if (record.rate <= 0 || record.header.samples < 2)
         return record.start;
-    return record.start + std::llround((record.header.samples - 1) * 1e6 / record.rate);
+    constexpr double longest = 1e17; // microseconds: 3000 years
+    return record.start + std::llround(std::min((record.header.samples - 1) * 1e6 / record.rate, longest));
 }
 
 // --- the reader ----------------------------------------------------------------------------------------

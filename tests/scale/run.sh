@@ -22,7 +22,8 @@ for i in $(seq "$volumes"); do
 done
 rm archive/7.seed
 echo "no volume" >archive/7.seed
-find archive -name '*.seed' | sort >list
+mv archive/9.seed ./-9.seed # looks like an option; another name leads out of the directory
+find archive ./-9.seed -name '*.seed' | sed "s|^\./||; /\/8.seed/s|^|../${work##*/}/|" | sort >list
 # Counts its runs, and takes a while.
 cat >counted <<COUNTED
 #!/usr/bin/env bash
