@@ -124,8 +124,8 @@ struct Fields {
 Fields decode_blockette(int type, std::string_view text, std::endian order = std::endian::big);
 void decode_blockette(int type, std::string_view text, std::endian order, Fields* fields);
 
-// True if a data blockette of this type and size is sound whatever its bytes are: all its fields are
-// integers, and the size holds them all. Then decode_blockette reports no problem.
+// True if decode_blockette reports no problem for any data blockette of this type and size: all fields of
+// the type are integers, and the size has room for all of them.
 bool is_sound_by_size(int type, std::size_t size);
 
 // Access by name within the fields of a blockette or a row: the first field of the name, or null; its value

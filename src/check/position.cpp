@@ -40,15 +40,6 @@ void check_place(const Epoch& epoch, const Subject& subject, Findings* findings)
     check_range(elevations, epoch.elevation, epoch.place, subject, findings);
 }
 
-// Visits each epoch of stations.
-template <class Visit>
-void for_each_station(const Facts& facts, Visit visit) {
-    for (const Network& network : facts.contents.inventory.networks)
-        for (const Station& station : network.stations)
-            for (const StationEpoch& epoch : station.epochs)
-                visit(subject_of(network, station, epoch), epoch);
-}
-
 // Meters between two places on a sphere; 0 where a coordinate is missing.
 double distance(const StationEpoch& station, const ChannelEpoch& channel) {
     constexpr double radius = 6'371'000;
@@ -78,7 +69,7 @@ void check_distance(const StationEpoch& station, const ChannelRow& row, Findings
 } // namespace
 
 void check_ranges(const Facts& facts, Findings* findings) {
-    for_each_station(facts, [&](const Subject& subject, const StationEpoch& epoch) {
+    for_each_station_epoch(facts, [&](const Subject& subject, const StationEpoch& epoch) {
         check_place(epoch, subject, findings);
     });
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
@@ -91,7 +82,7 @@ void check_ranges(const Facts& facts, Findings* findings) {
 // The blockette 050 that a channel follows is the last station that begins before it.
 void check_distances(const Facts& facts, Findings* findings) {
     std::vector<std::pair<std::int64_t, const StationEpoch*>> stations;
-    for_each_station(facts, [&](const Subject&, const StationEpoch& epoch) {
+    for_each_station_epoch(facts, [&](const Subject&, const StationEpoch& epoch) {
         stations.emplace_back(epoch.place.offset, &epoch);
     });
     std::sort(stations.begin(), stations.end());

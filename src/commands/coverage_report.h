@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What quarry coverage tells of a channel, and the forms in which it writes that.
+// What quarry coverage reports about a channel, and the forms in which it writes that.
 #pragma once
 
 #include "commands/selection.h"

@@ -24,7 +24,7 @@ inline constexpr auto listing_options = std::to_array<ListingOption>({
     {'V', nullptr, "About quarry", "the banner: release, build and source revision"},
 });
 
-// As getopt takes them; it stops at the first argument that is none. -H is known, but leads to the usage.
+// As getopt takes them; it stops at the first argument that is not an option. -H only prints the usage.
 inline std::string listing_option_letters() {
     std::string letters = "+H";
     for (const ListingOption& option : listing_options) {
