@@ -166,6 +166,7 @@ std::vector<Breach> epochs() {
             {"data-outside-epochs", {put(52, "2001,001~~", "2001,001~2005,032,10:22~")}},
             {"data-without-channel", {with_another_channel}},
             {"channel-without-data", {without_BHN}},
+            {"channel-without-data", {without_BHN, put(52, "2003,200~~", "~~")}},
             {"channel-without-data", {without_BHN, without(70), put(12, span, "0000")}},
             {"data-outside-volume", {put(70, "23:59:59.9999", "10:22"), put(12, "23:59:59.9999", "10:22")}},
             {"data-outside-volume", {put(10, "00:00:00.0000", "10:20:31")}}};
@@ -399,6 +400,9 @@ TEST(Check, NothingIsWrongWithItsVariants) {
          put(70, "23:59:59.9999", "10:25:28")}, // the last sample but one
         {put(70, "23:59:59.9999", "01:00"), behind(70, "", {'T', 70, std::string("E") + whole_span})},
         {put(73, "<DAT2>", "      ")},
+        {rename("BHZ", "BH1"), rename("BHN", "BH2"), put(52, "  0.0-90.0", " 45.0  0.0"),
+         put(52, "  0.0-90.0", " 45.0  0.0"), put(52, "  0.0  0.0", "135.0  0.0")},
+        {put(61, "A0040040003  2.500000E-01  5.000000E-01", "C0040040002  2.500000E-01  2.500000E-01")},
         {[](Draft* draft) { keep_records_of(draft, "XX"); }}};
     for (const std::vector<Edit>& edits : variants)
         EXPECT_EQ(found_in(volume_with({"", edits})).lines, "");
@@ -424,6 +428,11 @@ std::ptrdiff_t times(const Found& found, std::string_view rule) {
     });
 }
 
+void without_time_spans(Draft* draft) {
+    std::erase_if(draft->headers, [](const Part& part) { return part.letter == 'T'; });
+    put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")(draft);
+}
+
 TEST(Check, VolumesMayBeJoined) {
     const std::string sound = demonstration_volume();
     EXPECT_EQ(found_in(sound + sound).rules, std::set<std::string_view>{"duplicate"});
@@ -431,6 +440,8 @@ TEST(Check, VolumesMayBeJoined) {
     std::ranges::copy_if(epochs(), std::back_inserter(rows), [](const Breach& breach) {
         return std::string_view(breach.rule) == "data-outside-volume";
     });
+    // Data without time spans keep their numbers, also behind a volume that has some.
+    rows.push_back({"sequence", {without_time_spans, record(3, [](RecordFields* r) { r->sequence = 500; })}});
     for (const Breach& breach : rows) {
         const std::string broken = volume_with(breach);
         const std::ptrdiff_t alone = times(found_in(broken), breach.rule);

@@ -34,9 +34,23 @@ std::string records_of_days() {
     return bytes + one_record({.channel = "ACE", .rate_factor = 1});
 }
 
+// Three minutes at 1 Hz whose second one is 0.2 s early, and that one again.
+std::string jittering_records() {
+    std::string bytes;
+    for (const int seconds : {1200, 1259, 1320, 1259})
+        bytes += one_record({.channel = "LHZ",
+                             .minute = seconds / 60,
+                             .second = seconds % 60,
+                             .fraction = seconds % 60 != 0 ? 8000 : 0,
+                             .samples = 60,
+                             .rate_factor = 1});
+    return bytes;
+}
+
 const std::map<std::string, std::string> volumes = {
     {"days", records_of_days()},
     {"later", one_record({.channel = "LHZ", .minute = 23, .samples = 60, .rate_factor = 1})},
+    {"jitter", jittering_records()},
     {"damaged", std::string(256, 'x') + one_record({.station = "BBB", .samples = 20})},
     {"tiny", one_record({.samples = 1, .rate_factor = -32767, .rate_multiplier = -32767}) +
                  one_record({.samples = 65535, .rate_factor = 32767, .rate_multiplier = 32767})},
@@ -45,7 +59,9 @@ const std::map<std::string, std::string> volumes = {
 const bool tests = make_recorded_tests(
     "Coverage",
     {
-        {"Tables", "$quarry coverage --gaps --days later days; $quarry coverage --gaps tiny later", volumes},
+        {"Tables",
+         "$quarry coverage --gaps --days later days; $quarry coverage --gaps tiny later; $quarry coverage jitter",
+         volumes},
         {"Plot",
          "$quarry coverage --plot --channel ?H? days later; $quarry coverage --plot --channel LOG days; "
          "for columns in 30 60; do COLUMNS=$columns script -qec '$quarry coverage --plot --station DEM1 "

@@ -23,6 +23,14 @@
 namespace quarry {
 namespace {
 
+TEST(Bytes, AreReversedElementByElement) {
+    std::string bytes = "abcdefghi";
+    swap_two(bytes.data(), bytes.data(), 3);
+    EXPECT_EQ(bytes, "badcfeghi");
+    swap_four("abcdefghi", bytes.data(), 2);
+    EXPECT_EQ(bytes, "dcbahgfei");
+}
+
 // The codes, and the numbers from the year on, as they are after parse_dh.
 std::string parsed(const std::string& record) {
     const std::vector<char> exactly(record.begin(), record.end()); // so that a sanitizer sees a byte beyond

@@ -306,8 +306,8 @@ GroupRows rows_at(std::span<const Field> fields) {
 
 GroupRows rows_of(std::span<const Field> fields, std::string_view count) {
     const Field* field = find_field(fields, count);
-    return rows_at(field != nullptr ? fields.subspan(static_cast<std::size_t>(field - fields.data()))
-                                    : fields.first(0));
+    return field != nullptr ? rows_at(fields.subspan(static_cast<std::size_t>(field - fields.data())))
+                            : GroupRows({});
 }
 
 } // namespace quarry
