@@ -85,6 +85,7 @@ std::vector<Breach> structure() {
             {"field", {record(0, [](RecordFields* record) { record->stated_rate = std::nan(""); })}},
             {"text", {put(33, "Long-period", std::string(50, 'l'))}},
             {"declared-length", {put(10, " 2.410", " 2.407")}},
+            {"declared-length", {put(10, " 2.410", " 2.4  ")}},
             {"blockette-length", {put(51, "2005,001~2005,090~0001000000", "2005~~00010")}},
             {"sequence", {record(3, [](RecordFields* record) { record->sequence = 500; })}},
             {"sequence", {}, [](std::string* volume) { volume->replace(1024, 6, "000003"); }},
@@ -141,15 +142,21 @@ Edit of_network(const char* code) {
 
 constexpr const char* whole_span = "2005,032,00:00:00.0000~2005,032,23:59:59.9999~";
 
+void without_BHN(Draft* draft) {
+    put(73, "0003", "0002")(draft);
+    put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", "")(draft);
+    put(73, "<DAT4>", "<DAT2>")(draft);
+    draft->records.erase(draft->records.begin() + 2, draft->records.begin() + 4);
+}
+
+void without_time_spans(Draft* draft) {
+    std::erase_if(draft->headers, [](const Part& part) { return part.letter == 'T'; });
+    put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")(draft);
+}
+
 std::vector<Breach> epochs() {
     const Part second_header{'S', 50, "DEM2 -33.125000  18.500000   90.50001000Moved~0030123011998,001~~NXX"};
     const std::string span = "0001" + std::string(whole_span) + "<SPAN>";
-    const Edit without_BHN = [](Draft* draft) {
-        put(73, "0003", "0002")(draft);
-        put(73, "DEM1   BHN2005,032,10:20:30.0000~<DAT2>01", "")(draft);
-        put(73, "<DAT4>", "<DAT2>")(draft);
-        draft->records.erase(draft->records.begin() + 2, draft->records.begin() + 4);
-    };
     const auto with_another_channel = [](Draft* draft) {
         draft->records.push_back(draft->records.front());
         draft->records.back().channel = "BHE";
@@ -200,7 +207,7 @@ Edit with_responses(std::vector<Part> parts) {
 
 std::vector<Breach> response() {
     const std::string sensitivity = exponent(6e8), ten_hertz = exponent(10), one = exponent(1),
-                      none = exponent(0);
+                      none = exponent(0), blank(12, ' ');
     const std::string rate = "   20.0000 1.0", third = "03   80.00000000", delay = "     0.0250";
     const Part smoother{'S', 61, "04Smoother~A0040040003  2.500000E-01  5.000000E-01  2.500000E-01"};
     const std::string quarter = "  2.500000E-01", half = "  5.000000E-01", fifth = "  2.000000E-01";
@@ -233,6 +240,15 @@ std::vector<Breach> response() {
          {without_responses(), with_responses({{'S', 55, "010010040001" + one + one + none + none + none},
                                                gain("01", 6e8),
                                                gain("00", 6e8)})}},
+        {"stage-numbers",
+         {put(61, "04Smoo", "  Smoo"), without(57, "04   40"), without(58, "04" + one),
+          put(52, rate, "   40.0000 1.0")}},
+        {"response-list", // has no amplitude at the frequency of the sensitivity
+         {without_responses(), with_responses({{'S', 55,
+                                                "010010040002" + one + blank + none + none + none +
+                                                    ten_hertz + one + none + none + none},
+                                               {'S', 58, "01" + exponent(6e8) + ten_hertz + "00"},
+                                               gain("00", 7e8)})}},
         {"gain-missing", {without(58, "03" + one + one)}},
         {"gain-zero", {put_number(58, "03", 1, 0, one)}},
         {"gain-negative", {put_number(58, "03", 1, -1, one)}},
@@ -313,6 +329,7 @@ std::vector<Breach> data() {
         {"quality-flags", {record(2, [](RecordFields* r) { r->quality = 0x90; })}},
         {"correction", {record(4, [](RecordFields* r) { r->activity = 0; })}},
         {"duplicate", {[](Draft* draft) { draft->records.push_back(draft->records.at(2)); }}},
+        {"duplicate", {[](Draft* draft) { draft->records.push_back(draft->records.at(6)); }}},
         {"overlap",
          {record(2, [](RecordFields* r) { r->data = std::string(400, '\0'); }),
           record(3,
@@ -350,11 +367,12 @@ struct Found {
 
 Found found_in(const std::string& volume) {
     VolumeReader reader = VolumeReader::of_memory(volume, "volume", Framing::shown);
-    FactsGatherer gatherer(true);
+    const auto all = [](const Subject&) { return true; };
+    FactsGatherer gatherer(true, all);
     while (const Item* item = reader.next())
         gatherer.take(*item);
     const Facts facts = gatherer.finish(reader);
-    Findings findings([](const Subject&) { return true; });
+    Findings findings(all);
     for (const Rule& rule : check_rules()) {
         findings.begin(rule);
         rule.check(facts, &findings);
@@ -400,6 +418,8 @@ TEST(Check, NothingIsWrongWithItsVariants) {
          put(70, "23:59:59.9999", "10:25:28")}, // the last sample but one
         {put(70, "23:59:59.9999", "01:00"), behind(70, "", {'T', 70, std::string("E") + whole_span})},
         {put(73, "<DAT2>", "      ")},
+        {without_BHN, without(70), put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000"),
+         put(52, "2003,200~~", "2006,001~~")}, // after all data
         {rename("BHZ", "BH1"), rename("BHN", "BH2"), put(52, "  0.0-90.0", " 45.0  0.0"),
          put(52, "  0.0-90.0", " 45.0  0.0"), put(52, "  0.0  0.0", "135.0  0.0")},
         {put(61, "A0040040003  2.500000E-01  5.000000E-01", "C0040040002  2.500000E-01  2.500000E-01")},
@@ -426,11 +446,6 @@ std::ptrdiff_t times(const Found& found, std::string_view rule) {
     return std::count_if(lines.begin(), lines.end(), [name = words("[", rule, "]")](const std::string& line) {
         return line.find(name) != std::string::npos;
     });
-}
-
-void without_time_spans(Draft* draft) {
-    std::erase_if(draft->headers, [](const Part& part) { return part.letter == 'T'; });
-    put(12, "0001" + std::string(whole_span) + "<SPAN>", "0000")(draft);
 }
 
 TEST(Check, VolumesMayBeJoined) {

@@ -6,6 +6,7 @@
 #include "quarry/time.h"
 
 #include <set>
+#include <utility>
 
 namespace quarry {
 
@@ -69,12 +70,13 @@ bool has_network_codes(const Facts& facts) {
 
 void check_codes_of_headers(const Facts& facts, Findings* findings) {
     const bool may_lack_network = !has_network_codes(facts);
-    for (const Network& network : facts.contents.inventory.networks)
+    for (const Network& network : facts.contents.inventory.networks) {
+        bool is_network_checked = network.code.empty() && may_lack_network;
         for (const Station& station : network.stations) {
             const Subject subject{network.code, station.code};
             if (!station.epochs.empty()) {
                 const Place& place = station.epochs.front().place;
-                if (&station == &network.stations.front() && !(network.code.empty() && may_lack_network))
+                if (!std::exchange(is_network_checked, true))
                     check_form(network.code, network_form, place, subject, findings);
                 check_form(station.code, station_form, place, subject, findings);
             }
@@ -85,6 +87,7 @@ void check_codes_of_headers(const Facts& facts, Findings* findings) {
                 check_form(channel.code, channel_form, place, of_channel, findings);
             }
         }
+    }
 }
 
 } // namespace
@@ -251,7 +254,8 @@ void check_data_outside_volume(const Facts& facts, Findings* findings) {
                       IsoTime(is_early ? outside.start : outside.end).text(),
                       is_early ? ", before " : ", after ", is_early ? "the start " : "the end ",
                       IsoTime(is_early ? *outside.least : *outside.most).text(),
-                      outside.blockette == 70 ? " of the time span (070)" : " of the volume (010)",
+                      outside.blockette == 70 ? " of the time span (" : " of the volume (",
+                      three_digits(outside.blockette), ")",
                       outside.records > 1 ? words("; ", outside.records, " such records") : "");
     }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/facts.h"
 
+#include "inventory/field_values.h"
+
 #include <algorithm>
 
 namespace quarry {
@@ -31,11 +33,11 @@ Subject Facts::subject_at(const Place& place) const {
     const auto after =
         std::upper_bound(subjects.begin(), subjects.end(), place.offset,
                          [](std::int64_t offset, const auto& subject) { return offset < subject.first; });
-    const bool is_of_station = place.blockette >= 50 && place.blockette < 70;
-    return is_of_station && after != subjects.begin() ? std::prev(after)->second : Subject{};
+    return is_of_station(place) && after != subjects.begin() ? std::prev(after)->second : Subject{};
 }
 
 void FactsGatherer::take(const Item& item, bool is_selected) {
+    structure_.faults().take_records(is_selected);
     if (is_selected)
         std::visit([this](const auto& one) { add(one); }, item);
     else if (const auto* record = std::get_if<DataRecord>(&item))
@@ -44,9 +46,28 @@ void FactsGatherer::take(const Item& item, bool is_selected) {
 
 void FactsGatherer::add(const ControlBlockette& blockette) {
     decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
+    if (blockette.type == 50 || blockette.type == 52)
+        begin_subject(blockette.type == 50);
     contents_.add(blockette, fields_);
     structure_.add(blockette, fields_);
     times_.add(blockette, fields_);
+}
+
+void FactsGatherer::begin_subject(bool is_station) {
+    const auto text = [this](std::string_view name) { return text_value(fields_.fields, name); };
+    const auto time = [this](std::string_view name) { return moment_value(fields_.fields, name).microseconds; };
+    if (is_station) {
+        network_ = text("network_code");
+        station_ = text("station_call_letters");
+    }
+    const std::string location = text("location_identifier"), channel = text("channel_identifier");
+    const Subject subject{network_,
+                          station_,
+                          location,
+                          channel,
+                          time(is_station ? "start_effective_date" : "start_date"),
+                          time(is_station ? "end_effective_date" : "end_date")};
+    structure_.faults().take_stations(takes_(subject));
 }
 
 void FactsGatherer::add_to_volume(const DataRecord& record) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the rules look at: gathered while a volume is read once, from its items in their order.
 //
-//     FactsGatherer gatherer(false);
+//     FactsGatherer gatherer(false, [](const Subject&) { return true; });
 //     while (const Item* item = reader.next())
 //         gatherer.take(*item);
 //     const Facts facts = gatherer.finish(reader);
@@ -52,8 +52,10 @@ void for_each_station_epoch(const Facts& facts, Visit visit) {
 
 class FactsGatherer {
 public:
-    // With the samples of data records decoded, or not.
-    explicit FactsGatherer(bool with_samples) : records_(with_samples) {}
+    // With the samples of data records decoded, or not. Of faults that are counted, only those count that
+    // are about subjects that `takes` accepts.
+    FactsGatherer(bool with_samples, Findings::Takes takes)
+        : takes_(std::move(takes)), records_(with_samples) {}
 
     // Of a reader that shows its framing. A data record that is not selected only counts as there.
     void take(const Item& item, bool is_selected = true);
@@ -65,14 +67,17 @@ private:
     void add(const Damage& damage) { structure_.add(damage); }
     void add(const ControlBlockette& blockette);
     void add(const DataRecord& record);
+    void begin_subject(bool is_station);
     void add_to_volume(const DataRecord& record);
 
+    Findings::Takes takes_;
     ContentsBuilder contents_{Responses::all};
     StructureGatherer structure_ = {};
     TimeGatherer times_ = {};
     RecordGatherer records_;
     Coverage coverage_ = Coverage();
     Fields fields_ = {};
+    std::string network_ = {}, station_ = {}; // of the last 050
 };
 
 } // namespace quarry

@@ -52,14 +52,15 @@ void Findings::keep(const Place& place, const Subject& subject, std::string text
     const std::string name = name_of(subject);
     if (!name.empty())
         text = words(name, place.blockette > 0 ? ", " : ": ", text);
-    all_.push_back({rule_, place, name, std::move(text)});
+    all_.push_back({rule_, place, name, std::move(text), 1});
 }
 
-// What was only counted is told at the place of the last one that was kept.
+// Those that were only counted are reported at the place of the last one that was kept.
 void Findings::end_rule() {
-    if (of_rule_ > most_of_a_rule && !all_.empty())
-        all_.push_back(
-            {rule_, all_.back().place, "", words(of_rule_ - most_of_a_rule, " more of these are not shown")});
+    if (of_rule_ <= most_of_a_rule)
+        return;
+    const auto more = static_cast<std::int64_t>(of_rule_ - most_of_a_rule);
+    all_.push_back({rule_, all_.back().place, "", words(more, " more of these are not shown"), more});
 }
 
 std::vector<CheckFinding> Findings::take() {

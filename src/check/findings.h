@@ -23,6 +23,7 @@ struct CheckFinding {
     Place place;         // the byte at which the fault stands, and the type of the blockette
     std::string channel; // NET.STA.LOC.CHA or NET.STA; empty for what concerns the whole volume
     std::string text;    // bytes of a volume, as they are, may be in it
+    std::int64_t count;  // of findings: 1, or as many as the text says are not shown
 };
 
 // What a finding is about. The codes are empty for the whole volume, the last two for a station. The span of
@@ -49,8 +50,8 @@ public:
     // What is found from now on breaks this rule.
     void begin(const Rule& rule);
 
-    // Adds "blockette 057: " and the words, behind the name of the subject. Of one rule so many are kept, the
-    // others counted.
+    // Adds "blockette 057: " and the words, behind the name of the subject. At most `most_of_a_rule` of a rule
+    // are kept; the others are only counted.
     template <class... Words>
     void add(const Place& place, const Subject& subject, const Words&... text) {
         if (is_taken(subject))
@@ -61,8 +62,8 @@ public:
         add(place, subject_of(row), text...);
     }
 
-    // Counts so many more that are not at hand.
-    void leave_out(std::size_t findings) { of_rule_ += findings; }
+    // Counts so many more that whoever gathered them did not keep.
+    void count_more(std::size_t findings) { of_rule_ += findings; }
 
     // In the order of their places. The object is empty then.
     std::vector<CheckFinding> take();

@@ -40,6 +40,8 @@ void VolumeIndices::add(const ControlBlockette& blockette, const Fields& fields,
         return add_span_pointers(blockette, fields);
     case 50:
         ++station_headers_;
+        codes_.emplace(text_value(fields.fields, "network_code"),
+                       text_value(fields.fields, "station_call_letters"));
         if (begins_record)
             stations_.emplace(text_value(fields.fields, "station_call_letters"), blockette.sequence);
         return;
@@ -188,10 +190,7 @@ void VolumeIndices::check_spans(StructureFaults* faults) const {
 
 // A station with several headers may be in the index once or each time.
 void VolumeIndices::check_count(StructureFaults* faults) const {
-    std::set<std::string_view> stations;
-    for (const auto& [station, sequence] : stations_)
-        stations.insert(station);
-    const auto different = static_cast<std::int64_t>(stations.size());
+    const auto different = static_cast<std::int64_t>(codes_.size());
     if (station_index_.blockette != 0 && indexed_stations_ != station_headers_ &&
         indexed_stations_ != different)
         faults->add(StructureFault::station_count, station_index_, "number_of_stations is ",

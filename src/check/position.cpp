@@ -52,13 +52,14 @@ double distance(const StationEpoch& station, const ChannelEpoch& channel) {
     return 2 * radius * std::asin(std::min(1.0, std::sqrt(chord)));
 }
 
-constexpr double far = 1000; // meters
+constexpr double kilometer = 1000; // meters
+constexpr double far = kilometer;
 
 void check_distance(const StationEpoch& station, const ChannelRow& row, Findings* findings) {
     const double meters = distance(station, *row.epoch);
     if (meters > far)
         findings->add(row.epoch->place, row, "the channel at ", *row.epoch->latitude, ", ",
-                      *row.epoch->longitude, " is ", rounded(meters / far), " km away from its station at ",
+                      *row.epoch->longitude, " is ", rounded(meters / kilometer), " km away from its station at ",
                       *station.latitude, ", ", *station.longitude);
     if (station.elevation && row.epoch->elevation &&
         std::abs(*station.elevation - *row.epoch->elevation) > far)

@@ -83,7 +83,7 @@ void check_stage_numbers(const Facts& facts, Findings* findings) {
         for (const Stage& stage : epoch.stages) {
             if (!stage.number || *stage.number < 0)
                 findings->add(place_of(stage), row, "the stage has no number");
-            else if (stage.number.value_or(0) > 0 && !(stage.number == expected))
+            else if (is_numbered(stage) && !(stage.number == expected))
                 findings->add(place_of(stage), row, "stage ", *stage.number, " follows stage ", expected - 1,
                               "; stages count up from 1");
             expected = stage.number.value_or(0) + 1;
@@ -95,7 +95,7 @@ void check_stage_order(const Facts& facts, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         const Stage* before = nullptr;
         for (const Stage& stage : epoch.stages) {
-            if (stage.number.value_or(0) <= 0)
+            if (!is_numbered(stage))
                 continue;
             if (before != nullptr && place_of(stage).offset < place_of(*before).offset)
                 findings->add(place_of(stage), row, "stage ", *stage.number, " stands before stage ",
@@ -110,7 +110,7 @@ void check_unit_chain(const Facts& facts, Findings* findings) {
         const Stage* before = nullptr;
         std::string_view output;
         for_each_units(facts, epoch, [&](const Stage& stage, const StageUnits& units) {
-            if (stage.number.value_or(0) <= 0)
+            if (!is_numbered(stage))
                 return;
             if (before != nullptr && comparable_unit(output) != comparable_unit(units.input))
                 findings->add(units.response->place, row, "the input of stage ", *stage.number, " is in ",
@@ -135,7 +135,7 @@ void check_first_unit(const Facts& facts, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         StageUnits first;
         for_each_units(facts, epoch, [&](const Stage& stage, const StageUnits& units) {
-            if (first.response == nullptr && stage.number.value_or(0) > 0)
+            if (first.response == nullptr && is_numbered(stage))
                 first = units;
         });
         const std::string_view expected = unit_of_instrument(row.channel);
@@ -174,13 +174,13 @@ bool is_whole(const Decimation& decimation) {
     return decimation.input_rate.value_or(0) > 0 && decimation.factor.value_or(0) > 0;
 }
 
-// Visits the decimations that say what they do, each with its place.
+// Visits the decimations of numbered stages that say what they do, each with its place.
 template <class Visit>
 void for_each_decimation(const ChannelEpoch& epoch, Visit visit) {
     for (const Stage& stage : epoch.stages)
         for (const StageResponse& one : stage.responses) {
             const auto* decimation = one.response ? std::get_if<Decimation>(&one.response->part) : nullptr;
-            if (decimation != nullptr && is_whole(*decimation))
+            if (decimation != nullptr && is_numbered(stage) && is_whole(*decimation))
                 visit(stage, one.place, *decimation);
         }
 }
@@ -192,7 +192,7 @@ void check_rate_chain(const Facts& facts, Findings* findings) {
         const Decimation* before = nullptr;
         for_each_decimation(epoch, [&](const Stage& stage, const Place& place, const Decimation& one) {
             if (before != nullptr && !are_close(output_rate(*before), *one.input_rate, rate_tolerance))
-                findings->add(place, row, "input_sample_rate of stage ", stage.number.value_or(0), " is ",
+                findings->add(place, row, "input_sample_rate of stage ", *stage.number, " is ",
                               *one.input_rate, ", but the decimation before leaves ", output_rate(*before));
             before = &one;
         });
@@ -219,7 +219,7 @@ void check_no_decimation(const Facts& facts, Findings* findings) {
         const bool has_one = std::any_of(epoch.stages.begin(), epoch.stages.end(), [](const Stage& stage) {
             return find_part<Decimation>(stage) != nullptr || find_part<ResponseList>(stage) != nullptr;
         });
-        const bool has_stages = !epoch.stages.empty() && epoch.stages.back().number.value_or(0) > 0;
+        const bool has_stages = !epoch.stages.empty() && is_numbered(epoch.stages.back());
         if (has_stages && !has_one && epoch.rate.value_or(0) > 0 && !has_polynomial(epoch))
             findings->add(epoch.place, row, "no stage has a decimation (057)");
     });
@@ -230,7 +230,7 @@ void check_response_list_alone(const Facts& facts, Findings* findings) {
         const Stage* only = nullptr;
         std::int64_t stages = 0;
         for (const Stage& stage : epoch.stages)
-            if (stage.number.value_or(0) > 0 && ++stages == 1)
+            if (is_numbered(stage) && ++stages == 1)
                 only = &stage;
         if (stages == 1 && find_part<ResponseList>(*only) != nullptr)
             findings->add(place_of(*only), row, "a response list is the only stage");
@@ -286,7 +286,7 @@ std::optional<double> product_of_gains(const ChannelEpoch& epoch, double frequen
     double product = 1;
     bool has_stages = false;
     for (const Stage& stage : epoch.stages) {
-        if (stage.number.value_or(0) <= 0)
+        if (!is_numbered(stage))
             continue;
         const std::optional<double> amplitude = amplitude_of(stage, frequency);
         if (!amplitude)

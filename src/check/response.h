@@ -19,12 +19,17 @@ void for_each_epoch(const Facts& facts, Visit visit) {
     });
 }
 
-// Visits each stage but that of the whole channel.
+// True for a stage of the channel, false for stage 0, the whole channel, and without a number.
+inline bool is_numbered(const Stage& stage) {
+    return stage.number.value_or(0) > 0;
+}
+
+// Visits each numbered stage.
 template <class Visit>
 void for_each_stage(const Facts& facts, Visit visit) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         for (const Stage& stage : epoch.stages)
-            if (stage.number.value_or(0) > 0)
+            if (is_numbered(stage))
                 visit(row, stage);
     });
 }

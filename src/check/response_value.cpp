@@ -92,10 +92,12 @@ MaybeComplex filtered(const ResponseList& filter, double frequency, std::optiona
     if (after == list.end() || (after == list.begin() && !(after->frequency == frequency)))
         return std::nullopt;
     if (after->frequency == frequency)
-        return Complex(after->amplitude.value_or(0));
+        return after->amplitude ? MaybeComplex(*after->amplitude) : std::nullopt;
     const ListedResponse& before = *std::prev(after);
-    const double part = (frequency - *before.frequency) / (*after->frequency - before.frequency.value_or(0));
-    return Complex(std::lerp(before.amplitude.value_or(0), after->amplitude.value_or(0), part));
+    if (!before.frequency || !before.amplitude || !after->amplitude)
+        return std::nullopt;
+    const double part = (frequency - *before.frequency) / (*after->frequency - *before.frequency);
+    return Complex(std::lerp(*before.amplitude, *after->amplitude, part));
 }
 
 template <class Part>

@@ -14,7 +14,7 @@ void add_faults(const Facts& facts, StructureFault kind, Findings* findings) {
     for (const StructureFaults::Fault& fault : faults.first)
         findings->add(fault.place, fault.station.empty() ? facts.subject_at(fault.place) : subject_of(fault),
                       fault.text);
-    findings->leave_out(faults.count - faults.first.size());
+    findings->count_more(faults.count - faults.first.size());
 }
 
 } // namespace

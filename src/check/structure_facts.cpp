@@ -31,6 +31,14 @@ bool ends_with_empty_list(const Fields& fields) {
            last.spec->repeats > 0;
 }
 
+bool is_too_short(std::size_t length, const Fields& fields) {
+    return fields.spec != nullptr && length < static_cast<std::size_t>(fields.spec->smallest);
+}
+
+std::string how_short(std::size_t length, const Fields& fields) {
+    return words("the length is ", length, ", the smallest one is ", fields.spec->smallest);
+}
+
 std::string what_is_wrong(const Damage& damage) {
     return words(describe(damage.kind), damage.detail.empty() ? "" : ": ", damage.detail,
                  damage.bytes > 0 ? words("; ", damage.bytes, " bytes are skipped") : "");
@@ -173,16 +181,14 @@ void StructureGatherer::add(const ControlBlockette& blockette, const Fields& fie
         has_volume_header_ = true;
         is_in_any_order_ = is_in_any_order_ || blockette.type != 10;
         constexpr std::int64_t smallest = 8, largest = 15;
-        const std::int64_t power = integer_field(fields.fields, "logical_record_length").value_or(-1);
-        if (power < smallest || power > largest)
-            faults_.add(StructureFault::declared_length, place, "logical_record_length is ", power,
-                        ", but the length is two to the power of 8 to 15");
+        const auto power = integer_field(fields.fields, "logical_record_length");
+        if (!power || *power < smallest || *power > largest)
+            faults_.add(StructureFault::declared_length, place, "logical_record_length is ",
+                        power ? words(*power) : "missing", "; the length is two to the power of 8 to 15");
     }
     indices_.add(blockette, fields, blockette.offset == record_offset_ + header_size);
-    if (fields.spec != nullptr && blockette.length < static_cast<std::size_t>(fields.spec->smallest) &&
-        !ends_with_empty_list(fields))
-        faults_.add(StructureFault::blockette_length, place, "the length is ", blockette.length,
-                    ", the smallest one is ", fields.spec->smallest);
+    if (is_too_short(blockette.length, fields) && !ends_with_empty_list(fields))
+        faults_.add(StructureFault::blockette_length, place, how_short(blockette.length, fields));
     else
         add_problems(fields, place, &blockette, nullptr);
 }
@@ -195,9 +201,8 @@ void StructureGatherer::add_data_blockettes(const DataRecord& record) {
         const Place place{extent.type, record.offset + static_cast<std::int64_t>(extent.offset),
                           record.logical_record};
         decode_blockette(extent.type, text, record.header_order, &fields_);
-        if (fields_.spec != nullptr && text.size() < static_cast<std::size_t>(fields_.spec->smallest))
-            faults_.add(StructureFault::blockette_length, place, record, "the length is ", text.size(),
-                        ", the smallest one is ", fields_.spec->smallest);
+        if (is_too_short(text.size(), fields_))
+            faults_.add(StructureFault::blockette_length, place, record, how_short(text.size(), fields_));
         else
             add_problems(fields_, place, nullptr, &record);
     }

@@ -15,6 +15,7 @@ public:
     void add(const ControlBlockette& blockette, const Fields& fields);
     void add(const DataRecord& record);
 
+    StructureFaults& faults() { return faults_; }
     StructureFaults finish() &&;
 
 private:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults of a volume's structure: of each kind the first ones, and how many there are.
+// Faults of a volume's structure: of each kind the first ones, and how many there are. Those of stations and
+// data records that nobody asks for are not counted.
 #pragma once
 
 #include "check/words.h"
@@ -29,6 +30,11 @@ enum class StructureFault : std::uint8_t {
 };
 inline constexpr std::size_t structure_faults = static_cast<std::size_t>(StructureFault::station_count) + 1;
 
+// True for a place in the headers of a station and its channels.
+inline bool is_of_station(const Place& place) {
+    return place.blockette >= 50 && place.blockette < 70;
+}
+
 class StructureFaults {
 public:
     struct Fault {
@@ -41,14 +47,18 @@ public:
         std::size_t count = 0;
     };
 
+    // From now on faults in headers of stations, or in data records, are taken or not.
+    void take_stations(bool takes) { takes_stations_ = takes; }
+    void take_records(bool takes) { takes_records_ = takes; }
+
     template <class... Words>
     void add(StructureFault kind, const Place& place, const Words&... text) {
-        if (has_room(kind))
+        if ((takes_stations_ || !is_of_station(place)) && has_room(kind))
             keep(kind, {place, words(text...)});
     }
     template <class... Words>
     void add(StructureFault kind, const Place& place, const DataRecord& record, const Words&... text) {
-        if (has_room(kind))
+        if (takes_records_ && has_room(kind))
             keep(kind, {place, words(text...), std::string(record.network), std::string(record.station),
                         std::string(record.location), std::string(record.channel)});
     }
@@ -64,6 +74,8 @@ private:
         kinds_[static_cast<std::size_t>(kind)].first.push_back(std::move(fault));
     }
 
+    bool takes_stations_ = true;
+    bool takes_records_ = true;
     std::array<OfAKind, structure_faults> kinds_ = {};
 };
 

@@ -27,6 +27,8 @@ Integer time_of(const Fields& fields, std::string_view name) {
 } // namespace
 
 void TimeGatherer::add(const ControlBlockette& blockette, const Fields& fields) {
+    if (is_volume_header(blockette.type))
+        header_ = blockette.type;
     if (blockette.type == 10)
         begin_volume(time_of(fields, "beginning_time"), time_of(fields, "end_time"));
     else if (is_volume_header(blockette.type))
@@ -69,9 +71,9 @@ void TimeGatherer::add(const DataRecord& record) {
     else if (!spans_.empty() && end - tolerance > std::prev(after)->second)
         add_outside(record, 70, std::nullopt, std::prev(after)->second);
     else if (start_ && record.start + tolerance < *start_)
-        add_outside(record, 10, start_, std::nullopt);
+        add_outside(record, header_, start_, std::nullopt);
     else if (end_ && end - tolerance > *end_)
-        add_outside(record, 10, std::nullopt, end_);
+        add_outside(record, header_, std::nullopt, end_);
 }
 
 void TimeGatherer::add_outside(const DataRecord& record, int blockette, Integer least, Integer most) {

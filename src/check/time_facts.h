@@ -43,6 +43,7 @@ private:
     void add_span(Integer start, Integer end);
     void add_outside(const DataRecord& record, int blockette, Integer least, Integer most);
 
+    int header_ = 0;                                  // of the volume: 5, 8 or 10
     Integer start_ = {}, end_ = {};                   // of the volume
     std::map<std::int64_t, std::int64_t> spans_ = {}; // of the volume: start and end, without overlaps
     std::vector<TimeSpan> all_spans_ = {};

@@ -5,6 +5,7 @@
 #include "commands/command_line.h"
 #include "commands/each_volume.h"
 #include "commands/selected.h"
+#include "platform/terminal_text.h"
 #include "report/json_writer.h"
 #include "report/table.h"
 
@@ -59,13 +60,16 @@ Choice choice_of(const CommandLine& line) {
             choice.rules.push_back(&rule);
             choice.with_samples = choice.with_samples || needs_samples(rule);
         }
+    if (choice.rules.empty())
+        throw std::invalid_argument("--disable: no rule is left");
     return choice;
 }
 
 // --- one volume ----------------------------------------------------------------------------------------
 
 void write_line(const std::string& file, const CheckFinding& finding, Severity severity, std::string* out) {
-    *out += shown_text(words(file, ":", finding.place.offset, ": ", name_of(severity), ": ", finding.text,
+    *out += shown_on_terminal(file);
+    *out += shown_text(words(":", finding.place.offset, ": ", name_of(severity), ": ", finding.text,
                              " [", finding.rule->name, "]"));
     *out += '\n';
 }
@@ -104,13 +108,14 @@ std::string summary(const std::string& file, const Counts& counts) {
 }
 
 Findings find(const CommandLine& line, const Choice& choice, VolumeReader* reader) {
-    FactsGatherer gatherer(choice.with_samples);
+    const auto is_taken = [&line](const Subject& subject) { return takes(line.selection, subject); };
+    FactsGatherer gatherer(choice.with_samples, is_taken);
     while (const Item* item = reader->next()) {
         const auto* record = std::get_if<DataRecord>(item);
         gatherer.take(*item, record == nullptr || takes(line.selection, *record));
     }
     const Facts facts = gatherer.finish(*reader);
-    Findings findings([&line](const Subject& subject) { return takes(line.selection, subject); });
+    Findings findings(is_taken);
     for (const Rule* rule : choice.rules) {
         findings.begin(*rule);
         rule->check(facts, &findings);
@@ -123,7 +128,7 @@ bool check(const CommandLine& line, const Choice& choice, VolumeReader* reader, 
     Counts counts{};
     for (const CheckFinding& finding : find(line, choice, reader).take()) {
         const Severity severity = choice.severity_of(*finding.rule);
-        ++counts[static_cast<std::size_t>(severity)];
+        counts[static_cast<std::size_t>(severity)] += finding.count;
         (choice.as_json ? write_json : write_line)(reader->name(), finding, severity, &out->text());
         out->settle();
     }
