@@ -2,6 +2,8 @@
 // The commands: their options, the order of their output, exit status, quarry json and quarry info.
 #include "support.h"
 
+#include <limits>
+
 namespace quarry {
 namespace {
 
@@ -64,6 +66,28 @@ std::string headers_that_do_not_fit() {
         .bytes();
 }
 
+// Two stations, each with more unreadable fields than are shown.
+std::string many_faults() {
+    const std::string site = "  +12.345678-123.4567891234.500000000Site~001321010~~NXX";
+    const std::string channel =
+        "  BHZ0000001~001002+12.345678-123.4567891234.50  0.0  0.0-90.0000112   20.0000 "
+        "1.000E-050000CG~~~N";
+    std::string headers;
+    for (const char* station : {"AAA", "BBB"}) {
+        headers += blockette(50, station + site) + blockette(52, channel);
+        for (int i = 0; i < 1100; ++i)
+            headers += blockette(59, "~~00xx000000");
+    }
+    return VolumeBuilder(4096).control('S', headers).bytes();
+}
+
+// The second record continues the first one across a positive leap second.
+std::string records_around_a_leap_second() {
+    return one_record(
+               {.doy = 32, .hour = 23, .minute = 59, .samples = 60, .rate_factor = 1, .activity = 0x10}) +
+           one_record({.doy = 33, .hour = 0, .minute = 0, .second = 29, .samples = 60, .rate_factor = 1});
+}
+
 const std::map<std::string, std::string> volumes = {
     {"demo", demonstration_volume()},
     {"json", demonstration_volume()},
@@ -82,9 +106,13 @@ const std::map<std::string, std::string> volumes = {
                    VolumeBuilder(256).control('V', blockette(10, " 2.408~~~Quarry~Two~")).bytes()},
     {"no_rate", record_of_no_rate()},
     {"times", record_of_times()},
+    {"infinite", one_record({.samples = 2, .stated_rate = std::numeric_limits<double>::infinity()})},
     {"brief", one_record({.year = 2010, .samples = 2})},
+    {"outside", one_record({.samples = 2}).replace(44, 2, "\x7f\xff")}, // where its data begin
     {"empty", ""},
     {"unfit", headers_that_do_not_fit()},
+    {"B\303\274ro", many_faults()},
+    {"leap", records_around_a_leap_second()},
     {"names", "sound\r\n\ndamaged\n"},
     {"controls",
      VolumeBuilder(512)
@@ -104,10 +132,13 @@ const bool commands = make_recorded_tests(
     {
         {"JsonOfTheDemonstration", "$quarry json demo", volumes},
         {"JsonSamples", "$quarry json --samples --kinds data sound", volumes},
-        {"JsonBinaryTimes", "$quarry json --kinds data times | grep -o '\"type\":[35].*'", volumes},
+        {"JsonBinaryTimes",
+         "$quarry json --kinds data times | grep -o '\"type\":[35].*'; "
+         "$quarry json --kinds data infinite | grep -o '\"rate\":[^,]*'",
+         volumes},
         {"JsonDamage",
          "$quarry json --kinds volume,blockette index_first; $quarry json --kinds volume,data joined | cut -c 1-90; "
-         "$quarry json --kinds volume,damage,summary damaged",
+         "$quarry json --kinds volume,damage,summary damaged; $quarry json --kinds damage outside",
          volumes},
         {"JsonControlCharacters", "$quarry json --kinds blockette controls", volumes},
         {"JsonOfWhatCannotBeRead", "$quarry json missing empty sound", volumes},
@@ -125,7 +156,7 @@ const bool commands = make_recorded_tests(
          "for f in .05 .050001; do taken --from 2010-02-01T10:20:30$f; done; "
          "for t in 2010 2010-02 20100201T10 2010-02-01T10:20Z; do taken --from $t; taken --to $t; done; "
          "for t in 2010-02-30 2010-366 2010-000 2010-02-01Z 2010-02-01T24 2010-02-01T 2010-02-01T10.5 2010-2-1 "
-         "2010-02-01T10:20:30+24 2010-02-01T10:20:30.x; do $quarry json --from $t sound; echo $?; done 2>&1 | sort | uniq -c",
+         "2010-02-01T10:20:30+24 2010-02-01T10Z01:00 2010-02-01T10:20:30.x; do $quarry json --from $t sound; echo $?; done 2>&1 | sort | uniq -c",
          volumes},
         {"VolumesInOrder",
          "for jobs in 1 4 0; do $quarry json --jobs $jobs --kinds summary damaged @names - demo <sound | "
@@ -147,6 +178,10 @@ const bool commands = make_recorded_tests(
          volumes},
         {"Info",
          "$quarry info demo plain; $quarry info --jobs 4 empty damaged - missing <controls 2>err; echo $?; sort err",
+         volumes},
+        {"InfoAtALeapSecond", "$quarry info --tsv leap | cut -f 1-4,10-", volumes},
+        {"CheckOfManyFaults",
+         "for o in '' '--station BBB'; do $quarry check --enable field $o B* | sed -n '1p; $p'; done",
          volumes},
         {"InfoOfTables",
          "for o in '--stations --network XX' '--channels --station DEM2' '--channels --to 2003-01-01' "

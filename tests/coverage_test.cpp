@@ -64,7 +64,7 @@ const bool tests = make_recorded_tests(
          volumes},
         {"Plot",
          "$quarry coverage --plot --channel ?H? days later; $quarry coverage --plot --channel LOG days; "
-         "for columns in 30 60; do COLUMNS=$columns script -qec '$quarry coverage --plot --station DEM1 "
+         "for columns in 20 40 60; do COLUMNS=$columns script -qec '$quarry coverage --plot --station DEM1 "
          "--from 2005-02-01T10:20 --to 2005-02-01T11:10 days tiny' /dev/null </dev/null; done",
          volumes},
         {"Json", "$quarry coverage --json --gaps --days later days tiny", volumes},
@@ -78,14 +78,16 @@ const bool tests = make_recorded_tests(
          "$quarry coverage --channel LHZ --csv --gaps --tolerance $t days; echo $?; done",
          volumes},
         {"Status",
-         "for v in days damaged 'damaged missing days' '--csv --json days' '--plot --csv days' '--csv --days --gaps days'; do "
+         "for v in days damaged 'damaged missing days' '--csv --json days' '--svg p.svg --svg q.svg days' '--plot --csv days' '--csv --days --gaps days'; do "
          "$quarry coverage $v; echo $?; done; $quarry coverage days >/dev/full; echo $?",
          volumes},
         {"Picture",
          "$quarry coverage --svg p.svg --station DEM1 days tiny; cat p.svg; $quarry coverage --svg p.svg --station NO days; "
          "grep -c '<text' p.svg; for o in p.txt p.svg\\ --height\\ 199 no/p.svg; do $quarry coverage --svg $o tiny; echo $?; done",
          volumes},
-        {"Terminal", "COLUMNS=60 script -qec '$quarry coverage --gaps days' /dev/null </dev/null", volumes},
+        {"Terminal",
+         "for columns in 60 80 90; do COLUMNS=$columns script -qec '$quarry coverage --gaps days' /dev/null </dev/null; done",
+         volumes},
     });
 
 } // namespace

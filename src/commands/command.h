@@ -14,7 +14,8 @@ struct CommandLine;
 // An option that a command has besides those common to all (command_line.cpp).
 struct OptionRow {
     const char* name;  // "--kinds"
-    const char* value; // what stands for its value in the help; null for a flag
+    const char* value; // what stands for its value in the help; null for a flag. CODES, RULES and LIST stand
+                       // for lists, whose parts may be given one by one.
     const char* help;
     bool needs_no_volume = false;
 };

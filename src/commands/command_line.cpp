@@ -49,7 +49,14 @@ void add_option(CLI::App* app, const OptionRow& row, std::vector<std::string>* v
             ->take_all();
 }
 
-std::string joined(const std::vector<std::string>& values) {
+bool is_list(const OptionRow& row) {
+    const std::string_view value(row.value);
+    return value == "CODES" || value == "RULES" || value == "LIST";
+}
+
+std::string joined(const OptionRow& row, const std::vector<std::string>& values) {
+    if (values.size() > 1 && !is_list(row))
+        throw std::invalid_argument(std::string(row.name) + ": given more than once");
     std::string text;
     for (const std::string& value : values)
         text += (text.empty() ? "" : ",") + value;
@@ -143,7 +150,7 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
         app.parse(argc, argv);
         for (std::size_t i = 0; i < rows.size(); ++i)
             if (given[i] || !values[i].empty())
-                line->values.emplace(rows[i].name, joined(values[i]));
+                line->values.emplace(rows[i].name, joined(rows[i], values[i]));
         require_volumes(names, rows, *line);
         take_common_options(line);
     } catch (const CLI::CallForHelp&) {

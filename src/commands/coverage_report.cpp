@@ -13,7 +13,7 @@ ChannelReport::ChannelReport(const ChannelCoverage& coverage, const CoverageOpti
     : data_(coverage), times_(covered_times(coverage, options.tolerance)) {
     if (times_.empty())
         return;
-    period_ = static_cast<std::int64_t>(1e6 / coverage.segments.front().rate);
+    period_ = Tolerance{.samples = 1}.at(coverage.segments.front().rate);
     span_ = {times_.front().start, times_.back().end};
     if (options.selection.from > Selection::Limits::min())
         span_.start = options.selection.from;

@@ -77,7 +77,7 @@ std::optional<int> offset_of(std::string_view zone) {
     Parts parts;
     if (zone.empty() || zone == "Z")
         return 0;
-    if (!read_parts(offsets, zone.substr(1), &parts) || !is_time_of_day(parts))
+    if (zone.front() == 'Z' || !read_parts(offsets, zone.substr(1), &parts) || !is_time_of_day(parts))
         return std::nullopt;
     const int seconds = parts.h * 3600 + parts.m * 60;
     return zone.front() == '-' ? -seconds : seconds;

@@ -18,8 +18,8 @@ constexpr std::int64_t day = 86'400 * second;
 constexpr double longest =
     1e15; // microseconds, some thirty years: no span of a record or tolerance is longer
 
-constexpr int leaps_forward = 1 << 4; // activity flags: a second was put in,
-constexpr int leaps_back = 1 << 5;    // or left out
+constexpr int positive_leap_second = 1 << 4; // of the activity flags
+constexpr int negative_leap_second = 1 << 5;
 
 std::int64_t microseconds(double count) {
     return static_cast<std::int64_t>(std::clamp(count, 0.0, longest));
@@ -33,13 +33,12 @@ std::int64_t midnight_before(std::int64_t time) {
     return time - (time % day + day) % day;
 }
 
-// By how much the time after the record is another one than its samples say. A second that is put in is
-// counted where it is over: a record that ends within it goes on in it. It stands as the first one of the
-// next day.
+// How many microseconds a leap second changes the time after the record. A positive one has the same times as
+// the first second of the next day. For a record that ends within it, it counts in the record after it.
 std::int64_t leap(const DataRecord& record, std::int64_t next) {
-    if ((record.header.activity_flags & leaps_back) != 0)
+    if ((record.header.activity_flags & negative_leap_second) != 0)
         return second;
-    if ((record.header.activity_flags & leaps_forward) == 0)
+    if ((record.header.activity_flags & positive_leap_second) == 0)
         return 0;
     const std::int64_t midnight = midnight_before(record.start - second) + day;
     const bool ends_in_it = next >= midnight && next < midnight + second;

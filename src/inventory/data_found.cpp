@@ -2,9 +2,9 @@
 #include "quarry/data_found.h"
 
 #include "decode/data_record.h"
+#include "quarry/coverage.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -21,15 +21,14 @@ void note(T value, std::vector<T>* met) {
             met->push_back(value);
 }
 
-void compare_with_next(const DataRecord& record, EpochData* data) {
+void compare_with_next(const DataRecord& record, const Segment& segment, EpochData* data) {
     constexpr double half_a_sample = 0.5e6; // microseconds times samples per second
     const double late = static_cast<double>(record.start - data->next) * record.rate;
     if (data->goes_on && late > half_a_sample)
         ++data->gaps;
     if (data->goes_on && late < -half_a_sample)
         ++data->overlaps;
-    constexpr double longest = 1e17; // microseconds: 3000 years
-    data->next = record.start + std::llround(std::min(record.header.samples * 1e6 / record.rate, longest));
+    data->next = segment.next;
     data->goes_on = true;
 }
 
@@ -43,8 +42,8 @@ void add_to(EpochData* data, const DataRecord& record) {
         data->rate = record.rate;
     note(record.format ? record.format->encoding : -1, &data->encodings);
     note(record.length, &data->lengths);
-    if (record.rate > 0 && record.header.samples > 0)
-        compare_with_next(record, data);
+    if (const auto segment = segment_of(record))
+        compare_with_next(record, *segment, data);
 }
 
 } // namespace

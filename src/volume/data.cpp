@@ -6,6 +6,7 @@
 #include "volume/reading.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace quarry {
 
@@ -207,7 +208,8 @@ void VolumeReader::Reading::describe_record(DataRecord* record) {
     const bool has_data = data >= fixed_header_size && data <= bytes.size();
     record->payload = has_data ? record->bytes.subspan(data) : record->bytes.last(0);
     record->start = corrected_time(*record);
-    record->rate = record->stated_rate.value_or(0) > 0 ? *record->stated_rate : rate_of(record->header);
+    const double stated = record->stated_rate.value_or(0);
+    record->rate = stated > 0 && std::isfinite(stated) ? stated : rate_of(record->header);
 
     if (record->sequence < 0)
         add_damage(DamageKind::sequence_number, offset, 0);
