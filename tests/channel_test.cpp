@@ -13,8 +13,10 @@ namespace {
 
 // Of a channel whose code ends in its subchannel's number, the dip and azimuth make the letter.
 TEST(Channel, OrientationLetters) {
-    const double orientations[][2] = {{0, 0}, {0, 175}, {0, 170},  {-90, 1.5}, {90, 2},     {5, 270},
-                                      {5, 0}, {10, 90}, {60, 180}, {-60, 121}, {60, 238.5}, {58, 0}};
+    const double orientations[][2] = {
+        {0, 0},    {0, 175},  {0, 170},    {0, 2},    {2, 0},    {-90, 1.5}, {90, 2},   {88, 0},  {5, 270},
+        {5, 0},    {10, 90},  {0, 92},     {0, 272},  {60, 180}, {60, 182},  {60, 2},   {58, 0},  {-60, 121},
+        {62, 120}, {60, 122}, {60, 238.5}, {60, 302}, {60, 61},  {58, 240},  {60, 242}, {60, 62}, {60, 299}};
     name_the_log();
     std::string out;
     for (const auto& [dip, azimuth] : orientations) {

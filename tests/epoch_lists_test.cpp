@@ -106,8 +106,9 @@ TEST(EpochLists, WordOrders) {
     add("STA", "", "1999,123,04:05", 3210);
     add("STA", "1999,123,04:05", "", 123);
     add("STB", "2000", "2001", 1032);
+    add("STATIONS", "2000", "2001", 32); // longer than codes are
     std::string out;
-    for (const char* station : {"STA", "STB", "STC"})
+    for (const char* station : {"STA", "STB", "STC", "STATIONS"})
         for (const char* time :
              {"1960,001", "1999,123,04:04:59.9999", "1999,123,04:05:00.0000", "2000,365", "2001,001"}) {
             blk_dh_t header{};

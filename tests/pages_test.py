@@ -36,19 +36,26 @@ def is_in(line, seen):
     return line in seen or line.endswith(" ...") and any(one.startswith(line[:-4]) for one in seen)
 
 
+environment = os.environ | {"QUARRY_PARAM_PATH": str(source), "PATH": f"{quarry.parent}:{os.environ['PATH']}"}
+
+
+def run(name, line, directory):
+    text = output("sh", "-c", line, cwd=directory, env=environment)
+    if re.search("not found|[Nn]o such file|--help explains|Usage:", text):
+        faults.append(f"{name}: {line}: {text}")
+    return text
+
+
 # A block that begins with "$ COMMAND" is a session: what stands below, also in later blocks, is in the output. Lines may be
 # folded, with six blanks or more before the rest,
 # or end in " ...".
 def check_sessions(name, page, directory):
-    environment = os.environ | {"QUARRY_PARAM_PATH": str(source), "PATH": f"{quarry.parent}:{os.environ['PATH']}"}
     seen = None
     for block in re.findall(r"^(?:\.Bd -literal.*?|```)\n(.*?)^(?:\.Ed|```)", page, re.MULTILINE | re.DOTALL):
         for line in unescaped(re.sub(r"\n {6,}", " ", block)).splitlines():
             if line.startswith("$ "):
-                text = output("sh", "-c", line[2:], cwd=directory, env=environment)
+                text = run(name, line[2:], directory)
                 seen = (seen or set()) | {" ".join(one.split()) for one in text.splitlines()}
-                if re.search("not found|[Nn]o such file|--help explains|Usage:", text):
-                    faults.append(f"{name}: {line}: {text}")
             elif seen is not None and not is_in(" ".join(line.split()), seen):
                 faults.append(f"{name}: no such line: {line}")
 
@@ -88,6 +95,9 @@ for name, page in sorted(pages.items()):
                if "referenced manual not found" not in line]
     check_sessions(name, page, scratch.name)
 
+for name in "volume.seed", "dataless.seed", "archive/volume.mseed":  # of the examples in the commands' help
+    (pathlib.Path(scratch.name) / name).parent.mkdir(exist_ok=True)
+    shutil.copy(demo, f"{scratch.name}/{name}")
 help_text = output(quarry, "--help")
 differs("quarry", options_of(pages["quarry.1"]), set(re.findall(r"^  -(\w)\b", help_text, re.MULTILINE)) | {"-help", "-version"})
 commands = set(re.findall(r"^  (\w+)", help_text[help_text.index("Commands:\n"):help_text.index("Examples:")], re.MULTILINE))
@@ -95,6 +105,8 @@ differs("commands", set(re.findall(r"^\.It Ic (\w+)$", pages["quarry.1"], re.MUL
 for command in sorted(commands):
     help_text = output(quarry, command, "--help")
     faults.extend(f"quarry {command} --help: wide: {line}" for line in help_text.split("Examples:")[0].splitlines() if len(line) > 80)
+    for example in re.findall("^  (.*)", help_text.split("Examples:")[1], re.MULTILINE):
+        run(f"quarry {command} --help", example, scratch.name)
     differs(command, options_of(pages.get(f"quarry-{command}.1", "")),
             set(re.findall(r"^  (?:-h,)?-(-\w+)", help_text, re.MULTILINE)))
 rules = set(re.findall(r"^([\w-]+) \((\w+), (\w+)\): (.*)", output(quarry, "check", "--rules"), re.MULTILINE))

@@ -111,6 +111,9 @@ TEST_F(ParameterFileTest, TextsOfATable) {
                         "lines = \"\"\"\"a\\\"\"\"\\\n   b\"\"\"\"\n"
                         "dotted . \"k.\xC3\xA9y\" = { 3.'a' = [[1, 2.5e-3], [ # \xC3\xA9\n"
                         "  +inf, 'x', 0x1F, true]], b = '' }\n"
+                        "long = 0." +
+                        std::string(98, '1') +
+                        "\n"
                         "date = 1979-05-27 07:32:00.5-07:00\n"
                         "[[ list.'of' . tables ]]\n"
                         "  [list.of.tables.\"below\"]\n"
@@ -122,9 +125,10 @@ TEST_F(ParameterFileTest, TextsOfATable) {
     std::map<std::string, std::string> texts;
     for (const auto& [name, value] : parameters_.tables["names"])
         texts[name] = value.text.value_or("line " + std::to_string(value.line));
-    EXPECT_THAT(texts, ElementsAre(Pair("date", "line 12"), Pair("dotted", "line 10"),
-                                   Pair("lines", "\"a\"\"\"b\""), Pair("plain", "t\xC3\xA9\"xt"),
-                                   Pair("quotes", "a'b\n''c''"), Pair("t\xC3\xA9 = [{", "t\xC3\xA9 \\")));
+    EXPECT_THAT(texts,
+                ElementsAre(Pair("date", "line 13"), Pair("dotted", "line 10"), Pair("lines", "\"a\"\"\"b\""),
+                            Pair("long", "line 12"), Pair("plain", "t\xC3\xA9\"xt"),
+                            Pair("quotes", "a'b\n''c''"), Pair("t\xC3\xA9 = [{", "t\xC3\xA9 \\")));
 }
 
 TEST_F(ParameterFileTest, MapsHoldTheTexts) {
@@ -146,7 +150,7 @@ TEST_F(ParameterFileTest, WhatIsWrongAndWhere) {
     const std::string short_texts =
         "a=\xC3\xA9|a = [\xC3\xA9]|'\xC3\xA9' = 1\xC3\xA9|a = 1.\"\xC3\xA9\"|a = 1=\"\xC3\xA9\"|a = 9999-99-99T:|"
         "\n\t\xC3\xA9 = 1|[\xC2\xA5]|a = {\xC3\xA9=1}|a = 1 \xC3\xA9|'''\xC3\xA9'''\xC3\xA9|"
-        "a = \"\"\"\\\n \xC3\xA9\"\"\"|[%|a = 1\n  [[ =|a = [1,\n }]|a = 'x\xFF'|# \xC0\x80|# \xED\xA0\x80|"
+        "a = \"\"\"\\\n \xC3\xA9\"\"\"|[%|a = ['''x''''']\n[%|a = 1\n  [[ =|a = [1,\n }]|a = 'x\xFF'|# \xC0\x80|# \xED\xA0\x80|"
         "# \xF4\x90\x80\x80|# \xC3|a = 1\nb = \n|a = 1\na = 2|[names|a = 'x\n'";
     std::vector<std::string> texts = split(short_texts, '|');
     for (const auto& [begin, part] :

@@ -4,6 +4,7 @@
 
 #include "listing/seed_utl.h"
 #include "platform/calendar.h"
+#include "platform/text.h"
 #include "quarry/time.h"
 
 #include <array>
@@ -82,6 +83,14 @@ TEST(TimeText, Epochs) {
     std::array<char, 23> text;
     epoch2seed(human_to_epoch(1999, 123, 4, 5, 6.789), text);
     EXPECT_STREQ(text.data(), "1999,123,04:05: 6.7890");
+}
+
+TEST(Text, LinesAreFoldedAtBlanks) {
+    const std::string word(90, 'x');
+    EXPECT_EQ(folded(word + " y", 2, true), word + " y");
+    EXPECT_EQ(folded("y " + word, 2, true), "y\n  " + word);
+    EXPECT_EQ(folded(std::string(40, 'a') + " " + std::string(39, 'b') + " c", 0, false),
+              std::string(40, 'a') + " " + std::string(39, 'b') + "\nc");
 }
 
 } // namespace
