@@ -69,8 +69,8 @@ Choice choice_of(const CommandLine& line) {
 
 void write_line(const std::string& file, const CheckFinding& finding, Severity severity, std::string* out) {
     *out += shown_on_terminal(file);
-    *out += shown_text(words(":", finding.place.offset, ": ", name_of(severity), ": ", finding.text,
-                             " [", finding.rule->name, "]"));
+    *out += shown_text(words(":", finding.place.offset, ": ", name_of(severity), ": ", finding.text, " [",
+                             finding.rule->name, "]"));
     *out += '\n';
 }
 
@@ -130,10 +130,10 @@ bool check(const CommandLine& line, const Choice& choice, VolumeReader* reader, 
         const Severity severity = choice.severity_of(*finding.rule);
         counts[static_cast<std::size_t>(severity)] += finding.count;
         (choice.as_json ? write_json : write_line)(reader->name(), finding, severity, &out->text());
-        out->settle();
+        out->flush_if_large();
     }
     if (reader->totals().holds_seed()) {
-        out->make_way();
+        out->before_other_stream();
         report_trouble(line.command, summary(reader->name(), counts));
     }
     return counts[static_cast<std::size_t>(Severity::error)] == 0;

@@ -98,7 +98,7 @@ void write_json(const Channels& channels, const CoverageOptions& options, Ordere
     CoverageLines lines(&out->text());
     for (const ChannelCoverage& channel : channels) {
         lines.write(ChannelReport(channel, options), options);
-        out->settle();
+        out->flush_if_large();
     }
 }
 

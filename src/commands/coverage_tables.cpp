@@ -78,7 +78,7 @@ void write_section(const Section& section, const Channels& channels, const Cover
             for (const ChannelCoverage& channel : channels)
                 section.add(ChannelReport(channel, options), take);
         },
-        [out] { out->settle(); });
+        [out] { out->flush_if_large(); });
     if (options.csv)
         return table.write_csv(&out->text());
     const std::string front = section.title.empty() ? "" : "\n" + std::string(section.title) + "\n";

@@ -140,7 +140,7 @@ private:
         const InfoContent content{contents_, selection_, damages_};
         const Table table(
             shown.columns, [&](const Table::Take& take) { shown.give(content, take); },
-            [this] { part_.settle(); });
+            [this] { part_.flush_if_large(); });
         const std::string front = shown_.volume ? "\n" + fitting(shown.title()) + "\n" : "";
         if (shown_.for_programs)
             table.write_rows(shown_on_terminal(reader_.name()), &out_);

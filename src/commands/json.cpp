@@ -70,7 +70,7 @@ public:
     bool write() {
         for (const Item* item = write_front(); item != nullptr; item = reader_.next()) {
             std::visit([this](const auto& one) { take(one); }, *item);
-            out_.settle();
+            out_.flush_if_large();
         }
         give_batch();
         out_.finish();
@@ -201,13 +201,13 @@ private:
         if (!assembles())
             return;
         const Contents contents = builder_.finish();
-        const auto settle = [this] { out_.settle(); };
+        const auto after_line = [this] { out_.flush_if_large(); };
         if (options().shows(station_kind))
-            write_stations(contents, selection_, &lines_, settle);
+            write_stations(contents, selection_, &lines_, after_line);
         if (options().shows(channel_kind))
-            write_channels(contents, selection_, &lines_, settle);
+            write_channels(contents, selection_, &lines_, after_line);
         if (options().shows(finding_kind))
-            write_findings(contents, &lines_, settle);
+            write_findings(contents, &lines_, after_line);
     }
 
     void write_summary() {

@@ -282,7 +282,7 @@ void write_volume(const VolumeHeader& header, JsonLines* lines) {
 }
 
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
-                    const std::function<void()>& settle) {
+                    const std::function<void()>& after_line) {
     for (const Network& network : contents.inventory.networks)
         for (const Station& station : network.stations)
             for (const StationEpoch& epoch : station.epochs) {
@@ -294,12 +294,12 @@ void write_stations(const Contents& contents, const Selection& selection, JsonLi
                 json.field("station", std::string_view(station.code));
                 InventoryLines(contents.inventory, &json).station(epoch);
                 lines->end();
-                settle();
+                after_line();
             }
 }
 
 void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
-                    const std::function<void()>& settle) {
+                    const std::function<void()>& after_line) {
     for_each_row(contents, selection, [&](const ChannelRow& row) {
         const ChannelEpoch* epoch = row.epoch;
         JsonWriter& json = epoch != nullptr
@@ -311,11 +311,11 @@ void write_channels(const Contents& contents, const Selection& selection, JsonLi
         if (row.data != nullptr)
             InventoryLines(contents.inventory, &json).data(*row.data);
         lines->end();
-        settle();
+        after_line();
     });
 }
 
-void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& settle) {
+void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& after_line) {
     for (const Finding& finding : contents.inventory.findings) {
         JsonWriter& json = lines->begin(finding_kind, finding.place.offset, finding.place.logical_record);
         json.field("finding", name_of(finding.kind));
@@ -334,7 +334,7 @@ void write_findings(const Contents& contents, JsonLines* lines, const std::funct
         }
         json.field("text", std::string_view(what_is_wrong(finding)));
         lines->end();
-        settle();
+        after_line();
     }
 }
 

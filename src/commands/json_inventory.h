@@ -14,11 +14,11 @@ namespace quarry {
 // A default header is that of a volume without one.
 void write_volume(const VolumeHeader& header, JsonLines* lines);
 
-// `settle` is called after each line.
+// `after_line` is called after each line.
 void write_stations(const Contents& contents, const Selection& selection, JsonLines* lines,
-                    const std::function<void()>& settle);
-void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& settle);
+                    const std::function<void()>& after_line);
+void write_findings(const Contents& contents, JsonLines* lines, const std::function<void()>& after_line);
 void write_channels(const Contents& contents, const Selection& selection, JsonLines* lines,
-                    const std::function<void()>& settle);
+                    const std::function<void()>& after_line);
 
 } // namespace quarry

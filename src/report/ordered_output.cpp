@@ -92,7 +92,7 @@ void OrderedOutput::write_pieces(Lock* lock, std::size_t left) {
     }
 }
 
-void OrderedOutput::settle(std::size_t number, std::string* text) {
+void OrderedOutput::flush(std::size_t number, std::string* text) {
     Lock lock(mutex_);
     if (turn_ != number && backlog_size_ + text->size() <= largest_backlog) {
         backlog_size_ += text->size();
@@ -127,8 +127,8 @@ void OrderedOutput::finish(std::size_t number) {
         write_pieces(&lock, 0);
 }
 
-// Gives the turn on, over all parts that have ended before it came to them. Jobs are only left, and their
-// troubles with them, where the part has been given up.
+// Passes the turn to the next part that has not ended. Jobs are left only if the part was given up before
+// `finish`; what they throw is then ignored.
 void OrderedOutput::end(std::size_t number, std::string* text) {
     const auto regardless = [](const auto& what) {
         try {
@@ -136,7 +136,7 @@ void OrderedOutput::end(std::size_t number, std::string* text) {
         } catch (const std::exception&) {
         }
     };
-    regardless([&] { settle(number, text); });
+    regardless([&] { flush(number, text); });
     Lock lock(mutex_);
     while (turn_ == number && !pieces_.empty())
         regardless([&] { write_pieces(&lock, 0); });

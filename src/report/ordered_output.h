@@ -35,19 +35,20 @@ public:
 
         std::size_t number() const { return number_; }
 
-        // Text to be added to; `settle` is called now and then, after whole lines.
+        // Text to be added to. After whole lines call `flush_if_large`, which passes the text on once enough
+        // has come together.
         std::string& text() { return text_; }
-        void settle() {
+        void flush_if_large() {
             if (text_.size() >= piece_size)
-                output_.settle(number_, &text_);
+                output_.flush(number_, &text_);
         }
         void write(std::string_view text) {
             text_ += text;
-            settle();
+            flush_if_large();
         }
 
-        // Before something is written on another stream.
-        void make_way() { output_.before_write_(); }
+        // To be called before something is written on another stream: hides the line that shows the progress.
+        void before_other_stream() { output_.before_write_(); }
 
         // Where the part is given up in the middle of a line.
         void drop_unfinished_line() { text_.resize(text_.rfind('\n') + 1); }
@@ -92,7 +93,7 @@ private:
     static constexpr std::size_t largest_backlog = std::size_t{2} << 20;
     static constexpr std::size_t pieces_a_thread = 4;
 
-    void settle(std::size_t number, std::string* text);
+    void flush(std::size_t number, std::string* text);
     void defer(std::size_t number, std::string* text, Job job);
     void finish(std::size_t number);
     void end(std::size_t number, std::string* text);

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <numeric>
+#include <stdexcept>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -126,10 +127,19 @@ std::string cut_text(std::string_view text, std::size_t width) {
     return cut;
 }
 
+void Table::for_each_row(const Take& take) const {
+    rows_([&](const std::vector<std::string>& row) {
+        if (row.size() != columns_.size())
+            throw std::logic_error("a row of " + std::to_string(row.size()) + " cells for " +
+                                   std::to_string(columns_.size()) + " columns");
+        take(row);
+    });
+}
+
 Table::Measures Table::measured() const {
     const Widths none(columns_.size(), 0);
     Measures measures{none, none};
-    rows_([&](const std::vector<std::string>& row) {
+    for_each_row([&](const std::vector<std::string>& row) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             if (row[i].empty())
                 continue;
@@ -185,10 +195,10 @@ bool Table::write_text(std::string_view front, std::size_t width, std::string* o
     out->append(front);
     write_line(
         columns_, widths, [this](std::size_t i) { return columns_[i].title; }, out);
-    rows_([&](const std::vector<std::string>& row) {
+    for_each_row([&](const std::vector<std::string>& row) {
         write_line(
             columns_, widths, [&row](std::size_t i) { return shown_text(row[i]); }, out);
-        settle_();
+        after_line_();
     });
     write_left_out(natural, widths, width, out);
     return true;
@@ -214,12 +224,12 @@ void Table::write_left_out(const Widths& natural, const Widths& shown, std::size
 }
 
 void Table::write_rows(std::string_view first, std::string* out) const {
-    rows_([&](const std::vector<std::string>& row) {
+    for_each_row([&](const std::vector<std::string>& row) {
         *out += first;
         for (const std::string& cell : row)
             out->append("\t").append(shown_text(cell));
         *out += '\n';
-        settle_();
+        after_line_();
     });
 }
 
@@ -242,11 +252,11 @@ void Table::write_csv(std::string* out) const {
     for (const Column& column : columns_)
         write(column.title, &column == columns_.data());
     *out += '\n';
-    rows_([&](const std::vector<std::string>& row) {
+    for_each_row([&](const std::vector<std::string>& row) {
         for (const std::string& cell : row)
             write(shown_text(cell), &cell == row.data());
         *out += '\n';
-        settle_();
+        after_line_();
     });
 }
 

@@ -34,15 +34,15 @@ struct Column {
 
 class Table {
 public:
-    // Takes a row: a cell for each column.
+    // Takes a row: a cell for each column. Throws std::logic_error if there are more or fewer.
     using Take = std::function<void(const std::vector<std::string>& row)>;
     // Gives all rows, each time it is called: a table may be long, and keeps none of them.
     using Rows = std::function<void(const Take& take)>;
 
-    // The columns outlive the table. `settle` is called after each line.
+    // The columns outlive the table. `after_line` is called after each line.
     Table(
-        std::span<const Column> columns, Rows rows, std::function<void()> settle = [] {})
-        : columns_(columns), rows_(std::move(rows)), settle_(std::move(settle)) {}
+        std::span<const Column> columns, Rows rows, std::function<void()> after_line = [] {})
+        : columns_(columns), rows_(std::move(rows)), after_line_(std::move(after_line)) {}
 
     // Titles and rows in columns, none longer than the width; 0: as wide as need be. Columns without any
     // content are not shown; those that had no room are named at the end. `front` stands before it all.
@@ -61,6 +61,7 @@ private:
         Widths natural;
         Widths needed; // narrower for times of whole days or minutes
     };
+    void for_each_row(const Take& take) const;
     Measures measured() const;
     Widths fitting_widths(const Widths& needed, std::size_t limit) const;
     Widths least_widths(const Widths& needed, std::size_t least_time, std::size_t limit,
@@ -70,7 +71,7 @@ private:
 
     std::span<const Column> columns_;
     Rows rows_;
-    std::function<void()> settle_;
+    std::function<void()> after_line_;
 };
 
 // The titles of the rows for programs, a line.

@@ -58,7 +58,7 @@ struct Stretch {
     double from, to;
 };
 
-// It is at least so wide, and one with the last if there is less than a pixel between them.
+// A stretch is at least `least` wide, and joins the last one if less than a pixel lies between them.
 void add_stretch(Stretch stretch, double least, std::vector<Stretch>* stretches) {
     stretch.from = std::min(stretch.from, right - least);
     stretch.to = std::max(stretch.to, stretch.from + least);

@@ -21,7 +21,7 @@ struct TimeTick {
     std::string context; // the day or the year of the text, where it is another one than at the tick before
 };
 
-// Those in the span: as many as possible at distances of one kind, but not more than about so many.
+// Ticks in the span, all with the same kind of step: as many as possible, but about `most` at most.
 std::vector<TimeTick> time_ticks(const TimeSpan& span, std::size_t most);
 
 } // namespace quarry
