@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The commands: what follows `quarry` on the command line, a file each, and the table of all of them.
+// The commands: what follows `quarry` on the command line, and the table of all of them.
 //
-// To add a command: its file with a `const Command`, and its row in commands.cpp.
+// To add a command: a file with its `const Command`, and its row in commands.cpp.
 #pragma once
 
 #include <span>

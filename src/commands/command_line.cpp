@@ -26,7 +26,7 @@ constexpr auto common_options = std::to_array<OptionRow>({
     {"--from", "TIME",
      "only what ends at this time or later: 2010-02-27T06:50:00 (or with +01:00), 2010-058, 2010,058,06:50"},
     {"--to", "TIME", "only what begins before this time"},
-    {"--jobs", "N", "so many threads, each over a volume; 0: one for each processor"},
+    {"--jobs", "N", "number of threads, each of which reads one volume at a time; 0: one for each processor"},
 });
 
 constexpr const char* volumes_help =
@@ -149,8 +149,9 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
     try {
         app.parse(argc, argv);
         for (std::size_t i = 0; i < rows.size(); ++i)
-            if (given[i] || !values[i].empty())
-                line->values.emplace(rows[i].name, joined(rows[i], values[i]));
+            line->values.emplace(rows[i].name, given[i] || !values[i].empty()
+                                                   ? std::optional(joined(rows[i], values[i]))
+                                                   : std::nullopt);
         require_volumes(names, rows, *line);
         take_common_options(line);
     } catch (const CLI::CallForHelp&) {

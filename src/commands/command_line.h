@@ -7,6 +7,7 @@
 
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,13 +20,22 @@ struct CommandLine {
     bool list_failed = false;         // a list could not be read, which has been reported
     Selection selection;
     int jobs = 1;
-    std::map<std::string, std::string, std::less<>> values; // of given options; flags have empty ones
+    // Of all options that the command has: absent if one is not given, empty for a flag.
+    std::map<std::string, std::optional<std::string>, std::less<>> values;
 
-    bool has(std::string_view option) const { return values.find(option) != values.end(); }
+    // Both throw std::logic_error for an option that the command does not have.
+    bool has(std::string_view option) const { return given(option).has_value(); }
     // Values of an option given several times are joined by commas; empty if it is not given.
     std::string_view value(std::string_view option) const {
+        return has(option) ? std::string_view(*given(option)) : std::string_view();
+    }
+
+private:
+    const std::optional<std::string>& given(std::string_view option) const {
         const auto found = values.find(option);
-        return found != values.end() ? std::string_view(found->second) : std::string_view();
+        if (found == values.end())
+            throw std::logic_error("no option " + std::string(option));
+        return found->second;
     }
 };
 

@@ -139,11 +139,11 @@ std::optional<std::size_t> height_of(std::string_view text) {
 // What is wrong with the options; empty if nothing is.
 std::string trouble_of(const CommandLine& line, const CoverageOptions& options) {
     if (std::ranges::count(std::array{options.csv, options.json, options.plot}, true) > 1)
-        return "one of --plot, --json, --csv";
+        return "only one of --plot, --json, --csv is allowed";
     if (options.csv && options.gaps && options.days)
-        return "--csv: one of --gaps, --days";
+        return "--csv: only one of --gaps, --days is allowed";
     if (line.has("--svg") && !options.svg.ends_with(".svg"))
-        return "--svg: the name of a file ends in .svg, and not so " + options.svg;
+        return "--svg: the file name does not end in .svg: " + options.svg;
     return "";
 }
 
@@ -194,7 +194,8 @@ constexpr auto option_rows = std::to_array<OptionRow>({
     {"--gaps", nullptr, "each gap and each overlap too"},
     {"--days", nullptr, "the percentage of each day too"},
     {"--tolerance", "TIME",
-     "data that begin so far from their expected time still go on: 0.1s, 2samples; half a sample unless given"},
+     "how far from its expected time data may begin and still continue a segment: 0.1s, 2samples; half a sample "
+     "unless given"},
     {"--plot", nullptr, "a row of blocks for each channel, as wide as the terminal; X where data overlap"},
     {"--json", nullptr, "JSON Lines, with the segments"},
     {"--csv", nullptr,

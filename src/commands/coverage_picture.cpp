@@ -100,7 +100,7 @@ private:
         }
     }
 
-    // An epoch that nothing ends or begins goes on for a day.
+    // Where only one end of the axis is known, the axis is a day long.
     void limit_span(std::int64_t from, std::int64_t to) {
         constexpr std::int64_t day = 86'400'000'000;
         if (from > Limits::min())

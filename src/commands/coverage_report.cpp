@@ -34,13 +34,12 @@ std::int64_t ChannelReport::longest_gap() const {
     return longest;
 }
 
-// Data that begin less than a sample after a span does have all samples from its start on; those that end
-// so soon have none in it.
+// A start or end less than one sample after the start of a span counts as that start: no sample lies between.
 std::int64_t ChannelReport::snapped(std::int64_t time, std::int64_t start, std::int64_t period) {
     return time > start && time < start + period ? start : time;
 }
 
-// Of which the times from that one on cover so much.
+// How much of the span the times from `one` on cover, in percent.
 double ChannelReport::percent_of(const TimeSpan& span, Time one, std::int64_t period) const {
     std::int64_t covered = 0;
     if (span.end <= span.start)

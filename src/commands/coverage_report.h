@@ -95,7 +95,7 @@ std::string time_text(std::int64_t time);
 std::string day_text(std::int64_t time);
 std::string_view name_of(Break::Kind kind);
 
-// Not whole, it is not shown as 100, and not nothing as 0.
+// Shows 100 only if all is covered, and 0 only if nothing is.
 std::string percent_text(double percent);
 
 // The forms.

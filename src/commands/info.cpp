@@ -184,7 +184,10 @@ std::string titles(const Shown& shown) {
 ExitStatus write_info(const CommandLine& line) {
     const Shown shown = shown_by(line);
     if (shown.for_programs && std::count(shown.tables.begin(), shown.tables.end(), true) > 1) {
-        report_trouble(line.command, "--tsv: one of --stations, --channels, --findings, --damage");
+        std::string names;
+        for (const InfoTable& table : info_tables)
+            names = joined(names, ", ", table.option);
+        report_trouble(line.command, "--tsv: only one of " + names + " is allowed");
         return failed;
     }
     return for_each_volume(

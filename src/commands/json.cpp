@@ -27,6 +27,21 @@ constexpr unsigned as_written =
 constexpr unsigned assembled =
     (as_written & ~bit(blockette_kind)) | bit(station_kind) | bit(channel_kind) | bit(finding_kind);
 
+constexpr std::string_view kinds_front = "only these kinds of objects: ";
+
+// That, and the names of all kinds with commas between them.
+constexpr auto kinds_help = [] {
+    std::array<char, 128> text{};
+    auto* end = text.begin();
+    const auto add = [&end](std::string_view part) { end = std::copy(part.begin(), part.end(), end); };
+    add(kinds_front);
+    for (const std::string_view name : kind_names) {
+        add(name == kind_names.front() ? "" : ", ");
+        add(name);
+    }
+    return text;
+}();
+
 // The kinds of a comma list as bits, the usual ones for an empty list; 0 if it names one that is unknown.
 unsigned kinds_of(std::string_view list, unsigned usual) {
     unsigned kinds = list.empty() ? usual : 0;
@@ -241,7 +256,7 @@ private:
     OrderedOutput::Part& out_;
     JsonLines lines_;
     Fields fields_ = {};
-    RecordBatch batch_{0}; // has room once there was one
+    RecordBatch batch_{0}; // room is reserved after the first batch
     ContentsBuilder builder_{Responses::all};
     bool station_taken_ = true;
     bool channel_taken_ = true;
@@ -253,9 +268,8 @@ private:
 ExitStatus write_json(const CommandLine& line) {
     const unsigned kinds = kinds_of(line.value("--kinds"), line.has("--inventory") ? assembled : as_written);
     if (kinds == 0) {
-        report_trouble(
-            line.command,
-            "--kinds: volume, blockette, data, damage, summary, station, channel, finding are known");
+        report_trouble(line.command, "--kinds: unknown kind; known are " +
+                                         std::string(kinds_help.data()).substr(kinds_front.size()));
         return failed;
     }
     return for_each_volume(line, [&](VolumeReader& reader, OrderedOutput::Part& out) {
@@ -264,8 +278,7 @@ ExitStatus write_json(const CommandLine& line) {
 }
 
 constexpr auto options = std::to_array<OptionRow>({
-    {"--kinds", "LIST",
-     "only these kinds of objects: volume, blockette, data, damage, summary, station, channel, finding"},
+    {"--kinds", "LIST", kinds_help.data()},
     {"--inventory", nullptr, "assembled stations and channels, and findings, instead of blockettes"},
     {"--samples", nullptr, "data objects with their samples"},
 });
