@@ -41,7 +41,7 @@ void check_redefined_keys(const Facts& facts, Findings* findings) {
         facts, FindingKind::key_defined_twice, [&](const Finding& finding, const Subject& subject) {
             if (finding.is_changed)
                 findings->add(finding.place, subject, "key ", finding.key,
-                              " has another content in the blockette ", three_digits(finding.other.blockette),
+                              " is defined differently in blockette ", three_digits(finding.other.blockette),
                               " at byte ", finding.other.offset);
         });
 }

@@ -129,9 +129,9 @@ void add_overlaps(const Facts& facts, FindingKind kind, Findings* findings) {
         if (finding.kind == kind) {
             const Subject subject = facts.subject_at(finding.place);
             const Subject other = facts.subject_at(finding.other);
-            findings->add(finding.place, subject, "the epoch from ", time_text(subject.start, "all time on"),
-                          " to ", time_text(subject.end, "now"), " overlaps the one from ",
-                          time_text(other.start, "all time on"), " to ", time_text(other.end, "now"),
+            findings->add(finding.place, subject, "the epoch from ", time_text(subject.start, "(no start)"),
+                          " to ", time_text(subject.end, "(no end)"), " overlaps the one from ",
+                          time_text(other.start, "(no start)"), " to ", time_text(other.end, "(no end)"),
                           " at byte ", finding.other.offset);
         }
 }
@@ -239,8 +239,8 @@ void check_channels_without_data(const Facts& facts, Findings* findings) {
         for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
             if (row.data == nullptr && has_overlap(epoch, facts.times.spans))
                 findings->add(epoch.place, row, "the volume has no data of the epoch from ",
-                              time_text(epoch.start.microseconds, "all time on"), " to ",
-                              time_text(epoch.end.microseconds, "now"));
+                              time_text(epoch.start.microseconds, "(no start)"), " to ",
+                              time_text(epoch.end.microseconds, "(no end)"));
         });
 }
 

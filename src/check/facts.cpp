@@ -55,7 +55,9 @@ void FactsGatherer::add(const ControlBlockette& blockette) {
 
 void FactsGatherer::begin_subject(bool is_station) {
     const auto text = [this](std::string_view name) { return text_value(fields_.fields, name); };
-    const auto time = [this](std::string_view name) { return moment_value(fields_.fields, name).microseconds; };
+    const auto time = [this](std::string_view name) {
+        return moment_value(fields_.fields, name).microseconds;
+    };
     if (is_station) {
         network_ = text("network_code");
         station_ = text("station_call_letters");

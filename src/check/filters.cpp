@@ -82,7 +82,7 @@ void check_delay(const Facts& facts, Findings* findings) {
 
 // --- poles and zeros -----------------------------------------------------------------------------------
 
-// A zero at the origin makes nothing of a frequency of 0, to which nothing can be normalized.
+// A zero at the origin makes the amplitude 0 at 0 Hz, so nothing can be normalized there.
 void check_zero_frequency(const Facts& facts, Findings* findings) {
     for_each_part<Poles>(
         facts, [&](const ChannelRow& row, const Stage& stage, const StageResponse& one, const Poles& filter) {
@@ -127,7 +127,7 @@ void check_unstable_poles(const Facts& facts, Findings* findings) {
 
 // --- coefficients --------------------------------------------------------------------------------------
 
-// Half a filter that is symmetric itself is the whole of one, most likely.
+// If a listed half is symmetric itself, it is most likely the whole filter.
 void check_symmetry(const Facts& facts, Findings* findings) {
     for_each_part<Fir>(
         facts, [&](const ChannelRow& row, const Stage& stage, const StageResponse& one, const Fir& filter) {
@@ -138,7 +138,8 @@ void check_symmetry(const Facts& facts, Findings* findings) {
             else if (is_half && list.size() > 2 && std::equal(list.begin(), list.end(), list.rbegin()))
                 findings->add(one.place, row, "symmetry_code of stage ", *stage.number, " is ",
                               std::string_view(&filter.symmetry, 1),
-                              ", but the coefficients are symmetric themselves: they are all of them");
+                              ", but the listed coefficients are symmetric themselves: they look like the "
+                              "whole filter");
         });
 }
 

@@ -50,8 +50,8 @@ public:
     // What is found from now on breaks this rule.
     void begin(const Rule& rule);
 
-    // Adds "blockette 057: " and the words, behind the name of the subject. At most `most_of_a_rule` of a rule
-    // are kept; the others are only counted.
+    // Adds "blockette 057: " and the words, behind the name of the subject. At most `most_of_a_rule` of a
+    // rule are kept; the others are only counted.
     template <class... Words>
     void add(const Place& place, const Subject& subject, const Words&... text) {
         if (is_taken(subject))

@@ -59,8 +59,8 @@ void check_distance(const StationEpoch& station, const ChannelRow& row, Findings
     const double meters = distance(station, *row.epoch);
     if (meters > far)
         findings->add(row.epoch->place, row, "the channel at ", *row.epoch->latitude, ", ",
-                      *row.epoch->longitude, " is ", rounded(meters / kilometer), " km away from its station at ",
-                      *station.latitude, ", ", *station.longitude);
+                      *row.epoch->longitude, " is ", rounded(meters / kilometer),
+                      " km away from its station at ", *station.latitude, ", ", *station.longitude);
     if (station.elevation && row.epoch->elevation &&
         std::abs(*station.elevation - *row.epoch->elevation) > far)
         findings->add(row.epoch->place, row, "elevation is ", *row.epoch->elevation,
@@ -80,7 +80,7 @@ void check_ranges(const Facts& facts, Findings* findings) {
     });
 }
 
-// The blockette 050 that a channel follows is the last station that begins before it.
+// `epoch.station` is the offset of the 050 that the channel follows.
 void check_distances(const Facts& facts, Findings* findings) {
     std::vector<std::pair<std::int64_t, const StationEpoch*>> stations;
     for_each_station_epoch(facts, [&](const Subject&, const StationEpoch& epoch) {
@@ -147,7 +147,7 @@ void check_orientation_missing(const Facts& facts, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         if (has_direction(row.channel) && (!epoch.azimuth || !epoch.dip))
             findings->add(epoch.place, row, epoch.azimuth ? "dip" : "azimuth",
-                          " is missing, which a seismometer has");
+                          " is missing; a seismometer or accelerometer has one");
     });
 }
 
@@ -161,7 +161,7 @@ void check_component(const Facts& facts, Findings* findings) {
             if (std::abs(along) < std::cos(tolerance * degree))
                 findings->add(epoch.place, row, "azimuth ", *epoch.azimuth, " and dip ", *epoch.dip,
                               " are more than 5 degrees off ", component.words,
-                              ", which the channel's third letter asks for");
+                              ", the direction of the channel's third letter");
         }
     });
 }

@@ -37,7 +37,7 @@ bool differ(double one, double other) {
 void check_rate(const DataRecord& record, ChannelRecords* channel) {
     const double rate = rate_of(record.header);
     if (record.stated_rate && *record.stated_rate > 0 && differ(*record.stated_rate, rate))
-        note(channel, RecordFault::rate_stated_twice, record, "the rate of the header is ", rate,
+        note(channel, RecordFault::rates_differ, record, "the rate of the header is ", rate,
              ", that of blockette 100 ", double{*record.stated_rate});
 }
 
@@ -66,7 +66,7 @@ void check_flags(const DataRecord& record, ChannelRecords* channel) {
         if ((record.header.quality_flags >> bit & 1) != 0)
             flags += words(flags.empty() ? "" : ", ", names[bit]);
     if (!flags.empty())
-        note(channel, RecordFault::quality_flags, record, "data_quality_flags report ", flags);
+        note(channel, RecordFault::quality_flags, record, "quality_flags report ", flags);
 }
 
 // --- samples -------------------------------------------------------------------------------------------
@@ -130,7 +130,7 @@ void add_end(const DataRecord& record, ChannelRecords* channel, LastRecord* last
 
 void add_header(const DataRecord& record, ChannelRecords* channel) {
     if (record.format && !is_known_encoding(record.format->encoding))
-        note(channel, RecordFault::encoding_unknown, record, "encoding_format of blockette 1000 is ",
+        note(channel, RecordFault::encoding_unknown, record, "encoding of blockette 1000 is ",
              record.format->encoding, ", which is not known");
     check_rate(record, channel);
     check_time(record, channel);
@@ -141,7 +141,7 @@ void add_samples(const DataRecord& record, ChannelRecords* channel, LastRecord* 
     const std::optional<Samples> samples = samples_of(record);
     std::vector<double> values = samples ? numbers_of(*samples) : std::vector<double>();
     if (samples && samples->missing > 0)
-        note(channel, RecordFault::samples_missing, record, "number_of_samples is ", record.header.samples,
+        note(channel, RecordFault::samples_missing, record, "samples is ", record.header.samples,
              ", but the record lacks ", samples->missing, " of them");
     if (samples && samples->last_agrees == false)
         note(channel, RecordFault::last_sample, record,

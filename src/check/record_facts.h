@@ -20,10 +20,10 @@ namespace quarry {
 
 enum class RecordFault : std::uint8_t {
     encoding_unknown,
-    rate_stated_twice, // in the header and, otherwise, in a blockette 100
-    timing_quality,    // below 50 %
-    quality_flags,     // are set
-    correction_open,   // a time correction has not been applied
+    rates_differ,    // of the header and of blockette 100
+    timing_quality,  // below 50 %
+    quality_flags,   // are set
+    correction_open, // a time correction has not been applied
     samples_missing,
     last_sample,    // is another one than the record states
     word_order,     // the samples are far smoother in the other one
@@ -37,8 +37,8 @@ struct RecordsAtFault {
     std::string what = {}; // is wrong with the first one
 };
 
-// Neighbouring records that say by their times how fast samples come. They are off if it is not as fast as
-// their rate says.
+// Pairs of consecutive records, whose times show the real sample rate. A pair is off if that is not the rate
+// that the record states.
 struct Pace {
     std::int64_t pairs = 0;
     std::int64_t off = 0;
@@ -53,7 +53,7 @@ struct ChannelRecords {
     Place first = {};                        // of its records
     std::vector<RecordsAtFault> faults = {}; // each kind once
     Pace pace = {};
-    std::optional<Place> early = {}; // of the first one that begins before data in front of it end
+    std::optional<Place> early = {}; // of the first record that begins before the end of the data before it
 };
 
 // The order of their codes.

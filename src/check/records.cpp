@@ -26,7 +26,7 @@ void check_encoding(const Facts& facts, Findings* findings) {
     add_faults(facts, RecordFault::encoding_unknown, findings);
 }
 void check_stated_rate(const Facts& facts, Findings* findings) {
-    add_faults(facts, RecordFault::rate_stated_twice, findings);
+    add_faults(facts, RecordFault::rates_differ, findings);
 }
 void check_timing_quality(const Facts& facts, Findings* findings) {
     add_faults(facts, RecordFault::timing_quality, findings);

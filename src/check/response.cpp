@@ -281,7 +281,7 @@ Sensitivity sensitivity_of(const ChannelEpoch& epoch) {
     return {};
 }
 
-// What the stages together make of a frequency; none where the headers do not tell.
+// The amplitude of all stages together at a frequency; none if the headers do not say it.
 std::optional<double> product_of_gains(const ChannelEpoch& epoch, double frequency) {
     double product = 1;
     bool has_stages = false;

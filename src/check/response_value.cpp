@@ -83,7 +83,7 @@ MaybeComplex filtered(const Fir& filter, double frequency, std::optional<double>
     return polynomial(all_coefficients(filter), delay(frequency, *input_rate));
 }
 
-// Between two frequencies of the list the amplitude goes straight on.
+// Between two listed frequencies the amplitude is interpolated linearly.
 MaybeComplex filtered(const ResponseList& filter, double frequency, std::optional<double>) {
     const auto& list = filter.responses;
     const auto after = std::find_if(list.begin(), list.end(), [frequency](const ListedResponse& one) {

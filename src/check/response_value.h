@@ -24,8 +24,8 @@ std::vector<double> all_coefficients(const Fir& fir);
 std::optional<std::complex<double>> value_of(const PolesAndZeros& filter, double frequency,
                                              std::optional<double> input_rate);
 
-// The amplitude of the stage at the frequency (Hz): its gain, times what its filter makes of that frequency
-// against that of the gain. None where the headers do not tell.
+// The amplitude of the stage at the frequency (Hz): its gain times the filter's amplitude at that frequency,
+// divided by its amplitude at the frequency of the gain. None if the headers do not say it.
 std::optional<double> amplitude_of(const Stage& stage, double frequency);
 
 } // namespace quarry

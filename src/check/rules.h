@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rules: what each asks of a volume, how grave a breach is, and the function that looks for one.
+// The rules: what each asks of a volume, the severity of a breach, and the function that looks for one.
 //
-// To add a rule: its row here, and its function in the file of its family (src/check/FAMILY.cpp). What a
-// function looks at is in the facts; a rule that needs more of them adds to a gatherer.
+// To add a rule: its row here, and its function in the file of its family (src/check/FAMILY.cpp; rules about
+// single data records are in records.cpp, those about filters in filters.cpp). What a function looks at is in
+// the facts; a rule that needs more of them adds to a gatherer.
 #pragma once
 
 #include "check/facts.h"
@@ -25,7 +26,7 @@ namespace quarry {
     RULE(structure, "declared-length", check_declared_length, error,                                                                     \
          "Records are as long as the volume header (010) or their blockette 1000 says.")                                                 \
     RULE(structure, "blockette-length", check_blockette_length, error,                                                                   \
-         "A blockette is as long as the smallest one of its type at least.")                                                             \
+         "A blockette is at least as long as the smallest one of its type.")                                                             \
     RULE(structure, "sequence", check_sequence, warning,                                                                                 \
          "The sequence numbers of a volume with headers count up by one.")                                                               \
     RULE(                                                                                                                                \
@@ -63,7 +64,7 @@ namespace quarry {
     RULE(epochs, "data-outside-epochs", check_data_outside_epochs, error,                                                                \
          "Data begin in an epoch of their channel.")                                                                                     \
     RULE(epochs, "data-without-channel", check_data_without_channel, error,                                                              \
-         "In a volume with headers, these describe each channel that has data.")                                                         \
+         "If a volume has headers, they describe each channel that has data.")                                                           \
     RULE(epochs, "channel-without-data", check_channels_without_data, note,                                                              \
          "In a volume with data, each channel epoch within its time spans has some.")                                                    \
     RULE(epochs, "data-outside-volume", check_data_outside_volume, warning,                                                              \
@@ -115,9 +116,9 @@ namespace quarry {
     RULE(response, "sensitivity-frequency", check_sensitivity_frequency, error,                                                          \
          "The sensitivity is for a frequency below half the sample rate.")                                                               \
     RULE(response, "sensitivity-near", check_sensitivity_near, warning,                                                                  \
-         "The sensitivity is within 2 % of what the stages make of its frequency.")                                                      \
+         "The sensitivity is within 2 % of the amplitude of all stages at its frequency.")                                               \
     RULE(response, "sensitivity-off", check_sensitivity_off, error,                                                                      \
-         "The sensitivity is within 5 % of what the stages make of its frequency.")                                                      \
+         "The sensitivity is within 5 % of the amplitude of all stages at its frequency.")                                               \
     RULE(response, "zero-frequency", check_zero_frequency, error,                                                                        \
          "A stage with zeros at the origin is not normalized at a frequency of 0.")                                                      \
     RULE(response, "a0", check_a0, warning,                                                                                              \
@@ -129,22 +130,22 @@ namespace quarry {
     RULE(response, "coefficient-sum", check_coefficient_sum, warning,                                                                    \
          "The coefficients of a digital filter sum up to 1, or to the gain of the stage, within 2 %.")                                   \
     RULE(position, "range", check_ranges, error,                                                                                         \
-         "Coordinates, azimuth and dip are numbers that exist on Earth.")                                                                \
+         "Coordinates, elevation, azimuth and dip are within their limits.")                                                             \
     RULE(position, "distance", check_distances, warning,                                                                                 \
          "A channel is within 1 km of its station, and within 1 km in elevation.")                                                       \
     RULE(position, "orientation-missing", check_orientation_missing, warning,                                                            \
-         "A seismometer has an azimuth and a dip.")                                                                                      \
+         "A seismometer or accelerometer has an azimuth and a dip.")                                                                     \
     RULE(position, "component", check_component, warning,                                                                                \
          "A channel whose third letter is N, E or Z points there within 5 degrees, or the other way.")                                   \
     RULE(position, "right-angles", check_right_angles, note,                                                                             \
          "The components 1, 2 and 3 of a sensor are at right angles, within 5 degrees.")                                                 \
     RULE(position, "sensor", check_sensor, note, "A blockette 033 describes the sensor of a channel.")                                   \
     RULE(data, "timing-quality", check_timing_quality, note,                                                                             \
-         "The timing quality of a record is 50 % at least.")                                                                             \
+         "The timing quality of a record is at least 50 %.")                                                                             \
     RULE(data, "quality-flags", check_quality_flags, note,                                                                               \
          "The data quality flags of a record are not set.")                                                                              \
     RULE(data, "correction", check_correction, note, "The time correction of a record is applied.")                                      \
-    RULE(data, "duplicate", check_duplicates, warning, "Data are there once.")                                                           \
+    RULE(data, "duplicate", check_duplicates, warning, "No data are stored twice.")                                                      \
     RULE(data, "overlap", check_overlaps, warning, "Data do not overlap.")                                                               \
     RULE(samples, "samples-missing", check_missing_samples, error,                                                                       \
          "A record holds as many samples as it says.")                                                                                   \

@@ -9,7 +9,7 @@
 
 namespace quarry {
 
-// The number with four digits that count.
+// The number rounded to four significant digits.
 double rounded(double number);
 
 // Numbers are in the shortest text that reads back to the same one.

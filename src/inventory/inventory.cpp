@@ -46,7 +46,7 @@ std::string what_is_wrong(const Finding& finding) {
     if (!finding.field.empty())
         text += " (" + std::string(finding.field) + ")";
     if (finding.is_changed)
-        text += " with another content";
+        text += " with different content";
     return text;
 }
 
