@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The samples of open reading: each encoding in both word orders, exact, and what a record lacks of them.
+// The samples that the volume reader gives: each encoding in both word orders, exact, and what a record lacks
+// of them.
 
 #include "damaged_volumes.h"
 #include "sample_encoders.h"

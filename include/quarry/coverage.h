@@ -29,10 +29,10 @@
 #pragma GCC visibility push(default)
 namespace quarry {
 
-// How far from its expected time data may begin and still go on: so many samples, or so many seconds.
+// How far from its expected time data may begin and still continue a segment: samples, or seconds.
 struct Tolerance {
     double samples = 0.5;
-    std::optional<double> seconds = {}; // counts if it is there
+    std::optional<double> seconds = {}; // if set, it replaces `samples`
 
     // Microseconds at so many samples per second.
     std::int64_t at(double rate) const;
@@ -46,8 +46,8 @@ struct Segment {
     std::int64_t records;
     double rate;      // samples per second: of the first record,
     double last_rate; // and of the last one
-    // How much later, in microseconds, its records begin than the samples since the start alone would have
-    // it: the least and the most. Rounding and tolerated jitter make it other than 0.
+    // The least and the greatest delay of its records, in microseconds, against start + samples / rate.
+    // Rounding and tolerated jitter make them other than 0.
     double least_shift = 0;
     double most_shift = 0;
 };
@@ -59,7 +59,7 @@ std::optional<Segment> segment_of(const DataRecord& record);
 // The time of the last sample.
 std::int64_t last_sample(const Segment& segment);
 
-// Two rates are one if they differ by less than 0.01 %.
+// Two rates are the same if they differ by less than 0.01 %.
 bool is_same_rate(double one, double other);
 
 // Time that has no data, or data twice.

@@ -24,9 +24,11 @@ namespace quarry {
 
 // The records that begin in one epoch.
 struct EpochData {
-    std::int64_t epoch_start; // microseconds since 1970, before the end; both extreme for records outside all
+    // Microseconds since 1970, the end excluded; the least and the greatest number for records outside all
+    // epochs.
+    std::int64_t epoch_start;
     std::int64_t epoch_end;
-    std::int64_t epoch_place = -1; // as given to expect; -1 for records outside all
+    std::int64_t epoch_place = -1; // as given to expect(); -1 for records outside all epochs
 
     std::int64_t records = 0; // one at least
     std::int64_t offset = 0;  // of the first one met, in the input
@@ -78,7 +80,7 @@ private:
         std::ptrdiff_t data = -1;
     };
     struct Epochs {
-        std::vector<Epoch> all; // of one channel in the order of expect, behind all time
+        std::vector<Epoch> all; // of one channel in the order of expect(); the first one stands for all time
         bool is_ordered = true; // none begins before the end of the one before
     };
     static bool holds(const Epoch& epoch, std::int64_t time);

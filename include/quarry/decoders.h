@@ -65,7 +65,7 @@ std::int32_t decode_geoscope(char* raw, std::int32_t nsamples, std::int32_t nbyt
 
 // Steim level 1: differences of 8, 16 and 32 bits. Level 2: of 4, 5, 6, 8, 10, 15 and 30 bits. They read at
 // most the `nbytes` at `data` and always store `nsamples` values: a sample that the data area lacks is zero.
-// They return 0, or -1 with a complaint if samples are missing. Differences beyond `nsamples` are dropped
+// They return 0, or -1 with a message if samples are missing. Differences beyond `nsamples` are dropped
 // without a message.
 std::int32_t decode_steim(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
 std::int32_t decode_steim2(char* data, std::int32_t nsamples, std::int32_t nbytes, int byteswap);
@@ -133,7 +133,7 @@ std::int32_t decode_ascii(char* data, std::int32_t nsamples, std::int32_t nbytes
 // --- the data formats ----------------------------------------------------------------------------------
 
 struct SeedFormat {
-    const char* seed;  // the family name as volumes write it (blockette 030, field 3)
+    const char* seed;  // the format's name as volumes write it (blockette 030, field 3)
     const char* css;   // the CSS 3.0 datatype of the decoded output
     std::int32_t size; // bytes of decoded output for each sample instant
     Decoder convert;
@@ -209,9 +209,9 @@ struct blk_dh_t {
 // caller releases them with free. What the record lacks is zero; a negative `nsamps` counts as 0.
 // `*csstype` receives the format's CSS 3.0 datatype, a constant.
 //
-// Returns the decoder's status, or -1 with a complaint where the record holds fewer samples than its header
-// says. An unknown format gives a complaint, a copy of the raw bytes, the datatype "**" and the status -1.
-// Exhausted memory is fatal.
+// Returns the decoder's status, or -1 with a message where the record holds fewer samples than its header
+// says. For an unknown format it writes a message and gives a copy of the raw bytes, the datatype "**" and
+// the status -1. Exhausted memory is fatal.
 std::int32_t decode_data(blk_dh_t* dh, char** output, const char** csstype);
 
 // The bytes of a word reversed.

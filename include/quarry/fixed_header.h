@@ -10,7 +10,7 @@
 #pragma GCC visibility push(default)
 namespace quarry {
 
-// The binary fields of the fixed header (fields 8 to 21 in the SEED manual), as numbers of the host's order.
+// The binary fields of the fixed header (fields 8 to 18 in the SEED manual), as numbers of the host's order.
 struct FixedHeader {
     std::uint16_t year;
     std::uint16_t day_of_year;

@@ -36,8 +36,8 @@
 #pragma GCC visibility push(default)
 namespace quarry {
 
-// A number or none, as std::optional, in the room of the number: headers hold millions of them. What stands
-// for none, the least integer and NaN, is no number of a volume.
+// Like std::optional, but no larger than the number itself: headers hold millions of them. The least integer
+// and NaN mean that the number is absent; no volume holds them as values.
 template <class Number>
 class Maybe {
 public:
@@ -158,8 +158,10 @@ struct Gain {              // 058, 048; that of stage 0 is the sensitivity of th
     bool operator==(const Gain&) const = default;
 };
 
-struct Fir {           // 061, 041
-    char symmetry = 0; // A: all coefficients are listed; B, C: the first half of an odd, even number
+struct Fir { // 061, 041
+    // A: all coefficients are listed; B: the first half and the middle one of an odd number; C: the first
+    // half of an even number.
+    char symmetry = 0;
     std::vector<Real> coefficients;
     bool operator==(const Fir&) const = default;
 };

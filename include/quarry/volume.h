@@ -20,8 +20,8 @@
 // any other. Only an input that cannot be opened or read ends it with an error.
 //
 // Nothing is kept outside a reader: any number of them, in any threads, do not affect each other. A reader
-// needs about 1 MiB (up to 5 MiB for records that are as long), and for each channel epoch of the headers
-// some 100 bytes, however long the input is.
+// needs about 1 MiB (up to 5 MiB if data records are 1 MiB long), and some 100 bytes for each channel epoch
+// of the headers, however long the input is.
 #pragma once
 
 #include "quarry/byte_error.h"
@@ -44,18 +44,19 @@ namespace quarry {
 // --- damage --------------------------------------------------------------------------------------------
 
 enum class DamageKind : std::uint8_t {
-    compressed_data,       // are damaged or cut: the input ends here
-    after_compressed_data, // stands something else, which is ignored
-    no_record,             // where a logical record should begin: these bytes were skipped
-    input_ends,            // within a logical record
-    sequence_number,       // of a logical record is not a number
-    record_length,         // that is declared does not lead to the next record, or is not one of a record
-    no_blockette,          // where a control blockette should begin: these bytes were skipped
-    blockette_length,      // does not lead to the next blockette: these bytes were skipped
+    compressed_data,       // compressed data are damaged or cut: the input ends here
+    after_compressed_data, // something else follows the compressed data; it is ignored
+    no_record,             // no logical record begins here: these bytes were skipped
+    input_ends,            // the input ends within a logical record
+    sequence_number,       // the sequence number of a logical record is not a number
+    record_length,         // the declared length does not lead to the next record, or no record can have it
+    no_blockette,          // no control blockette begins here: these bytes were skipped
+    blockette_length,      // the length does not lead to the next blockette: a shorter one was used, or the
+                           // bytes were skipped
     blockette_cut,         // the rest of a control blockette is missing
-    blockette_chain,       // of a data record leads out of the record or not further into it
+    blockette_chain,       // the chain of data blockettes leaves the record or goes back
     data_offset,           // the beginning of data is outside the record or within its header
-    field,                 // of a blockette, as its FieldProblem says
+    field,                 // a field of a blockette is wrong, as its FieldProblem says
 };
 inline constexpr std::size_t damage_kinds = static_cast<std::size_t>(DamageKind::field) + 1;
 
@@ -166,7 +167,8 @@ struct DataRecord {
     // Microseconds since 1970 of the first sample: the header's time with the microseconds of blockette 1001,
     // and with the time correction unless the activity flags say that it has been applied.
     std::int64_t start;
-    // Samples per second: that of blockette 100 if it is positive, else that of the factors; 0 for none.
+    // Samples per second: that of blockette 100 if it is positive and finite, else that of the factors; 0 for
+    // none.
     double rate;
 };
 

@@ -5,8 +5,8 @@
 //     builder.add(blockette, quarry::decode_blockette(blockette.type, blockette.text));
 //     const quarry::Inventory inventory = builder.finish();
 //
-// Responses that go on in further blockettes of the same type and stage, in a row, are joined. Two in a row
-// of the same text are two.
+// Responses that go on in further blockettes of the same type and stage, in a row, are joined. Two
+// consecutive blockettes with the same text are two responses.
 #pragma once
 
 #include "inventory/keys.h"

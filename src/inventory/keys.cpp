@@ -101,7 +101,7 @@ void KeyBook::add_definition(const Place& place, const Fields& fields, std::stri
         definitions.push_back({place, content});
 }
 
-// A key of 0 stands for nothing in many volumes.
+// In many volumes a key of 0 means that there is no key.
 void KeyBook::add_use(const Place& place, const Field& field, int dictionary) {
     const auto* key = std::get_if<std::int64_t>(&field.value);
     if (key == nullptr || *key == 0)

@@ -7,7 +7,7 @@
 namespace quarry {
 
 // Adds a finding for each epoch that begins before an earlier one of the same volume ends. Epochs are sorted.
-// A start that is missing is the beginning of time, an end its end; channels are apart by subchannel.
+// A missing start or end means an open epoch; subchannels are compared separately.
 void add_overlaps(Inventory* inventory);
 
 } // namespace quarry

@@ -36,8 +36,8 @@ bool is_near(std::int64_t one, std::int64_t other, std::int64_t tolerance) {
     return std::abs(one - other) <= tolerance;
 }
 
-// True if its samples stand at times of samples of the other segment. Where those jitter, times are as near
-// to each other as the jitter has them.
+// True if its samples stand at times of samples of the other segment. If the times of the other segment
+// jitter, the times compared may differ by as much.
 bool is_duplicate(const Segment& segment, const Segment& of, std::int64_t tolerance) {
     constexpr double rounding = 1.5; // microseconds, of two starts
     if (segment.start < of.start || segment.next > of.next + tolerance ||
@@ -52,7 +52,7 @@ bool is_duplicate(const Segment& segment, const Segment& of, std::int64_t tolera
 
 // --- merging -------------------------------------------------------------------------------------------
 
-// Half a sample at most, so that nothing that is still to come fits in between. `arrange` sees to the rest.
+// Half a sample at most, so that nothing that is still to come fits in between. `arrange` handles the rest.
 std::int64_t SegmentMerger::tolerance_of(const Segment& segment) const {
     return std::min(tolerance_.at(segment.rate), Tolerance{}.at(segment.rate));
 }

@@ -24,7 +24,7 @@ public:
 
 private:
     struct Entry {
-        DataRecord record; // with the views of the original, of which only the distances count
+        DataRecord record; // its views still point into the original; only their offsets are used
         std::size_t bytes; // where its bytes begin
         std::size_t blockettes;
     };
