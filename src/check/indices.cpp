@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/indices.h"
 
+#include "decode/data_record.h"
 #include "inventory/field_values.h"
 #include "platform/text.h"
 #include "quarry/time.h"
@@ -128,7 +129,7 @@ void VolumeIndices::compare(const DataRecord& record, StructureFaults* faults) {
 // Ends are those of the last sample, or of the time until the next one. A time correction may be in the time
 // or not.
 void VolumeIndices::compare(const DataRecord& record, const DataPointer& pointer, StructureFaults* faults) {
-    constexpr double millisecond = 1e3, day = 86400e6, unit_of_correction = 100;
+    constexpr double millisecond = 1e3, day = 86400e6, unit_of_correction = fraction_unit;
     if (record.station != pointer.station || record.location != pointer.location ||
         record.channel != pointer.channel)
         return faults->add(StructureFault::data_index, pointer.place, record, pointer.field, " of ",

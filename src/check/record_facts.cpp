@@ -2,6 +2,7 @@
 #include "check/record_facts.h"
 
 #include "check/words.h"
+#include "decode/data_record.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,12 +43,11 @@ void check_rate(const DataRecord& record, ChannelRecords* channel) {
 }
 
 void check_time(const DataRecord& record, ChannelRecords* channel) {
-    constexpr int applied = 1 << 1;
     constexpr int least_quality = 50;
     if (record.timing_quality && *record.timing_quality < least_quality)
         note(channel, RecordFault::timing_quality, record, "timing_quality of blockette 1001 is ",
              *record.timing_quality, " %, below ", least_quality);
-    if (record.header.time_correction != 0 && (record.header.activity_flags & applied) == 0)
+    if (record.header.time_correction != 0 && (record.header.activity_flags & correction_is_applied) == 0)
         note(channel, RecordFault::correction_open, record, "time_correction of ",
              record.header.time_correction / 1e4, " s is not applied");
 }

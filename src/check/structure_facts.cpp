@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/structure_facts.h"
 
-#include "inventory/builder.h"
+#include "decode/catalogue.h"
+#include "decode/data_record.h"
 
 namespace quarry {
 
 namespace {
 
-constexpr std::int64_t header_size = 8; // of a logical record
-constexpr int last_sequence = 999999;   // then they begin anew
+constexpr std::int64_t header_size = logical_header_size;
+constexpr int last_sequence = 999999; // then they begin anew
 
 // The text of a field, if it is short enough to be shown.
 std::string shown(const Field& field) {

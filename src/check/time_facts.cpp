@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/time_facts.h"
 
-#include "inventory/builder.h"
+#include "decode/catalogue.h"
 #include "inventory/field_values.h"
 
 #include <algorithm>

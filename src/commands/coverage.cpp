@@ -6,6 +6,7 @@
 #include "commands/each_volume.h"
 #include "commands/field_damage.h"
 #include "commands/selected.h"
+#include "decode/catalogue.h"
 #include "inventory/builder.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #include "commands/json_inventory.h"
 #include "commands/json_lines.h"
 #include "commands/selected.h"
+#include "decode/catalogue.h"
 #include "inventory/station.h"
 #include "quarry/time.h"
 #include "volume/record_batch.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/json_lines.h"
 
+#include "decode/catalogue.h"
 #include "quarry/samples.h"
 #include "quarry/time.h"
 
@@ -33,8 +34,6 @@ constexpr FlagNames quality_names{"amplifier_saturation",
                                   "telemetry_synchronisation_error",
                                   "digital_filter_may_be_charging",
                                   "time_tag_questionable"};
-
-constexpr int first_data_blockette = 100;
 
 constexpr std::array<std::string_view, 4> length_sources{"blockette_1000", "channel", "next_record", "guess"};
 

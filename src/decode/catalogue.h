@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The catalogue: name and smallest length of every blockette type that is known by name.
+// The catalogue: name and smallest length of every blockette type that is known by name; kinds of types.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <optional>
 
 namespace quarry {
@@ -78,5 +79,22 @@ constexpr std::optional<CatalogueRow> catalogue_row(int type) {
                                   [type](const CatalogueRow& entry) { return entry.type == type; });
     return row == catalogue.end() ? std::nullopt : std::optional(*row);
 }
+
+// True for the blockettes that begin a volume. They state its record length, a power of two, in two
+// characters at this place.
+constexpr bool is_volume_header(int type) {
+    return type == 5 || type == 8 || type == 10;
+}
+inline constexpr std::size_t record_power_offset = 11;
+inline constexpr std::size_t record_power_size = 2;
+
+// True for the blockettes of a station and its channels.
+constexpr bool is_of_station(int type) {
+    return type >= 50 && type < 70;
+}
+
+// Smaller types are those of control blockettes, which begin with their type and length.
+inline constexpr int first_data_blockette = 100;
+inline constexpr std::size_t blockette_head_size = 7;
 
 } // namespace quarry

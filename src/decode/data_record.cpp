@@ -13,8 +13,6 @@ namespace {
 constexpr int first_plausible_year = 1970;
 constexpr int last_plausible_year = 2030;
 constexpr std::size_t type_and_next_size = 4;
-constexpr int shortest_record_power = 7;
-constexpr int longest_record_power = 30;
 
 bool holds(std::span<const char> record, std::size_t offset, std::size_t size) {
     return offset <= record.size() && size <= record.size() - offset;
@@ -34,6 +32,25 @@ S100 decode_b100(std::span<const char> record, const DataBlockette& at, bool swa
 S1000 decode_b1000(std::span<const char> record, const DataBlockette& at) {
     return {at.type, static_cast<int>(at.next), byte_at(record, at.offset + 4),
             byte_at(record, at.offset + 5), byte_at(record, at.offset + 6)};
+}
+
+S1001 decode_b1001(std::span<const char> record, const DataBlockette& at) {
+    return {byte_at(record, at.offset + 4), static_cast<std::int8_t>(record[at.offset + 5])};
+}
+
+HeaderCodes header_codes(const RecordCodes& codes) {
+    HeaderCodes all;
+    all.fill(' ');
+    char* place = all.data();
+    const auto put = [&place](std::string_view code, std::size_t width) {
+        std::copy_n(code.begin(), std::min(code.size(), width), place);
+        place += width;
+    };
+    put(codes.station, 5);
+    put(codes.location, 2);
+    put(codes.channel, 3);
+    put(codes.network, 2);
+    return all;
 }
 
 bool is_swapped_by_year(std::span<const char> record) {

@@ -6,6 +6,7 @@
 #include "platform/bytes.h"
 #include "quarry/fixed_header.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -14,10 +15,14 @@
 
 namespace quarry {
 
-// Sizes in bytes: the fixed header; the shortest data record (2^7); what the reader has in hand of a record
-// before it knows the record's length.
+// The length of a record is two to such a power.
+inline constexpr int shortest_record_power = 7;
+inline constexpr int longest_record_power = 30;
+
+// Sizes in bytes: the fixed header; the shortest data record; what the reader has in hand of a record before
+// it knows the record's length.
 inline constexpr std::size_t fixed_header_size = 48;
-inline constexpr std::size_t shortest_record_size = 128;
+inline constexpr std::size_t shortest_record_size = 1U << shortest_record_power;
 inline constexpr std::size_t record_front_size = 136;
 
 // Size of what begins every logical record: sequence number (6 digits), type letter, continuation character.
@@ -32,6 +37,10 @@ inline constexpr std::size_t codes_size = 12;
 inline RecordCodes codes_in(std::span<const char> record) {
     return {{&record[8], 5}, {&record[13], 2}, {&record[15], 3}, {&record[18], 2}};
 }
+
+// The codes as a record has them, filled up with blanks; what is too long is cut off.
+using HeaderCodes = std::array<char, codes_size>;
+HeaderCodes header_codes(const RecordCodes& codes);
 
 // The binary fields of a record that holds at least fixed_header_size bytes, reversed where `swapped` is set.
 // Inline, so that a caller pays for those that it uses.
@@ -56,6 +65,25 @@ inline FixedHeader decode_fixed_header(std::span<const char> record, bool swappe
         u16(20), u16(22), u8(24), u8(25), u8(26), u16(28), u16(30),
         s16(32), s16(34), u8(36), u8(37), u8(38), u8(39),  load_swapped<std::int32_t>(&record[40], swapped),
         u16(44), u16(46)};
+}
+
+// Bits of the activity flags.
+inline constexpr int correction_is_applied = 1 << 1;
+inline constexpr int positive_leap_second = 1 << 4;
+inline constexpr int negative_leap_second = 1 << 5;
+
+// The unit of the fraction and of the time correction, in microseconds.
+inline constexpr int fraction_unit = 100;
+
+// Samples per second by the header, 0 for none. A negative factor or multiplier divides.
+inline double sample_rate(int factor, int multiplier) {
+    if (factor == 0 || multiplier == 0)
+        return 0;
+    const double f = factor;
+    const double m = multiplier;
+    if (factor > 0)
+        return multiplier > 0 ? f * m : -f / m;
+    return multiplier > 0 ? -m / f : 1 / (f * m);
 }
 
 // True if the year of the record, at least fixed_header_size bytes, is not plausible (1970 to 2030) in the
@@ -103,10 +131,17 @@ struct S1000 {
     int log2_record_length;
 };
 
+// Blockette 1001, Data Extension: timing quality in percent (field 3), microseconds (field 4).
+struct S1001 {
+    std::uint8_t timing_quality;
+    std::int8_t microseconds;
+};
+
 // Their fields. The record holds at least rate_and_format_size bytes at the place.
 inline constexpr std::size_t rate_and_format_size = 8;
 S100 decode_b100(std::span<const char> record, const DataBlockette& at, bool swapped);
 S1000 decode_b1000(std::span<const char> record, const DataBlockette& at);
+S1001 decode_b1001(std::span<const char> record, const DataBlockette& at);
 
 // Decoder state: the record image in hand and what its data blockettes say. Both blockettes are all zero
 // where the record has none.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "quarry/fields.h"
 
+#include "decode/data_record.h"
 #include "platform/bytes.h"
 #include "platform/calendar.h"
 #include "platform/text.h"
@@ -289,8 +290,8 @@ std::optional<std::int64_t> binary_time_field(std::span<const Field> fields) {
         values[i] = static_cast<int>(*value);
     }
     const auto [year, day, hour, minute, second, fraction] = values;
-    return seconds_since_1970(year, day, hour, minute, second) * 1'000'000 + std::int64_t{fraction} * 100 +
-           integer_field(fields, "microsecond").value_or(0);
+    return seconds_since_1970(year, day, hour, minute, second) * 1'000'000 +
+           std::int64_t{fraction} * fraction_unit + integer_field(fields, "microsecond").value_or(0);
 }
 
 GroupRows rows_at(std::span<const Field> fields) {

@@ -17,7 +17,6 @@ using namespace layout;
 // What every control and every data blockette begins with.
 constexpr auto control_front = std::to_array<Row>({{"type", D, 3}, {"length", D, 4}});
 constexpr auto data_front = std::to_array<Row>({{"type", u16}, {"next_offset", u16}});
-constexpr int first_data_blockette = 100;
 
 constexpr auto time_rows = std::to_array<Row>({
     {"year", u16},
@@ -154,12 +153,21 @@ constexpr bool types_ascend() {
            }) == specs.end();
 }
 
+constexpr bool has_record_power(const BlocketteSpec& blockette) {
+    const auto& fields = blockette.fields;
+    return !is_volume_header(blockette.type) ||
+           (fields[3].name == "logical_record_length" && fields[3].width == record_power_size &&
+            std::size_t{fields[0].width} + fields[1].width + fields[2].width == record_power_offset);
+}
+
 template <class Check>
 constexpr bool holds_for_all(Check check) {
     return std::all_of(specs.begin(), specs.end(), [check](const auto& spec) { return check(spec.fields); });
 }
 
 static_assert(types_ascend());
+static_assert(control_front[0].size + control_front[1].size == blockette_head_size);
+static_assert(std::all_of(specs.begin(), specs.end(), has_record_power));
 static_assert(holds_for_all(has_sound_groups));
 static_assert(holds_for_all(has_sound_widths));
 static_assert(holds_for_all(has_unique_names));

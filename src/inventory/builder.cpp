@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/builder.h"
 
+#include "decode/catalogue.h"
 #include "inventory/dictionary.h"
 #include "inventory/field_values.h"
 #include "inventory/overlaps.h"

@@ -16,11 +16,6 @@
 
 namespace quarry {
 
-// True for the blockettes that begin a volume: 005, 008, 010.
-constexpr bool is_volume_header(int type) {
-    return type == 5 || type == 8 || type == 10;
-}
-
 class InventoryBuilder {
 public:
     // Takes a blockette of any type with its decoded fields. What it keeps is copied. A response need not be

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/contents.h"
 
+#include "decode/catalogue.h"
 #include "inventory/field_values.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "quarry/coverage.h"
 
+#include "decode/data_record.h"
 #include "inventory/segments.h"
 
 #include <algorithm>
@@ -17,9 +18,6 @@ constexpr std::int64_t second = 1'000'000;
 constexpr std::int64_t day = 86'400 * second;
 constexpr double longest =
     1e15; // microseconds, some thirty years: no span of a record or tolerance is longer
-
-constexpr int positive_leap_second = 1 << 4; // of the activity flags
-constexpr int negative_leap_second = 1 << 5;
 
 std::int64_t microseconds(double count) {
     return static_cast<std::int64_t>(std::clamp(count, 0.0, longest));

@@ -78,17 +78,8 @@ std::size_t DataFound::Hash::operator()(const Codes& codes) const {
 // By the codes filled up with blanks, which is one of the ways they stand in headers.
 std::size_t DataFound::index_of(std::string_view network, std::string_view station, std::string_view location,
                                 std::string_view channel) {
-    Codes codes;
-    codes.fill(' ');
-    const auto put = [&codes](std::string_view code, std::size_t at, std::size_t width) {
-        std::copy_n(code.begin(), std::min(code.size(), width),
-                    codes.begin() + static_cast<std::ptrdiff_t>(at));
-    };
-    put(station, 0, 5);
-    put(location, 5, 2);
-    put(channel, 7, 3);
-    put(network, 10, 2);
-    const auto [known, is_new] = index_.try_emplace(codes, channels_.size());
+    const auto [known, is_new] =
+        index_.try_emplace(header_codes({station, location, channel, network}), channels_.size());
     if (is_new) {
         channels_.push_back(
             {std::string(network), std::string(station), std::string(location), std::string(channel), {}});

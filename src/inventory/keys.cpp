@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/keys.h"
 
+#include "decode/catalogue.h"
+
 #include <array>
 #include <functional>
 
@@ -88,13 +90,12 @@ void KeyBook::add(const Place& place, const Fields& fields, bool continues) {
 
 void KeyBook::add_definition(const Place& place, const Fields& fields, std::string_view name, int dictionary,
                              bool continues) {
-    constexpr std::size_t head = 7; // type and length
     constexpr std::size_t factor = 31;
     const auto key = integer_field(fields.fields, name);
     if (!key)
         return;
     auto& definitions = entries_[{dictionary, *key}].definitions;
-    const std::size_t content = std::hash<std::string_view>()(fields.text.substr(head));
+    const std::size_t content = std::hash<std::string_view>()(fields.text.substr(blockette_head_size));
     if (continues && !definitions.empty())
         definitions.back().content = definitions.back().content * factor + content;
     else

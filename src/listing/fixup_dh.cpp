@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "listing/fixup_dh.h"
 
+#include "decode/data_record.h"
 #include "listing/format_rows.h"
 #include "platform/calendar.h"
 #include "platform/digits.h"
@@ -17,15 +18,6 @@ namespace quarry {
 namespace {
 
 constexpr int default_record_length = 4096;
-constexpr int correction_applied = 0x02; // activity flag
-
-double sample_rate(int factor, int multiplier) {
-    const double f = factor;
-    const double m = multiplier;
-    if (factor > 0)
-        return multiplier > 0 ? f * m : -f / m;
-    return multiplier > 0 ? -m / f : 1 / (f * m);
-}
 
 // Whether the start time has the fields that nearly every record has: not negative, no wider than the format
 // asks for.
@@ -69,13 +61,9 @@ int word_comp(int value) {
 void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
     header->rate_f = word_comp(header->rate_f);
     header->rate_m = word_comp(header->rate_m);
-    if (header->rate_f == 0 || header->rate_m == 0) {
-        header->rate_f = 0;
-        header->rate_m = 0;
-        header->samp_rate = 0.0;
-    } else {
-        header->samp_rate = sample_rate(header->rate_f, header->rate_m);
-    }
+    if (header->rate_f == 0 || header->rate_m == 0)
+        header->rate_f = header->rate_m = 0;
+    header->samp_rate = sample_rate(header->rate_f, header->rate_m);
     if (has_usual_start_time(*header))
         write_usual_start_time(header);
     else
@@ -86,7 +74,7 @@ void fix_dh(blk_dh_t* header, int /*long_order*/, int /*word_order*/) {
 
 void complete_header(blk_dh_t* header, const SortedSet<rec_len_t>& rec_list) {
     fix_dh(header, 0, 0);
-    if ((header->activity & correction_applied) == 0)
+    if ((header->activity & correction_is_applied) == 0)
         header->sec_frac = static_cast<int>(static_cast<unsigned>(header->sec_frac) +
                                             static_cast<unsigned>(header->time_cor));
     header->epoch = human_to_epoch(header->year, header->doy, header->hour, header->minutes,

@@ -16,9 +16,9 @@ namespace quarry {
 namespace {
 
 constexpr int header_size = logical_header_size;
-constexpr int read_buffer_size = 0x20002;
 // The buffer is filled up to more than this, which always covers the longest logical record.
-constexpr int enough_bytes = 65536;
+constexpr int enough_bytes = 1 << largest_record_power;
+constexpr int read_buffer_size = 2 * enough_bytes + 2;
 
 ByteSource open_source(const char* name) {
     if (*name == '\0' || std::strcmp(name, "-") == 0)

@@ -3,7 +3,7 @@
 
 #include "blockette/blockette.h"
 #include "blockette/sdblknam.h"
-#include "decode/formats.h"
+#include "decode/catalogue.h"
 #include "listing/fixup_dh.h"
 #include "platform/memory.h"
 #include "platform/message_log.h"
@@ -27,7 +27,7 @@ constexpr int image_header_size = logical_header_size;
 constexpr std::string_view image_header = "000000D ";
 constexpr int image_size = image_header_size + largest_blockette + 1;
 
-constexpr int type_and_length_size = 7;
+constexpr int type_and_length_size = blockette_head_size;
 // What is read of a data record before its length is known, without the logical record header.
 constexpr int front_size = record_front_size - image_header_size;
 

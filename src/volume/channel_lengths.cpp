@@ -10,21 +10,13 @@ namespace quarry {
 
 namespace {
 
-std::string text_of_field(const Fields& blockette, std::string_view name) {
-    return std::string(text_field(blockette.fields, name).value_or(""));
+std::string_view text_of_field(const Fields& blockette, std::string_view name) {
+    return text_field(blockette.fields, name).value_or("");
 }
 
 // An open or unreadable time gives `otherwise`.
 std::int64_t time_of_field(const Fields& blockette, std::string_view name, std::int64_t otherwise) {
-    return microseconds_of(text_field(blockette.fields, name).value_or("")).value_or(otherwise);
-}
-
-std::string codes_of(std::string station, std::string location, std::string channel, std::string network) {
-    station.resize(5, ' ');
-    location.resize(2, ' ');
-    channel.resize(3, ' ');
-    network.resize(2, ' ');
-    return station + location + channel + network;
+    return microseconds_of(text_of_field(blockette, name)).value_or(otherwise);
 }
 
 } // namespace
@@ -39,15 +31,16 @@ void ChannelLengths::add(const Fields& blockette) {
     if (blockette.type != 52 || !power)
         return;
     using Limits = std::numeric_limits<std::int64_t>;
-    epochs_[codes_of(station_, text_of_field(blockette, "location_identifier"),
-                     text_of_field(blockette, "channel_identifier"), network_)]
+    epochs_[header_codes({station_, text_of_field(blockette, "location_identifier"),
+                          text_of_field(blockette, "channel_identifier"), network_})]
         .push_back({time_of_field(blockette, "start_date", Limits::min()),
                     time_of_field(blockette, "end_date", Limits::max()), static_cast<int>(*power)});
 }
 
 std::optional<int> ChannelLengths::power_at(std::string_view codes, std::int64_t time) const {
-    std::string key(codes);
-    std::replace(key.begin(), key.end(), '\0', ' ');
+    HeaderCodes key{};
+    codes = codes.substr(0, key.size());
+    std::replace_copy(codes.begin(), codes.end(), key.begin(), '\0', ' ');
     const auto channel = epochs_.find(key);
     if (channel == epochs_.end())
         return std::nullopt;

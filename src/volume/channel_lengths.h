@@ -2,6 +2,7 @@
 // The lengths of data records that the headers of a volume declare, by channel and time.
 #pragma once
 
+#include "decode/data_record.h"
 #include "quarry/fields.h"
 
 #include <cstdint>
@@ -31,7 +32,7 @@ private:
     };
     std::string station_;
     std::string network_;
-    std::map<std::string, std::vector<Epoch>> epochs_; // by codes
+    std::map<HeaderCodes, std::vector<Epoch>> epochs_; // by codes
 };
 
 } // namespace quarry

@@ -12,13 +12,6 @@ using framing::signed_size;
 
 namespace {
 
-constexpr std::size_t power_offset = 11; // of the record length in blockettes 005, 008 and 010
-constexpr std::size_t power_size = 2;
-
-bool tells_record_size(int type) {
-    return type == 5 || type == 8 || type == 10;
-}
-
 // True if a blockette may end before these bytes: others, a blank, or too few for a head.
 bool may_follow(std::string_view bytes) {
     return bytes.size() < head_size || framing::is_blank(bytes.substr(0, 1)) ||
@@ -38,12 +31,13 @@ bool is_fault_of_length(const FieldProblem& problem) {
 std::size_t VolumeReader::Reading::announced_size() {
     const std::string_view bytes = window_.at(at_, framing::usual_record_size);
     std::size_t offset = header_size;
-    while (offset + power_offset + power_size <= bytes.size()) {
+    while (offset + record_power_offset + record_power_size <= bytes.size()) {
         const auto head = framing::blockette_head(bytes.substr(offset));
         if (!head || !framing::is_sound(*head))
             return 0;
-        if (tells_record_size(head->type)) {
-            const int power = framing::number_of(bytes.substr(offset + power_offset, power_size));
+        if (is_volume_header(head->type)) {
+            const int power =
+                framing::number_of(bytes.substr(offset + record_power_offset, record_power_size));
             const bool is_legal = power >= framing::smallest_power && power <= framing::largest_control_power;
             return is_legal ? std::size_t{1} << power : 0;
         }

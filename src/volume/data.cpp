@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::size_t usual_front = 256;       // holds the data blockettes of nearly every record
 constexpr std::size_t largest_front = 1 << 16; // all that their offsets reach
-constexpr int correction_is_applied = 1 << 1;  // of the activity flags
 
 bool is_length_power(int power) {
     return power >= framing::smallest_power && power <= framing::largest_power;
@@ -40,13 +39,13 @@ RecordFormat format_in(std::string_view record, const DataBlockette& at) {
 std::int64_t header_time(const FixedHeader& header) {
     const std::int64_t seconds =
         seconds_since_1970(header.year, header.day_of_year, header.hour, header.minute, header.second);
-    return seconds * 1'000'000 + std::int64_t{header.fraction} * 100;
+    return seconds * 1'000'000 + std::int64_t{header.fraction} * fraction_unit;
 }
 
 std::int64_t corrected_time(const DataRecord& record) {
     const bool is_applied = (record.header.activity_flags & correction_is_applied) != 0;
     return header_time(record.header) + record.microseconds.value_or(0) +
-           (is_applied ? 0 : std::int64_t{record.header.time_correction} * 100);
+           (is_applied ? 0 : std::int64_t{record.header.time_correction} * fraction_unit);
 }
 
 std::string_view trimmed_code(std::string_view code) {
@@ -71,8 +70,9 @@ void take_blockette(std::string_view bytes, const DataBlocketteExtent& blockette
     if (at.type == 100 && !record->stated_rate)
         record->stated_rate = decode_b100(bytes, at, is_swapped(record->header_order)).sample_rate;
     if (at.type == 1001 && !record->timing_quality) {
-        record->timing_quality = static_cast<std::uint8_t>(bytes[at.offset + 4]);
-        record->microseconds = static_cast<std::int8_t>(bytes[at.offset + 5]);
+        const S1001 b1001 = decode_b1001(bytes, at);
+        record->timing_quality = b1001.timing_quality;
+        record->microseconds = b1001.microseconds;
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "volume/framing.h"
 
-#include "decode/data_record.h"
+#include "decode/catalogue.h"
 #include "quarry/fields.h"
 
 #include <algorithm>
@@ -13,7 +13,6 @@ namespace {
 constexpr std::size_t letter_offset = 6;
 constexpr std::size_t continuation_offset = 7;
 constexpr std::size_t sequence_size = 6;
-constexpr int largest_control_type = 99;
 
 bool is_blank(char byte) {
     return byte == ' ' || byte == '\0';
@@ -123,7 +122,7 @@ std::optional<Head> blockette_head(std::string_view bytes) {
 }
 
 bool is_sound(const Head& head) {
-    const BlocketteSpec* spec = head.type <= largest_control_type ? blockette_spec(head.type) : nullptr;
+    const BlocketteSpec* spec = head.type < first_data_blockette ? blockette_spec(head.type) : nullptr;
     return spec != nullptr && head.length >= static_cast<std::size_t>(spec->smallest);
 }
 

@@ -2,6 +2,7 @@
 // What stands at a place of a volume: the beginnings of logical records and of control blockettes.
 #pragma once
 
+#include "decode/catalogue.h"
 #include "decode/data_record.h"
 
 #include <bit>
@@ -14,10 +15,10 @@ namespace quarry::framing {
 
 // Sizes in bytes.
 inline constexpr std::size_t header_size = logical_header_size;
-inline constexpr std::size_t head_size = 7;            // type and length of a control blockette
-inline constexpr std::size_t look = 64;                // what is needed to recognize a beginning
-inline constexpr std::int64_t usual_step = 64;         // all lengths of records are multiples of it
-inline constexpr int smallest_power = 7;               // of a record's length
+inline constexpr std::size_t head_size = blockette_head_size;
+inline constexpr std::size_t look = 64;        // what is needed to recognize a beginning
+inline constexpr std::int64_t usual_step = 64; // all lengths of records are multiples of it
+inline constexpr int smallest_power = shortest_record_power;
 inline constexpr int largest_power = 20;               // of a data record's length
 inline constexpr int largest_control_power = 16;       // of the length of other logical records
 inline constexpr std::size_t usual_record_size = 4096; // where nothing gives it

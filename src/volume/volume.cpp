@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "quarry/volume.h"
 
+#include "decode/data_record.h"
 #include "platform/text.h"
 #include "volume/reading.h"
 
@@ -102,14 +103,8 @@ std::string_view text_of(const DataRecord& record, const DataBlocketteExtent& bl
     return {record.bytes.data() + blockette.offset, blockette.length};
 }
 
-// A negative factor or multiplier divides.
 double rate_of(const FixedHeader& header) {
-    const double factor = header.rate_factor;
-    const double multiplier = header.rate_multiplier;
-    if (factor == 0 || multiplier == 0)
-        return 0;
-    const double base = factor > 0 ? factor : -1 / factor;
-    return multiplier > 0 ? base * multiplier : base / -multiplier;
+    return sample_rate(header.rate_factor, header.rate_multiplier);
 }
 
 std::int64_t end_of(const DataRecord& record) {
