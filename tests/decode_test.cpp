@@ -423,7 +423,7 @@ TEST(DecodeData, DamagedHeaders) {
                decoded_record(format_steim1, words, 2, beg_data);
     for (const int type : {format_integer_32, format_steim1, format_usnsn})
         out += decoded_record(type, words, -3);
-    for (const int type : {-1, 0, 18})
+    for (const int type : {-1, 0, seed_format_count})
         out += decoded_record(type, "whatever", 4);
     expect_recorded("DecodeData", "DamagedHeaders", out);
     std::string bytes(8, '\0');

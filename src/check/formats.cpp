@@ -2,10 +2,10 @@
 // Rules for data formats, record lengths and sample rates: what headers say against what records have.
 
 #include "check/response.h"
+#include "decode/encodings.h"
+#include "inventory/field_values.h"
 #include "platform/text.h"
 #include "quarry/samples.h"
-
-#include <algorithm>
 
 namespace quarry {
 
@@ -20,36 +20,10 @@ void for_each_epoch_with_data(const Facts& facts, Visit visit) {
     });
 }
 
-// The families of data formats (030, field 5) that an encoding may belong to.
-struct EncodingRow {
-    int encoding;
-    std::array<int, 2> families;
-};
-constexpr int integers = 0, gain_ranged = 1, differences = 50, text = 80, other_text = 81;
-constexpr auto encodings = std::to_array<EncodingRow>({
-    {0, {text, other_text}},
-    {1, {integers, integers}},
-    {2, {integers, integers}},
-    {3, {integers, integers}},
-    {4, {integers, gain_ranged}},
-    {5, {integers, gain_ranged}},
-    {10, {differences, differences}},
-    {11, {differences, differences}},
-    {12, {integers, gain_ranged}},
-    {13, {integers, gain_ranged}},
-    {14, {integers, gain_ranged}},
-    {15, {differences, differences}},
-    {16, {integers, gain_ranged}},
-    {30, {integers, gain_ranged}},
-    {32, {integers, gain_ranged}},
-});
-
 // True where nothing is known that speaks against it.
 bool may_be(int encoding, std::int64_t family) {
-    const auto* const row =
-        std::find_if(encodings.begin(), encodings.end(),
-                     [encoding](const EncodingRow& one) { return one.encoding == encoding; });
-    return row == encodings.end() || row->families[0] == family || row->families[1] == family;
+    const SampleEncoding* const row = find_encoding(encoding);
+    return row == nullptr || row->families[0] == family || row->families[1] == family;
 }
 
 } // namespace

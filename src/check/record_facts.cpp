@@ -3,6 +3,7 @@
 
 #include "check/words.h"
 #include "decode/data_record.h"
+#include "decode/encodings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -91,18 +92,14 @@ double roughness(const std::vector<double>& values) {
     return std::isfinite(sum) ? sum : HUGE_VAL;
 }
 
-// True for samples of whole words, whose bytes may stand in either order.
-bool has_plain_words(int encoding) {
-    return encoding >= 1 && encoding <= 5;
-}
-
 void check_word_order(const DataRecord& record, const std::vector<double>& values, ChannelRecords* channel) {
     constexpr std::size_t enough = 16;
     constexpr double far = 100;
-    if (!has_plain_words(record.format->encoding) || values.size() < enough)
+    const SampleEncoding* const encoding = find_encoding(record.format->encoding);
+    if (encoding == nullptr || !encoding->has_plain_words || values.size() < enough)
         return;
     const bool is_little = record.format->word_order == std::endian::little;
-    const auto other = decode_samples(record.payload, record.format->encoding,
+    const auto other = decode_samples(record.payload, encoding->code,
                                       is_little ? std::endian::big : std::endian::little, values.size());
     const double there = roughness(numbers_of(*other));
     if (there > 0 && roughness(values) > far * there)

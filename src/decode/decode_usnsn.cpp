@@ -26,7 +26,6 @@ namespace {
 constexpr std::int32_t first_frame = 7; // positions are counted from 1
 constexpr std::int32_t trailer = 4093;
 constexpr int frames_of_block = 7;
-constexpr std::int32_t largest_record = 1 + 0xFFFF; // in samples
 
 struct Group {
     std::int32_t bits; // of each difference
@@ -291,8 +290,8 @@ std::int32_t decode_usnsn(char* data, std::int32_t nsamples, std::int32_t nbytes
     if (byteswap != 0)
         swap_four(data, data, size / 4);
     std::vector<std::int32_t> idat;
-    allocate_zeroed(idat, std::clamp(nsamples, 1, largest_record), QUARRY_SITE("decode_usnsn"), nsamples,
-                    "idat");
+    allocate_zeroed(idat, std::clamp(nsamples, 1, largest_usnsn_record), QUARRY_SITE("decode_usnsn"),
+                    nsamples, "idat");
     std::int32_t n = -1;
     std::int32_t eod = 0;
     std::int32_t ovr = 0;

@@ -7,6 +7,8 @@
 
 namespace quarry {
 
+inline constexpr std::int32_t largest_usnsn_record = 1 + 0xFFFF; // in samples
+
 // What a record of USNSN holds.
 struct UsnsnRecord {
     std::int32_t result = 0;  // as dcmprs returns it

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "decode/formats.h"
 
+#include "decode/encodings.h"
 #include "platform/bytes.h"
 #include "quarry/decoders.h"
 
@@ -35,6 +36,9 @@ constexpr std::array<Xlat, encoding_count> names_by_encoding() {
     return names;
 }
 constexpr auto encodings = names_by_encoding();
+static_assert(std::all_of(encodings.begin(), encodings.end(),
+                          [](const Xlat& one) { return find_encoding(one.num) != nullptr; }),
+              "the encoding of a format is not in encodings.h");
 
 } // namespace
 

@@ -2,6 +2,7 @@
 #include "quarry/samples.h"
 
 #include "decode/decode_usnsn.h"
+#include "decode/encodings.h"
 #include "decode/steim_levels.h"
 #include "decode/word_values.h"
 #include "platform/bytes.h"
@@ -76,7 +77,8 @@ Samples decode_text(const Area& area) {
 
 template <class Level>
 Samples decode_steim(const Area& area) {
-    constexpr std::size_t most_in_frame = 15 * Level::largest_count;
+    constexpr int difference_words = steim::frame_size / steim::word_size - 1;
+    constexpr std::size_t most_in_frame = difference_words * Level::largest_count;
     const std::size_t frames = area.payload.size() / steim::frame_size;
     std::vector<std::int32_t> samples(std::min(area.count, frames * most_in_frame));
     const auto decoded = steim::decode_frames<Level>(
@@ -93,8 +95,7 @@ Samples decode_steim(const Area& area) {
 }
 
 Samples decode_usnsn(const Area& area) {
-    constexpr std::size_t largest_record = 1 + 0xFFFF; // in samples
-    std::vector<std::int32_t> samples(std::clamp<std::size_t>(area.count, 1, largest_record));
+    std::vector<std::int32_t> samples(std::clamp<std::size_t>(area.count, 1, largest_usnsn_record));
     const UsnsnRecord record = decompress_usnsn(area.payload, samples);
     const std::size_t held = area.payload.size() < 4 ? 0 : static_cast<std::size_t>(record.samples);
     samples.resize(std::min(held, area.count));
@@ -104,34 +105,30 @@ Samples decode_usnsn(const Area& area) {
     return result;
 }
 
-struct Encoding {
+// Of each encoding.
+struct Decoder {
     int code; // in blockette 1000
-    std::string_view name;
     Samples (*decode)(const Area& area);
 };
-constexpr std::array encodings{
-    Encoding{0, "text", decode_text},
-    Encoding{1, "int16", decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
-    Encoding{2, "int24", decode_units<std::int32_t, 3, value_of_three_bytes>},
-    Encoding{3, "int32", decode_words<std::int32_t, std::int32_t, as_number<std::int32_t>>},
-    Encoding{4, "float32", decode_words<float, std::uint32_t, as_float>},
-    Encoding{5, "float64", decode_words<double, std::uint64_t, as_double>},
-    Encoding{10, "Steim1", decode_steim<steim::Level1>},
-    Encoding{11, "Steim2", decode_steim<steim::Level2>},
-    Encoding{12, "Geoscope24", decode_units<std::int32_t, 3, value_of_three_bytes>},
-    Encoding{13, "Geoscope16_3", decode_words<float, std::uint16_t, geoscope_value<3>>},
-    Encoding{14, "Geoscope16_4", decode_words<float, std::uint16_t, geoscope_value<4>>},
-    Encoding{15, "USNSN", decode_usnsn},
-    Encoding{16, "CDSN", decode_words<std::int32_t, std::uint16_t, cdsn_value>},
-    Encoding{30, "SRO", decode_words<float, std::uint16_t, sro_value>},
-    Encoding{32, "DWWSSN", decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
+constexpr std::array decoders{
+    Decoder{0, decode_text},
+    Decoder{1, decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
+    Decoder{2, decode_units<std::int32_t, 3, value_of_three_bytes>},
+    Decoder{3, decode_words<std::int32_t, std::int32_t, as_number<std::int32_t>>},
+    Decoder{4, decode_words<float, std::uint32_t, as_float>},
+    Decoder{5, decode_words<double, std::uint64_t, as_double>},
+    Decoder{10, decode_steim<steim::Level1>},
+    Decoder{11, decode_steim<steim::Level2>},
+    Decoder{12, decode_units<std::int32_t, 3, value_of_three_bytes>},
+    Decoder{13, decode_words<float, std::uint16_t, geoscope_value<3>>},
+    Decoder{14, decode_words<float, std::uint16_t, geoscope_value<4>>},
+    Decoder{15, decode_usnsn},
+    Decoder{16, decode_words<std::int32_t, std::uint16_t, cdsn_value>},
+    Decoder{30, decode_words<float, std::uint16_t, sro_value>},
+    Decoder{32, decode_words<std::int32_t, std::int16_t, as_number<std::int16_t>>},
 };
-
-const Encoding* find_encoding(int code) {
-    const auto row = std::find_if(encodings.begin(), encodings.end(),
-                                  [code](const Encoding& encoding) { return encoding.code == code; });
-    return row == encodings.end() ? nullptr : &*row;
-}
+static_assert(std::ranges::equal(decoders, sample_encodings, {}, &Decoder::code, &SampleEncoding::code),
+              "the decoders are not those of the encodings, in their order");
 
 } // namespace
 
@@ -140,18 +137,19 @@ bool is_known_encoding(int encoding) {
 }
 
 std::string_view encoding_name(int encoding) {
-    const Encoding* row = find_encoding(encoding);
+    const SampleEncoding* row = find_encoding(encoding);
     return row != nullptr ? row->name : "";
 }
 
 std::optional<Samples> decode_samples(std::span<const char> payload, int encoding, std::endian word_order,
                                       std::size_t count) {
-    const Encoding* row = find_encoding(encoding);
+    const SampleEncoding* row = find_encoding(encoding);
     if (row == nullptr)
         return std::nullopt;
     constexpr std::size_t most_bytes = 1 << 30; // more than any record; keeps all counts within 32 bits
     payload = payload.first(std::min(payload.size(), most_bytes));
-    return row->decode({payload, word_order != std::endian::native, count});
+    const auto place = static_cast<std::size_t>(row - sample_encodings.data());
+    return decoders[place].decode({payload, word_order != std::endian::native, count});
 }
 
 std::optional<Samples> samples_of(const DataRecord& record) {
