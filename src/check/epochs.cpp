@@ -2,6 +2,8 @@
 // Rules for codes, for epochs, and for the times of data.
 
 #include "check/response.h"
+#include "inventory/channel_codes.h"
+#include "inventory/field_values.h"
 #include "platform/text.h"
 #include "quarry/time.h"
 
@@ -13,11 +15,6 @@ namespace quarry {
 namespace {
 
 using Codes = std::tuple<std::string_view, std::string_view, std::string_view, std::string_view>;
-
-template <class Channel>
-Codes codes_of(const Channel& channel) {
-    return {channel.network, channel.station, channel.location, channel.channel};
-}
 
 // The channels that the headers describe.
 std::set<Codes> described_channels(const Facts& facts) {
@@ -162,8 +159,8 @@ using Limits = std::numeric_limits<std::int64_t>;
 TimeSpan span_of(const Station& station) {
     TimeSpan span{Limits::max(), Limits::min()};
     for (const StationEpoch& epoch : station.epochs) {
-        span.start = std::min(span.start, epoch.start.microseconds.value_or(Limits::min()));
-        span.end = std::max(span.end, epoch.end.microseconds.value_or(Limits::max()));
+        span.start = std::min(span.start, span_of(epoch).start);
+        span.end = std::max(span.end, span_of(epoch).end);
     }
     return span;
 }
@@ -219,10 +216,11 @@ void check_data_outside(const Facts& facts, bool is_described, std::string_view 
 
 // The spans are in order and do not overlap.
 bool has_overlap(const ChannelEpoch& epoch, const std::vector<TimeSpan>& spans) {
+    const TimeSpan time = span_of(epoch);
     const auto span =
-        std::upper_bound(spans.begin(), spans.end(), epoch.start.microseconds.value_or(Limits::min()),
+        std::upper_bound(spans.begin(), spans.end(), time.start,
                          [](std::int64_t start, const TimeSpan& one) { return start < one.end; });
-    return span != spans.end() && span->start < epoch.end.microseconds.value_or(Limits::max());
+    return span != spans.end() && span->start < time.end;
 }
 
 } // namespace

@@ -44,15 +44,15 @@ void check_format(const Facts& facts, Findings* findings) {
 }
 
 void check_record_length(const Facts& facts, Findings* findings) {
-    for_each_epoch_with_data(
-        facts, [&](const ChannelRow& row, const ChannelEpoch& epoch, const EpochData& data) {
-            constexpr std::int64_t greatest = 30;
-            const std::int64_t power = epoch.record_length.value_or(0);
-            for (const std::size_t length : data.lengths)
-                if (power > 0 && power <= greatest && length != std::size_t{1} << power)
-                    findings->add(epoch.place, row, "data_record_length is ", power, ", ",
-                                  std::int64_t{1} << power, " bytes, but records have ", length);
-        });
+    const auto check = [&](const ChannelRow& row, const ChannelEpoch& epoch, const EpochData& data) {
+        const std::int64_t power = epoch.record_length.value_or(0);
+        const Integer bytes = bytes_of_power(power);
+        for (const std::size_t length : data.lengths)
+            if (power > 0 && bytes && static_cast<std::int64_t>(length) != *bytes)
+                findings->add(epoch.place, row, "data_record_length is ", power, ", ", *bytes,
+                              " bytes, but records have ", length);
+    };
+    for_each_epoch_with_data(facts, check);
 }
 
 void check_channel_rate(const Facts& facts, Findings* findings) {

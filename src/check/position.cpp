@@ -2,6 +2,7 @@
 // Rules for the places of stations and channels, and for where sensors point.
 
 #include "check/response.h"
+#include "inventory/field_values.h"
 
 #include <array>
 #include <numbers>
@@ -174,14 +175,11 @@ bool is_numbered(const ChannelRow& row) {
 
 // True for components of one sensor at one time.
 bool are_of_one_sensor(const ChannelRow& one, const ChannelRow& other) {
-    using Ends = std::numeric_limits<std::int64_t>;
-    const auto start = [](const ChannelRow& row) {
-        return row.epoch->start.microseconds.value_or(Ends::min());
-    };
-    const auto end = [](const ChannelRow& row) { return row.epoch->end.microseconds.value_or(Ends::max()); };
+    const TimeSpan first = span_of(*one.epoch);
+    const TimeSpan second = span_of(*other.epoch);
     return one.network == other.network && one.station == other.station && one.location == other.location &&
            one.channel.substr(0, 2) == other.channel.substr(0, 2) && one.channel != other.channel &&
-           start(one) < end(other) && start(other) < end(one);
+           first.start < second.end && second.start < first.end;
 }
 
 void check_right_angle(const ChannelRow& one, const ChannelRow& other, Findings* findings) {

@@ -4,6 +4,7 @@
 // Memory grows with channels, not with records: of each channel the samples of one record are kept.
 #pragma once
 
+#include "inventory/channel_codes.h"
 #include "quarry/inventory.h"
 #include "quarry/samples.h"
 
@@ -12,7 +13,6 @@
 #include <limits>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -55,13 +55,6 @@ struct ChannelRecords {
     Pace pace = {};
     std::optional<Place> early = {}; // of the first record that begins before the end of the data before it
 };
-
-// The order of their codes.
-template <class One, class Other>
-bool precedes(const One& one, const Other& other) {
-    return std::tie(one.network, one.station, one.location, one.channel) <
-           std::tie(other.network, other.station, other.location, other.channel);
-}
 
 // The record before.
 struct LastRecord {

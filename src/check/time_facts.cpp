@@ -47,8 +47,7 @@ void TimeGatherer::begin_volume(Integer start, Integer end) {
 
 // Spans that overlap or touch become one.
 void TimeGatherer::add_span(Integer start, Integer end) {
-    std::int64_t from = start.value_or(Limits::min());
-    std::int64_t to = end.value_or(Limits::max());
+    auto [from, to] = span_of(start, end);
     auto other = spans_.upper_bound(from);
     if (other != spans_.begin() && std::prev(other)->second >= from)
         --other;

@@ -8,6 +8,7 @@
 #include "commands/selected.h"
 #include "decode/catalogue.h"
 #include "inventory/builder.h"
+#include "inventory/field_values.h"
 
 #include <algorithm>
 #include <array>
@@ -36,8 +37,8 @@ public:
 
     void add_epoch(const ChannelCodes& codes, const ChannelEpoch& epoch) {
         const std::lock_guard lock(mutex_);
-        epochs_[codes].emplace(epoch.start.microseconds.value_or(Selection::Limits::min()),
-                               epoch.end.microseconds.value_or(Selection::Limits::max()));
+        const TimeSpan span = span_of(epoch);
+        epochs_[codes].emplace(span.start, span.end);
     }
 
     std::vector<ChannelCoverage> finish() { return coverage_.finish(); }

@@ -2,6 +2,8 @@
 #include "commands/info_tables.h"
 
 #include "commands/selected.h"
+#include "inventory/channel_codes.h"
+#include "inventory/field_values.h"
 #include "quarry/samples.h"
 #include "quarry/time.h"
 
@@ -116,14 +118,12 @@ std::string encoding_cell(const ChannelLine& line) {
 }
 
 std::string length_cell(const ChannelLine& line) {
-    constexpr std::int64_t largest_power = 30;
     std::string lengths;
     for (const std::size_t length :
          line.row.data != nullptr ? line.row.data->lengths : std::vector<std::size_t>{})
         lengths = joined(lengths, "+", std::to_string(length));
-    const Integer power = line.row.epoch != nullptr ? line.row.epoch->record_length : std::nullopt;
-    if (lengths.empty() && power && *power >= 0 && *power <= largest_power)
-        lengths = std::to_string(std::int64_t{1} << *power);
+    if (lengths.empty() && line.row.epoch != nullptr)
+        return cell(bytes_of_power(line.row.epoch->record_length));
     return lengths;
 }
 
@@ -198,11 +198,6 @@ struct StationLine {
     std::int64_t channels = 0;
 };
 
-bool is_of_same_channel(const ChannelRow& one, const ChannelRow& other) {
-    return one.network == other.network && one.station == other.station && one.location == other.location &&
-           one.channel == other.channel;
-}
-
 void give_station(const InfoContent& content, const std::string& code, const StationLine& line,
                   const Take& take) {
     if (line.station == nullptr || line.station->epochs.empty())
@@ -224,7 +219,7 @@ void give_stations(const InfoContent& content, const Take& take) {
                 lines[{network.code, station.code}].station = &station;
     std::optional<ChannelRow> before;
     for_each_row(content.contents, content.selection, [&](const ChannelRow& row) {
-        if (!before || !is_of_same_channel(row, *before))
+        if (!before || codes_of(row) != codes_of(*before))
             ++lines[{row.network, row.station}].channels;
         before = row;
     });

@@ -7,8 +7,8 @@
 #include "commands/json_lines.h"
 #include "commands/selected.h"
 #include "decode/catalogue.h"
+#include "inventory/field_values.h"
 #include "inventory/station.h"
-#include "quarry/time.h"
 #include "volume/record_batch.h"
 
 #include <algorithm>
@@ -140,22 +140,17 @@ private:
         const auto text = [this](std::string_view name) {
             return text_field(fields_.fields, name).value_or(std::string_view());
         };
+        const auto time = [this](std::string_view name) { return moment_value(fields_.fields, name); };
         if (blockette.type == 50) {
             station_taken_ = selection_.takes_station(text("network_code"), text("station_call_letters")) &&
-                             takes_span(text("start_effective_date"), text("end_effective_date"));
+                             takes_span(selection_, time("start_effective_date"), time("end_effective_date"));
             channel_taken_ = true;
         } else if (blockette.type == 52) {
             channel_taken_ =
                 selection_.takes_channel(text("location_identifier"), text("channel_identifier")) &&
-                takes_span(text("start_date"), text("end_date"));
+                takes_span(selection_, time("start_date"), time("end_date"));
         }
-        const bool is_of_station = blockette.type >= 50 && blockette.type < 70;
-        return !is_of_station || (station_taken_ && channel_taken_);
-    }
-
-    bool takes_span(std::string_view first, std::string_view last) const {
-        return selection_.takes_span(microseconds_of(first).value_or(Selection::Limits::min()),
-                                     microseconds_of(last).value_or(Selection::Limits::max()));
+        return !is_of_station(blockette.type) || (station_taken_ && channel_taken_);
     }
 
     void take(const ControlBlockette& blockette) {

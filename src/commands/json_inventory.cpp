@@ -2,6 +2,7 @@
 #include "commands/json_inventory.h"
 
 #include "commands/selected.h"
+#include "inventory/field_values.h"
 #include "quarry/time.h"
 
 #include <limits>
@@ -37,8 +38,7 @@ void add(JsonWriter* json, std::string_view name, const Moment& moment) {
 
 // Bytes, of which the volume states the power of two.
 void add_length(JsonWriter* json, std::string_view name, const Integer& power) {
-    if (power && *power >= 0 && *power < 32)
-        json->field(name, std::int64_t{1} << *power);
+    add(json, name, bytes_of_power(power));
 }
 
 template <class Items, class Write>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/selected.h"
 
+#include "inventory/field_values.h"
+
 namespace quarry {
 
 bool takes(const Selection& selection, const DataRecord& record) {
@@ -11,15 +13,15 @@ bool takes(const Selection& selection, const DataRecord& record) {
 
 // What is about a station alone is taken whatever the channels.
 bool takes(const Selection& selection, const Subject& subject) {
+    const TimeSpan span = span_of(subject.start, subject.end);
     return selection.takes_station(subject.network, subject.station) &&
            (subject.channel.empty() || selection.takes_channel(subject.location, subject.channel)) &&
-           selection.takes_span(subject.start.value_or(Selection::Limits::min()),
-                                subject.end.value_or(Selection::Limits::max()));
+           selection.takes_span(span.start, span.end);
 }
 
 bool takes_span(const Selection& selection, const Moment& start, const Moment& end) {
-    return selection.takes_span(start.microseconds.value_or(Selection::Limits::min()),
-                                end.microseconds.value_or(Selection::Limits::max()));
+    const TimeSpan span = span_of(start.microseconds, end.microseconds);
+    return selection.takes_span(span.start, span.end);
 }
 
 void for_each_row(const Contents& contents, const Selection& selection,

@@ -540,4 +540,16 @@ constexpr auto rows = std::to_array<Row>({
     {"payload", opaque},
 });
 
+// True if the blockette has a field of that name.
+constexpr bool has_field(int type, std::string_view name) {
+    bool is_here = false;
+    for (const Row& row : rows) {
+        if (row.type != 0)
+            is_here = row.type == type;
+        else if (is_here && row.name == name)
+            return true;
+    }
+    return false;
+}
+
 } // namespace quarry::layout

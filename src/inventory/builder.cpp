@@ -171,7 +171,7 @@ void InventoryBuilder::add_reference(const Place& place, const Fields& fields) {
         return report_orphan(FindingKind::no_channel, place);
     for (const auto row : rows_of(fields.fields, "number_of_stages"))
         for (const Field& field : row)
-            if (field.spec->name == "response_lookup_key")
+            if (field.spec->name == response_key)
                 stage(integer_field(row, "stage_sequence_number"))
                     ->responses.push_back({place, integer_field(std::span(&field, 1), field.spec->name), {}});
 }

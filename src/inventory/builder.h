@@ -22,7 +22,10 @@ public:
     // kept: then it only counts for the findings.
     void add(const ControlBlockette& blockette, const Fields& fields, bool keeps_response = true);
 
-    // The channel that blockettes now belong to, null without one; valid until the next call.
+    // The codes of the station that blockettes now belong to, empty without one, and the channel, null
+    // without one; valid until the next call.
+    const std::string& network_code() const { return network_code_; }
+    const std::string& station_code() const { return station_code_; }
     const ChannelEpoch* current_channel() const { return channel_; }
 
     // All that was added. The builder is empty afterwards.

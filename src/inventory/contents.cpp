@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/contents.h"
 
-#include "decode/catalogue.h"
+#include "inventory/channel_codes.h"
 #include "inventory/field_values.h"
+#include "inventory/response.h"
 
 #include <algorithm>
-#include <limits>
-#include <tuple>
+#include <utility>
 
 namespace quarry {
 
@@ -34,14 +34,6 @@ const EpochData* find_data(const DataByPlace& data, const Place& place) {
     return found != data.end() && (*found)->epoch_place == place.offset ? *found : nullptr;
 }
 
-auto codes(const ChannelRow& row) {
-    return std::tie(row.network, row.station, row.location, row.channel);
-}
-
-bool precedes(const ChannelRow& one, const ChannelRow& other) {
-    return codes(one) < codes(other);
-}
-
 std::vector<ChannelRow> data_outside(const Contents& contents) {
     std::vector<ChannelRow> rows;
     for (const ChannelData& channel : contents.data)
@@ -49,7 +41,7 @@ std::vector<ChannelRow> data_outside(const Contents& contents) {
             if (data.epoch_place < 0)
                 rows.push_back(
                     {channel.network, channel.station, channel.location, channel.channel, nullptr, &data});
-    std::stable_sort(rows.begin(), rows.end(), precedes);
+    std::stable_sort(rows.begin(), rows.end(), precedes<ChannelRow, ChannelRow>);
     return rows;
 }
 
@@ -77,31 +69,23 @@ void for_each_row(const Contents& contents, const std::function<void(const Chann
 // A 060 refers to gains (048), too.
 bool ContentsBuilder::is_needless(const Fields& fields) const {
     const int type = fields.type;
-    const bool is_response =
-        (type >= 41 && type <= 48) || (type >= 53 && type <= 62 && type != 59 && type != 60);
     const bool is_sensitivity =
         type == 48 || (type == 58 && integer_field(fields.fields, "stage_sequence_number") == 0);
-    return responses_ == Responses::sensitivity && is_response && !is_sensitivity;
+    return responses_ == Responses::sensitivity && (is_response(type) || is_dictionary_response(type)) &&
+           !is_sensitivity;
 }
 
 void ContentsBuilder::add(const ControlBlockette& blockette, const Fields& fields) {
-    using Limits = std::numeric_limits<std::int64_t>;
     builder_.add(blockette, fields, !is_needless(fields));
-    if (is_volume_header(blockette.type) || blockette.type == 50) {
-        network_ = text_value(fields.fields, "network_code");
-        station_ = text_value(fields.fields, "station_call_letters");
-    } else if (blockette.type == 52) {
-        const ChannelEpoch& epoch = *builder_.current_channel();
-        found_.expect(network_, station_, text_value(fields.fields, "location_identifier"),
-                      text_value(fields.fields, "channel_identifier"),
-                      epoch.start.microseconds.value_or(Limits::min()),
-                      epoch.end.microseconds.value_or(Limits::max()), blockette.offset);
-    }
+    if (blockette.type != 52)
+        return;
+    const TimeSpan span = span_of(*builder_.current_channel());
+    found_.expect(builder_.network_code(), builder_.station_code(),
+                  text_value(fields.fields, "location_identifier"),
+                  text_value(fields.fields, "channel_identifier"), span.start, span.end, blockette.offset);
 }
 
 Contents ContentsBuilder::finish() {
-    network_.clear();
-    station_.clear();
     return {builder_.finish(), std::exchange(found_, {}).take()};
 }
 

@@ -15,7 +15,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -59,7 +58,6 @@ private:
     Responses responses_;
     InventoryBuilder builder_;
     DataFound found_;
-    std::string network_, station_; // of the last 050
 };
 
 } // namespace quarry

@@ -2,12 +2,11 @@
 #include "quarry/coverage.h"
 
 #include "decode/data_record.h"
+#include "inventory/channel_codes.h"
 #include "inventory/segments.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace quarry {
@@ -150,10 +149,7 @@ std::vector<ChannelCoverage> Coverage::finish() {
         channel.reset();
     }
     last_ = nullptr;
-    std::sort(channels.begin(), channels.end(), [](const ChannelCoverage& one, const ChannelCoverage& other) {
-        return std::tie(one.network, one.station, one.location, one.channel) <
-               std::tie(other.network, other.station, other.location, other.channel);
-    });
+    std::sort(channels.begin(), channels.end(), precedes<ChannelCoverage, ChannelCoverage>);
     return channels;
 }
 

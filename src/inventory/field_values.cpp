@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/field_values.h"
 
-#include "quarry/time.h"
+#include "decode/data_record.h"
+#include "platform/text.h"
 
 namespace quarry {
 
@@ -29,6 +30,11 @@ Moment moment_value(std::span<const Field> fields, std::string_view name) {
 
 Real real_of(const Field& field) {
     return real_field(std::span(&field, 1), field.spec->name);
+}
+
+Integer bytes_of_power(Integer power) {
+    const bool is_known = power && *power >= 0 && *power <= longest_record_power;
+    return is_known ? Integer(std::int64_t{1} << *power) : std::nullopt;
 }
 
 } // namespace quarry

@@ -2,7 +2,10 @@
 #include "inventory/keys.h"
 
 #include "decode/catalogue.h"
+#include "fields/layouts.h"
+#include "inventory/response.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 
@@ -12,7 +15,7 @@ namespace {
 
 constexpr int responses = 41; // stands for 041 to 048, whose keys are of one kind
 
-// A field that holds a key of a dictionary.
+// A field that holds a key of a dictionary; responses have further ones.
 struct KeyField {
     int type;
     std::string_view name;
@@ -28,50 +31,21 @@ constexpr auto key_fields = std::to_array<KeyField>({
     {33, "abbreviation_lookup_code", 33, true},
     {34, "unit_lookup_code", 34, true},
     {35, "beam_lookup_code", 35, true},
-    {41, "response_lookup_key", responses, true},
-    {41, "signal_in_units", 34},
-    {41, "signal_out_units", 34},
-    {42, "response_lookup_key", responses, true},
-    {42, "signal_input_units", 34},
-    {42, "signal_output_units", 34},
-    {43, "response_lookup_key", responses, true},
-    {43, "stage_signal_input_units", 34},
-    {43, "stage_signal_output_units", 34},
-    {44, "response_lookup_key", responses, true},
-    {44, "signal_input_units", 34},
-    {44, "signal_output_units", 34},
-    {45, "response_lookup_key", responses, true},
-    {45, "signal_input_units", 34},
-    {45, "signal_output_units", 34},
-    {46, "response_lookup_key", responses, true},
-    {46, "signal_input_units", 34},
-    {46, "signal_output_units", 34},
-    {47, "response_lookup_key", responses, true},
-    {48, "response_lookup_key", responses, true},
     {50, "network_identifier_code", 33},
     {51, "comment_code_key", 31},
     {52, "instrument_identifier", 33},
     {52, "units_of_signal_response", 34},
     {52, "units_of_calibration_input", 34},
     {52, "data_format_identifier_code", 30},
-    {53, "stage_signal_input_units", 34},
-    {53, "stage_signal_output_units", 34},
-    {54, "signal_input_units", 34},
-    {54, "signal_output_units", 34},
-    {55, "stage_input_units", 34},
-    {55, "stage_output_units", 34},
-    {56, "signal_input_units", 34},
-    {56, "signal_output_units", 34},
     {59, "comment_code_key", 31},
-    {60, "response_lookup_key", responses},
-    {61, "signal_in_units", 34},
-    {61, "signal_out_units", 34},
-    {62, "stage_signal_in_units", 34},
-    {62, "stage_signal_out_units", 34},
+    {60, response_key, responses},
     {71, "hypocenter_source_identifier", 32},
     {71, "magnitude_source", 32},
     {72, "source", 32},
 });
+static_assert(std::all_of(key_fields.begin(), key_fields.end(),
+                          [](const KeyField& row) { return layout::has_field(row.type, row.name); }),
+              "a blockette has no field of that name");
 
 } // namespace
 
@@ -82,10 +56,18 @@ void KeyBook::add(const Place& place, const Fields& fields, bool continues) {
         if (row.defines)
             add_definition(place, fields, row.name, row.dictionary, continues);
         else
-            for (const Field& field : fields.fields)
-                if (field.spec->name == row.name)
-                    add_use(place, field, row.dictionary);
+            add_uses(place, fields, row.name, row.dictionary);
     }
+    if (is_dictionary_response(fields.type))
+        add_definition(place, fields, response_key, responses, continues);
+    for (const std::string_view name : unit_fields(fields.type))
+        add_uses(place, fields, name, 34);
+}
+
+void KeyBook::add_uses(const Place& place, const Fields& fields, std::string_view name, int dictionary) {
+    for (const Field& field : fields.fields)
+        if (field.spec->name == name)
+            add_use(place, field, dictionary);
 }
 
 void KeyBook::add_definition(const Place& place, const Fields& fields, std::string_view name, int dictionary,

@@ -37,6 +37,7 @@ private:
 
     void add_definition(const Place& place, const Fields& fields, std::string_view name, int dictionary,
                         bool continues);
+    void add_uses(const Place& place, const Fields& fields, std::string_view name, int dictionary);
     void add_use(const Place& place, const Field& field, int dictionary);
     static void report(const Key& key, const Entry& entry, std::vector<Finding>* findings);
 

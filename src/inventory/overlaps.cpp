@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/overlaps.h"
 
+#include "inventory/field_values.h"
+
 #include <algorithm>
-#include <limits>
 #include <map>
 #include <utility>
 
@@ -15,16 +16,6 @@ Integer subchannel(const StationEpoch&) {
 }
 Integer subchannel(const ChannelEpoch& epoch) {
     return epoch.subchannel;
-}
-
-template <class Epoch>
-std::int64_t end_of(const Epoch& epoch) {
-    return epoch.end.microseconds.value_or(std::numeric_limits<std::int64_t>::max());
-}
-
-template <class Epoch>
-std::int64_t start_of(const Epoch& epoch) {
-    return epoch.start.microseconds.value_or(std::numeric_limits<std::int64_t>::min());
 }
 
 // The number of the volume that the place is in.
@@ -45,12 +36,12 @@ void add_overlaps_of(const std::vector<Epoch>& epochs, FindingKind kind, Invento
         const Epoch*& before = place->second;
         if (is_first)
             continue;
-        if (start_of(epoch) < end_of(*before)) {
+        if (span_of(epoch).start < span_of(*before).end) {
             const bool is_later = epoch.place.offset > before->place.offset;
             inventory->findings.push_back(
                 {kind, is_later ? epoch.place : before->place, is_later ? before->place : epoch.place, {}});
         }
-        if (end_of(epoch) > end_of(*before))
+        if (span_of(epoch).end > span_of(*before).end)
             before = &epoch;
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inventory/response.h"
 
+#include "fields/layouts.h"
 #include "inventory/field_values.h"
 
 #include <algorithm>
@@ -17,8 +18,7 @@ struct ResponseType {
     int type;
     int dictionary_type;
     ResponsePart (*read)(Row fields);
-    std::string_view input_units, output_units;
-    std::string_view dictionary_input_units, dictionary_output_units;
+    UnitFields units, dictionary_units;
 };
 
 template <class T>
@@ -107,21 +107,33 @@ ResponsePart polynomial(Row fields) {
                       list(fields, "number_of_polynomial_coefficients", coefficient)};
 }
 
-constexpr std::string_view in = "signal_input_units";
-constexpr std::string_view out = "signal_output_units";
-constexpr std::string_view stage_in = "stage_signal_input_units";
-constexpr std::string_view stage_out = "stage_signal_output_units";
+constexpr UnitFields none{"", ""};
+constexpr UnitFields usual{"signal_input_units", "signal_output_units"};
+constexpr UnitFields stage{"stage_signal_input_units", "stage_signal_output_units"};
 
 constexpr auto response_types = std::to_array<ResponseType>({
-    {53, 43, poles_and_zeros, stage_in, stage_out, stage_in, stage_out},
-    {54, 44, coefficients, in, out, in, out},
-    {55, 45, response_list, "stage_input_units", "stage_output_units", in, out},
-    {56, 46, generic_response, in, out, in, out},
-    {57, 47, decimation, "", "", "", ""},
-    {58, 48, gain, "", "", "", ""},
-    {61, 41, fir, "signal_in_units", "signal_out_units", "signal_in_units", "signal_out_units"},
-    {62, 42, polynomial, "stage_signal_in_units", "stage_signal_out_units", in, out},
+    {53, 43, poles_and_zeros, stage, stage},
+    {54, 44, coefficients, usual, usual},
+    {55, 45, response_list, {"stage_input_units", "stage_output_units"}, usual},
+    {56, 46, generic_response, usual, usual},
+    {57, 47, decimation, none, none},
+    {58, 48, gain, none, none},
+    {61, 41, fir, {"signal_in_units", "signal_out_units"}, {"signal_in_units", "signal_out_units"}},
+    {62, 42, polynomial, {"stage_signal_in_units", "stage_signal_out_units"}, usual},
 });
+
+constexpr bool has_fields(int type, const UnitFields& names) {
+    return std::all_of(names.begin(), names.end(), [type](std::string_view name) {
+        return name.empty() || layout::has_field(type, name);
+    });
+}
+static_assert(std::all_of(response_types.begin(), response_types.end(),
+                          [](const ResponseType& one) {
+                              return has_fields(one.type, one.units) &&
+                                     has_fields(one.dictionary_type, one.dictionary_units) &&
+                                     layout::has_field(one.dictionary_type, response_key);
+                          }),
+              "a blockette has no field of that name");
 
 const ResponseType* response_type(int type) {
     const auto row = std::find_if(response_types.begin(), response_types.end(), [type](const auto& one) {
@@ -165,20 +177,26 @@ bool is_response(int type) {
 }
 
 bool is_dictionary_response(int type) {
-    return type >= 41 && type <= 48;
+    const ResponseType* row = response_type(type);
+    return row != nullptr && row->dictionary_type == type;
+}
+
+UnitFields unit_fields(int type) {
+    const ResponseType* row = response_type(type);
+    if (row == nullptr)
+        return {};
+    return row->type == type ? row->units : row->dictionary_units;
 }
 
 Response read_response(const Place& place, const Fields& fields) {
     const ResponseType& row = *response_type(fields.type);
-    const bool is_twin = row.dictionary_type == fields.type;
+    const auto [input_units, output_units] = unit_fields(fields.type);
     Response response;
     response.place = place;
-    response.key = integer_field(fields.fields, "response_lookup_key");
+    response.key = integer_field(fields.fields, response_key);
     response.name = text_value(fields.fields, "response_name");
-    response.input_units =
-        integer_field(fields.fields, is_twin ? row.dictionary_input_units : row.input_units);
-    response.output_units =
-        integer_field(fields.fields, is_twin ? row.dictionary_output_units : row.output_units);
+    response.input_units = integer_field(fields.fields, input_units);
+    response.output_units = integer_field(fields.fields, output_units);
     response.part = row.read(fields.fields);
     return response;
 }

@@ -4,11 +4,21 @@
 
 #include "quarry/inventory.h"
 
+#include <array>
+#include <string_view>
+
 namespace quarry {
 
 // True for the types above.
 bool is_response(int type);
 bool is_dictionary_response(int type);
+
+// The fields of such a type that name its units in and out; empty for none.
+using UnitFields = std::array<std::string_view, 2>;
+UnitFields unit_fields(int type);
+
+// The field that holds the key of a response in the dictionary, in it and in references to it.
+inline constexpr std::string_view response_key = "response_lookup_key";
 
 Response read_response(const Place& place, const Fields& fields);
 
