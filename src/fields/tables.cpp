@@ -3,6 +3,7 @@
 
 #include "decode/catalogue.h"
 #include "fields/layouts.h"
+#include "platform/text.h"
 #include "quarry/fields.h"
 
 #include <algorithm>
@@ -93,10 +94,7 @@ static_assert(std::all_of(rows.begin(), rows.end(),
               "a blockette has no row in the catalogue");
 
 constexpr std::string_view title_of(int type) {
-    std::string_view title = catalogue_row(type)->name;
-    while (title.ends_with(' '))
-        title.remove_suffix(1);
-    return title;
+    return trimmed(catalogue_row(type)->name, [](char character) { return character == ' '; });
 }
 
 constexpr auto specs = [] {

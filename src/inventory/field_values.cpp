@@ -18,8 +18,7 @@ char letter_value(std::span<const Field> fields, std::string_view name) {
 std::string written_value(std::span<const Field> fields, std::string_view name) {
     const Field* field = find_field(fields, name);
     const std::string_view raw = field != nullptr ? field->raw : "";
-    const std::size_t begin = std::min(raw.find_first_not_of(' '), raw.size());
-    return std::string(raw.substr(begin, raw.find_last_not_of(' ') + 1 - begin));
+    return std::string(trimmed(raw, [](char character) { return character == ' '; }));
 }
 
 Moment moment_value(std::span<const Field> fields, std::string_view name) {

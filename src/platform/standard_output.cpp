@@ -41,18 +41,9 @@ std::string_view waiting_lines() {
                : std::string_view(gathered.text().data() + behind_written, static_cast<std::size_t>(size));
 }
 
-// Writes all of the text; where the descriptor takes nothing now, this waits.
-void write_all(std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-        pollfd writable{STDOUT_FILENO, POLLOUT, 0};
-        if (written >= 0)
-            text.remove_prefix(static_cast<std::size_t>(written));
-        else if (errno == EAGAIN)
-            poll(&writable, 1, -1);
-        else if (errno != EINTR)
-            return remember_error(errno);
-    }
+void write_or_remember(std::string_view text) {
+    if (const int error = write_all(STDOUT_FILENO, text); error != 0)
+        remember_error(error);
 }
 
 void report_failure() {
@@ -65,7 +56,7 @@ void write_gathered() {
     if (lines.empty())
         return;
     waiting = 0; // a signal from here on must not write these bytes again
-    write_all(lines);
+    write_or_remember(lines);
     behind_written = behind_written + static_cast<int>(lines.size());
     report_failure();
 }
@@ -85,7 +76,7 @@ void forget_written() {
 void write_with_gathered(LineBuffer& /*gathered*/, std::FILE* /*stdout*/, std::string_view text) {
     end_gathered_line();
     write_gathered();
-    write_all(text);
+    write_or_remember(text);
     forget_written();
     report_failure();
 }
@@ -167,6 +158,20 @@ void write_line(std::FILE* stream, LineBuffer& line) {
     end_gathered_line();
     if (static_cast<std::size_t>(waiting) >= enough_for_a_write)
         write_gathered();
+}
+
+int write_all(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        pollfd writable{descriptor, POLLOUT, 0};
+        if (written >= 0)
+            text.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno == EAGAIN)
+            poll(&writable, 1, -1);
+        else if (errno != EINTR)
+            return errno;
+    }
+    return 0;
 }
 
 void flush_output(std::FILE* stream) {

@@ -6,6 +6,7 @@
 #include "platform/line_format.h"
 
 #include <cstdio>
+#include <string_view>
 
 namespace quarry {
 
@@ -24,6 +25,10 @@ LineBuffer& line_for(std::FILE* stream);
 
 // Writes what has been added to the stream's buffer, or gathers it.
 void write_line(std::FILE* stream, LineBuffer& line);
+
+// Writes all of the text to the descriptor; where that takes nothing now, this waits. Returns 0 or the errno
+// of what failed.
+int write_all(int descriptor, std::string_view text);
 
 // Flushes the stream.
 void flush_output(std::FILE* stream);

@@ -8,8 +8,9 @@
 
 namespace quarry {
 
-// The text with each control character and each byte that is not UTF-8 as "\x1b". Controls are those below
-// 0x20, 0x7f, and 0x80 to 0x9f.
+// The text with each control character, and each byte that has not the form of UTF-8, as "\x1b". Controls are
+// those below 0x20, 0x7f, and 0x80 to 0x9f. Surrogates and numbers above 10FFFF in that form stay as they
+// are.
 std::string shown_on_terminal(std::string_view text);
 
 // True if shown_on_terminal changes the text.

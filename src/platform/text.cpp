@@ -21,6 +21,21 @@ bool is_blank(std::string_view text) {
     return std::all_of(text.begin(), text.end(), is_white);
 }
 
+std::size_t utf8_length(std::string_view text) {
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char first = byte(0);
+    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (first > 0xF4 || text.size() < length)
+        return 0;
+    for (std::size_t at = 1; at < length; ++at)
+        if ((byte(at) & 0xC0) != 0x80)
+            return 0;
+    const bool is_overlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
+    const bool is_surrogate = first == 0xED && byte(1) > 0x9F;
+    const bool is_too_large = first == 0xF4 && byte(1) > 0x8F;
+    return is_overlong || is_surrogate || is_too_large ? 0 : length;
+}
+
 std::string three_digits(int type) {
     const std::string digits = std::to_string(type);
     return std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;

@@ -21,13 +21,17 @@ bool is_blank(std::string_view text);
 
 // The text without the characters on both sides that are padding.
 template <class IsPadding>
-std::string_view trimmed(std::string_view text, IsPadding is_padding) {
+constexpr std::string_view trimmed(std::string_view text, IsPadding is_padding) {
     while (!text.empty() && is_padding(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && is_padding(text.back()))
         text.remove_suffix(1);
     return text;
 }
+
+// The bytes of the character of UTF-8 that the text, which is not empty, begins with; 0 if it begins with
+// none.
+std::size_t utf8_length(std::string_view text);
 
 // A blockette's type as it is written: with zeros in front.
 std::string three_digits(int type);

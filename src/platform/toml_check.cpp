@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/toml_check.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <regex>
 #include <string>
@@ -10,24 +12,8 @@ namespace quarry {
 
 namespace {
 
-// The number of bytes of the UTF-8 character at the front of the text, 0 if there is none.
-std::size_t character_length(std::string_view text) {
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    const unsigned char first = byte(0);
-    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (first > 0xF4 || text.size() < length)
-        return 0;
-    for (std::size_t at = 1; at < length; ++at)
-        if ((byte(at) & 0xC0) != 0x80)
-            return 0;
-    const bool overlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
-    const bool surrogate = first == 0xED && byte(1) > 0x9F;
-    const bool too_large = first == 0xF4 && byte(1) > 0x8F;
-    return overlong || surrogate || too_large ? 0 : length;
-}
-
 bool is_beyond_ascii(std::string_view text) {
-    return !text.empty() && static_cast<unsigned char>(text.front()) >= 0x80 && character_length(text) != 0;
+    return !text.empty() && static_cast<unsigned char>(text.front()) >= 0x80 && utf8_length(text) != 0;
 }
 
 bool is_one_of(char character, std::string_view characters) {
@@ -76,7 +62,7 @@ private:
     void pass() {
         if (rest_.empty())
             return;
-        const std::size_t length = character_length(rest_);
+        const std::size_t length = utf8_length(rest_);
         if (length == 0)
             report("this is not UTF-8");
         const bool line_ends = front() == '\n';

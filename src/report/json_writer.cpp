@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/json_writer.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -21,25 +23,6 @@ struct TextStream {
 
 bool is_plain(char character) {
     return character >= ' ' && character < '\x7f' && character != '"' && character != '\\';
-}
-
-bool is_continuation(char character) {
-    return (static_cast<unsigned char>(character) & 0xC0) == 0x80;
-}
-
-// The bytes of the character of UTF-8 that the text begins with; 0 if it begins with none.
-std::size_t utf8_length(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (length == 0 || first > 0xF4 || text.size() < length)
-        return 0;
-    const auto second = length > 1 ? static_cast<unsigned char>(text[1]) : 0;
-    if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
-        (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F))
-        return 0;
-    return std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(length), is_continuation)
-               ? length
-               : 0;
 }
 
 bool is_utf8(std::string_view text) {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ordered_output.h"
 
+#include "platform/standard_output.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <poll.h>
-#include <unistd.h>
 
 namespace quarry {
 
@@ -26,17 +25,7 @@ void OrderedOutput::write_out(Lock* lock, const std::string& text) {
         return;
     lock->unlock();
     before_write_();
-    int error = 0;
-    for (std::string_view rest = text; !rest.empty() && error == 0;) {
-        const ssize_t written = write(descriptor_, rest.data(), rest.size());
-        pollfd writable{descriptor_, POLLOUT, 0};
-        if (written >= 0)
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        else if (errno == EAGAIN)
-            poll(&writable, 1, -1);
-        else if (errno != EINTR)
-            error = errno;
-    }
+    const int error = write_all(descriptor_, text);
     lock->lock();
     error_ = error;
 }

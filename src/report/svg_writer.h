@@ -7,8 +7,8 @@
 //     svg.text_element("text", {{"x", 10.0}, {"y", 20.0}}, "a < b");
 //     svg.end("g");
 //
-// Texts and values are UTF-8. What XML keeps for itself is escaped; control characters, and bytes that are no
-// UTF-8, are shown as their codes. Numbers have two decimals at most.
+// Texts and values are UTF-8. What XML keeps for itself is escaped; control characters, and bytes that have
+// not the form of UTF-8, are shown as their codes. Numbers have two decimals at most.
 #pragma once
 
 #include <initializer_list>
