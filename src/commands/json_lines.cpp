@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/json_lines.h"
 
+#include "commands/field_damage.h"
 #include "decode/catalogue.h"
 #include "quarry/samples.h"
 #include "quarry/time.h"
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace quarry {
 
@@ -35,7 +37,9 @@ constexpr FlagNames quality_names{"amplifier_saturation",
                                   "digital_filter_may_be_charging",
                                   "time_tag_questionable"};
 
-constexpr std::array<std::string_view, 4> length_sources{"blockette_1000", "channel", "next_record", "guess"};
+constexpr auto length_sources =
+    std::to_array<std::string_view>({"blockette_1000", "channel", "next_record", "guess"});
+static_assert(length_sources.size() == static_cast<std::size_t>(LengthSource::guess) + 1);
 
 void write_flags(JsonWriter* json, std::string_view name, unsigned flags, const FlagNames& names) {
     json->key(name);
@@ -215,9 +219,8 @@ std::int64_t JsonLines::record(const DataRecord& record) {
     if (options_.shows(data_kind))
         write_record(record);
     else
-        for (const DataBlocketteExtent& blockette : record.blockettes)
-            if (!is_sound_by_size(blockette.type, text_of(record, blockette).size()))
-                decode(record, blockette);
+        for_each_damage(options_.file, record, &fields_,
+                        [this](Damage problem) { problems_.push_back(std::move(problem)); });
     for (const Damage& problem : problems_)
         damage(problem);
     return static_cast<std::int64_t>(problems_.size());

@@ -160,6 +160,7 @@ int lookup_rec_list(const SortedSet<rec_len_t>& rec_list, blk_dh_t* dh) {
     if (found == nullptr)
         return 0;
     dh->length = found->len;
+    static_assert(sizeof found->format <= sizeof dh->format);
     std::copy(std::begin(found->format), std::end(found->format), dh->format);
     return 1;
 }

@@ -37,6 +37,7 @@ char* write_part(char* text, int value, char after) {
 
 // What the format below gives for a usual start time, in a fraction of the time.
 void write_usual_start_time(blk_dh_t* header) {
+    static_assert(sizeof header->start_time >= sizeof "YYYY,DDD,HH:MM:SS.FFFF");
     char* text = header->start_time;
     text = write_part<4>(text, header->year, ',');
     text = write_part<3>(text, header->doy, ',');
