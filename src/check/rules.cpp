@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules.h"
 
-#include <array>
-
 namespace quarry {
 
 namespace {

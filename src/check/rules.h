@@ -9,7 +9,6 @@
 #include "check/facts.h"
 #include "check/findings.h"
 
-#include <cstdint>
 #include <span>
 #include <string_view>
 

@@ -38,11 +38,17 @@ std::string folded_help(const char* help) {
     return folded(help, help_column, false); // the library pads
 }
 
-void add_option(CLI::App* app, const OptionRow& row, std::vector<std::string>* values, bool* is_given) {
+// What the command line says of an option.
+struct Given {
+    bool is_set = false; // of an option without a value
+    std::vector<std::string> values = {};
+};
+
+void add_option(CLI::App* app, const OptionRow& row, Given* given) {
     if (row.value == nullptr)
-        app->add_flag(row.name, *is_given, folded_help(row.help));
+        app->add_flag(row.name, given->is_set, folded_help(row.help));
     else
-        app->add_option(row.name, *values, folded_help(row.help))
+        app->add_option(row.name, given->values, folded_help(row.help))
             ->type_name(row.value)
             ->expected(1)
             ->allow_extra_args(false)
@@ -61,6 +67,13 @@ std::string joined(const OptionRow& row, const std::vector<std::string>& values)
     for (const std::string& value : values)
         text += (text.empty() ? "" : ",") + value;
     return text;
+}
+
+void take_values(const std::vector<OptionRow>& rows, const std::vector<Given>& given, CommandLine* line) {
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        line->values.emplace(rows[i].name, given[i].is_set || !given[i].values.empty()
+                                               ? std::optional(joined(rows[i], given[i].values))
+                                               : std::nullopt);
 }
 
 std::int64_t time_value(const CommandLine& line, std::string_view option, std::int64_t otherwise) {
@@ -135,8 +148,7 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
                                             CommandLine* line) {
     std::vector<OptionRow> rows(command.options.begin(), command.options.end());
     rows.insert(rows.end(), common_options.begin(), common_options.end());
-    std::vector<std::vector<std::string>> values(rows.size());
-    const std::unique_ptr<bool[]> given(new bool[rows.size()]());
+    std::vector<Given> given(rows.size());
     std::vector<std::string> names;
 
     line->command = command.name;
@@ -145,13 +157,10 @@ std::optional<ExitStatus> read_command_line(const Command& command, int argc, ch
     app.footer(command.examples);
     app.add_option("VOLUME", names, folded_help(volumes_help))->type_name("");
     for (std::size_t i = 0; i < rows.size(); ++i)
-        add_option(&app, rows[i], &values[i], &given[i]);
+        add_option(&app, rows[i], &given[i]);
     try {
         app.parse(argc, argv);
-        for (std::size_t i = 0; i < rows.size(); ++i)
-            line->values.emplace(rows[i].name, given[i] || !values[i].empty()
-                                                   ? std::optional(joined(rows[i], values[i]))
-                                                   : std::nullopt);
+        take_values(rows, given, line);
         require_volumes(names, rows, *line);
         take_common_options(line);
     } catch (const CLI::CallForHelp&) {

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <iterator>
 #include <tuple>
-#include <utility>
 
 namespace quarry {
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/time_ticks.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
-#include <limits>
 #include <string_view>
 
 namespace quarry {

@@ -37,6 +37,34 @@ void open_database(const char* name) {
         log_die(1, "Can't open database %s\n", name);
 }
 
+// Takes an option of the command line. Returns false for the one that ends the command.
+bool take_option(int option, int* summary_only) {
+    switch (option) {
+    case 'f':
+        File_No = std::atoi(optarg); // NOLINT(cert-err34-c): what is not a number is 0
+        File_Flag = 1;
+        break;
+    case 's':
+        *summary_only = 1;
+        break;
+    case 'S':
+        Simplify += 1;
+        break;
+    case 'd':
+        open_database(optarg);
+        break;
+    case 'v':
+        Verbose_Flag += 1;
+        break;
+    case 'V':
+        banner("", "");
+        return false;
+    default:
+        usage();
+    }
+    return true;
+}
+
 int run(int argc, char** argv) {
     Program_Name = argc > 0 ? argv[0] : "";
     log_init(argc, argv);
@@ -47,31 +75,9 @@ int run(int argc, char** argv) {
     int summary_only = 0;
     int option;
     const std::string letters = listing_option_letters();
-    while ((option = getopt(argc, argv, letters.c_str())) != -1) {
-        switch (option) {
-        case 'f':
-            File_No = std::atoi(optarg); // NOLINT(cert-err34-c): what is not a number is 0
-            File_Flag = 1;
-            break;
-        case 's':
-            summary_only = 1;
-            break;
-        case 'S':
-            Simplify += 1;
-            break;
-        case 'd':
-            open_database(optarg);
-            break;
-        case 'v':
-            Verbose_Flag += 1;
-            break;
-        case 'V':
-            banner("", "");
+    while ((option = getopt(argc, argv, letters.c_str())) != -1)
+        if (!take_option(option, &summary_only))
             return EXIT_SUCCESS;
-        default:
-            usage();
-        }
-    }
     if (argc - optind > 1)
         usage();
     const int status = sdd(optind < argc ? argv[optind] : "-", summary_only);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "volume/reading.h"
 
-#include <algorithm>
-
 namespace quarry {
 
 using framing::Kind;
