@@ -336,7 +336,8 @@ std::vector<Breach> data() {
                  [](RecordFields* r) {
                      r->data = std::string(400, '\0');
                      r->second = 34;
-                 })}},
+                 })},
+         patch(of_lhz + 4096 - 12, std::string(1, '\0'))}, // a NUL behind the station's code
     };
 }
 

@@ -33,7 +33,7 @@ Subject Facts::subject_at(const Place& place) const {
     const auto after =
         std::upper_bound(subjects.begin(), subjects.end(), place.offset,
                          [](std::int64_t offset, const auto& subject) { return offset < subject.first; });
-    return is_of_station(place) && after != subjects.begin() ? std::prev(after)->second : Subject{};
+    return is_of_station(place.blockette) && after != subjects.begin() ? std::prev(after)->second : Subject{};
 }
 
 void FactsGatherer::take(const Item& item, bool is_selected) {

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <span>
 
 namespace quarry {
@@ -178,23 +177,25 @@ void add_pair(std::int64_t took, std::int64_t samples, const DataRecord& record,
 
 } // namespace
 
-std::size_t RecordGatherer::Hash::operator()(const Codes& codes) const {
+std::size_t RecordGatherer::Hash::operator()(const HeaderCodes& codes) const {
     return std::hash<std::string_view>()({codes.data(), codes.size()});
 }
 
+// One channel, whether its codes are filled up with blanks or with NULs. Most often it is that of the record
+// before, and written alike.
 std::size_t RecordGatherer::index_of(const DataRecord& record) {
-    constexpr std::size_t codes_begin = 8;
-    Codes codes;
-    std::memcpy(codes.data(), record.bytes.data() + codes_begin, codes.size());
-    if (codes == last_codes_ && !channels_.empty())
+    HeaderCodes written;
+    std::copy_n(record.bytes.begin() + codes_offset, written.size(), written.begin());
+    if (written == last_codes_ && !channels_.empty())
         return last_;
-    const auto [place, is_new] = index_.emplace(codes, channels_.size());
+    const auto [place, is_new] = index_.emplace(
+        header_codes({record.station, record.location, record.channel, record.network}), channels_.size());
     if (is_new) {
         channels_.push_back({std::string(record.network), std::string(record.station),
                              std::string(record.location), std::string(record.channel), place_of(record)});
         lasts_.emplace_back();
     }
-    last_codes_ = codes;
+    last_codes_ = written;
     return last_ = place->second;
 }
 

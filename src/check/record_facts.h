@@ -4,6 +4,7 @@
 // Memory grows with channels, not with records: of each channel the samples of one record are kept.
 #pragma once
 
+#include "decode/data_record.h"
 #include "inventory/channel_codes.h"
 #include "quarry/inventory.h"
 #include "quarry/samples.h"
@@ -76,9 +77,8 @@ public:
     std::vector<ChannelRecords> finish() &&;
 
 private:
-    using Codes = std::array<char, 12>; // as they stand in a record's header
     struct Hash {
-        std::size_t operator()(const Codes& codes) const;
+        std::size_t operator()(const HeaderCodes& codes) const;
     };
 
     std::size_t index_of(const DataRecord& record);
@@ -86,8 +86,8 @@ private:
     bool with_samples_;
     std::vector<ChannelRecords> channels_ = {};
     std::vector<LastRecord> lasts_ = {}; // of each
-    std::unordered_map<Codes, std::size_t, Hash> index_ = {};
-    Codes last_codes_ = {};
+    std::unordered_map<HeaderCodes, std::size_t, Hash> index_ = {};
+    HeaderCodes last_codes_ = {};
     std::size_t last_ = 0;
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "check/words.h"
+#include "decode/catalogue.h"
 #include "quarry/inventory.h"
 
 #include <array>
@@ -30,11 +31,6 @@ enum class StructureFault : std::uint8_t {
 };
 inline constexpr std::size_t structure_faults = static_cast<std::size_t>(StructureFault::station_count) + 1;
 
-// True for a place in the headers of a station and its channels.
-inline bool is_of_station(const Place& place) {
-    return place.blockette >= 50 && place.blockette < 70;
-}
-
 class StructureFaults {
 public:
     struct Fault {
@@ -53,7 +49,7 @@ public:
 
     template <class... Words>
     void add(StructureFault kind, const Place& place, const Words&... text) {
-        if ((takes_stations_ || !is_of_station(place)) && has_room(kind))
+        if ((takes_stations_ || !is_of_station(place.blockette)) && has_room(kind))
             keep(kind, {place, words(text...)});
     }
     template <class... Words>
