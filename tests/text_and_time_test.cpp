@@ -10,6 +10,7 @@
 #include <array>
 #include <climits>
 #include <cmath>
+#include <cstring>
 
 namespace quarry {
 namespace {
@@ -83,6 +84,16 @@ TEST(TimeText, Epochs) {
     std::array<char, 23> text;
     epoch2seed(human_to_epoch(1999, 123, 4, 5, 6.789), text);
     EXPECT_STREQ(text.data(), "1999,123,04:05: 6.7890");
+}
+
+TEST(Text, LengthsOfCharacters) {
+    for (const char* character : {"a", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
+                                  "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
+        EXPECT_EQ(utf8_length(std::string(character) + "b"), std::strlen(character)) << character;
+    for (const char* bytes :
+         {"\x80", "\xC3", "\xC3(", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xE2\x82(", "\xED\xA0\x80",
+          "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xF0\x90\x80"})
+        EXPECT_EQ(utf8_length(bytes), 0U) << bytes;
 }
 
 TEST(Text, LinesAreFoldedAtBlanks) {
