@@ -36,8 +36,7 @@ constexpr std::array<Xlat, encoding_count> names_by_encoding() {
     return names;
 }
 constexpr auto encodings = names_by_encoding();
-static_assert(std::all_of(encodings.begin(), encodings.end(),
-                          [](const Xlat& one) { return find_encoding(one.num) != nullptr; }),
+static_assert(std::ranges::includes(sample_encodings, encodings, {}, &SampleEncoding::code, &Xlat::num),
               "the encoding of a format is not in encodings.h");
 
 } // namespace
