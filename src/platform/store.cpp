@@ -180,6 +180,7 @@ std::string_view column_text(sqlite3_stmt* statement, int column) {
 std::vector<std::string> column_names(sqlite3_stmt* statement) {
     std::vector<std::string> names;
     const int count = sqlite3_column_count(statement);
+    names.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         names.emplace_back(sqlite3_column_name(statement, i));
     return names;
