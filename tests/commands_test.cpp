@@ -78,7 +78,15 @@ std::string many_faults() {
         for (int i = 0; i < 1100; ++i)
             headers += blockette(59, "~~00xx000000");
     }
-    return VolumeBuilder(4096).control('S', headers).bytes();
+    // The channel of a second volume follows no station.
+    std::string orphans = blockette(52, channel);
+    for (int i = 0; i < 1100; ++i)
+        orphans += blockette(59, "~~00xx000000");
+    return VolumeBuilder(4096).control('S', headers).bytes() +
+           VolumeBuilder(4096)
+               .control('V', blockette(10, " 2.412~~~Quarry~Two~"))
+               .control('S', orphans)
+               .bytes();
 }
 
 // The second record continues the first one across a positive leap second.
@@ -181,7 +189,7 @@ const bool commands = make_recorded_tests(
          volumes},
         {"InfoAtALeapSecond", "$quarry info --tsv leap | cut -f 1-4,10-", volumes},
         {"CheckOfManyFaults",
-         "for o in '' '--station BBB'; do $quarry check --enable field $o B* | sed -n '1p; $p'; done",
+         "for o in '' '--station AAA' '--station BBB' '--network --'; do $quarry check --enable field $o B* | sed -n '1p; $p'; done",
          volumes},
         {"InfoOfTables",
          "for o in '--stations --network XX' '--channels --station DEM2' '--channels --to 2003-01-01' "

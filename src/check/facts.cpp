@@ -46,30 +46,27 @@ void FactsGatherer::take(const Item& item, bool is_selected) {
 
 void FactsGatherer::add(const ControlBlockette& blockette) {
     decode_blockette(blockette.type, blockette.text, std::endian::big, &fields_);
+    contents_.add(blockette, fields_);
     if (blockette.type == 50 || blockette.type == 52)
         begin_subject(blockette.type == 50);
-    contents_.add(blockette, fields_);
     structure_.add(blockette, fields_);
     times_.add(blockette, fields_);
 }
 
+// As Facts::subject_at will find it for what follows the blockette.
 void FactsGatherer::begin_subject(bool is_station) {
     const auto text = [this](std::string_view name) { return text_value(fields_.fields, name); };
     const auto time = [this](std::string_view name) {
         return moment_value(fields_.fields, name).microseconds;
     };
-    if (is_station) {
-        network_ = text("network_code");
-        station_ = text("station_call_letters");
-    }
     const std::string location = text("location_identifier"), channel = text("channel_identifier");
-    const Subject subject{network_,
-                          station_,
+    const Subject subject{contents_.headers().network_code(),
+                          contents_.headers().station_code(),
                           location,
                           channel,
                           time(is_station ? "start_effective_date" : "start_date"),
                           time(is_station ? "end_effective_date" : "end_date")};
-    structure_.faults().take_stations(takes_(subject));
+    structure_.faults().take_stations(name_of(subject).empty() || takes_(subject));
 }
 
 void FactsGatherer::add_to_volume(const DataRecord& record) {

@@ -77,7 +77,6 @@ private:
     RecordGatherer records_;
     Coverage coverage_ = Coverage();
     Fields fields_ = {};
-    std::string network_ = {}, station_ = {}; // of the last 050
 };
 
 } // namespace quarry

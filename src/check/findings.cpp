@@ -53,6 +53,7 @@ void Findings::keep(const Place& place, const Subject& subject, std::string text
     if (!name.empty())
         text = words(name, place.blockette > 0 ? ", " : ": ", text);
     all_.push_back({rule_, place, name, std::move(text), 1});
+    last_ = place;
 }
 
 // Those that were only counted are reported at the place of the last one that was kept.
@@ -60,7 +61,7 @@ void Findings::end_rule() {
     if (of_rule_ <= most_of_a_rule)
         return;
     const auto more = static_cast<std::int64_t>(of_rule_ - most_of_a_rule);
-    all_.push_back({rule_, all_.back().place, "", words(more, " more of these are not shown"), more});
+    all_.push_back({rule_, last_, "", words(more, " more of these are not shown"), more});
 }
 
 std::vector<CheckFinding> Findings::take() {

@@ -78,6 +78,7 @@ private:
     Takes takes_;
     const Rule* rule_ = nullptr;
     std::size_t of_rule_ = 0;
+    Place last_ = {}; // of the last one that was kept
     std::vector<CheckFinding> all_ = {};
 };
 

@@ -41,8 +41,7 @@ void VolumeIndices::add(const ControlBlockette& blockette, const Fields& fields,
         return add_span_pointers(blockette, fields);
     case 50:
         ++station_headers_;
-        codes_.emplace(text_value(fields.fields, "network_code"),
-                       text_value(fields.fields, "station_call_letters"));
+        codes_.insert(text_value(fields.fields, "station_call_letters"));
         if (begins_record)
             stations_.emplace(text_value(fields.fields, "station_call_letters"), blockette.sequence);
         return;

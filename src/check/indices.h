@@ -58,7 +58,7 @@ private:
     Place station_index_ = {};                                   // the first 011
     std::int64_t indexed_stations_ = 0;
     std::int64_t station_headers_ = 0;
-    std::set<std::pair<std::string, std::string>> codes_ = {};     // of networks and stations
+    std::set<std::string> codes_ = {};                             // of stations
     std::set<std::pair<std::string, std::int64_t>> stations_ = {}; // and the records that they begin
     std::set<std::tuple<std::int64_t, std::int64_t, std::int64_t>> spans_ = {};
 };

@@ -124,10 +124,13 @@ void check_unit_chain(const Facts& facts, Findings* findings) {
 void check_last_unit(const Facts& facts, Findings* findings) {
     for_each_epoch(facts, [&](const ChannelRow& row, const ChannelEpoch& epoch) {
         StageUnits last;
-        for_each_units(facts, epoch, [&](const Stage&, const StageUnits& units) { last = units; });
+        for_each_units(facts, epoch, [&](const Stage& stage, const StageUnits& units) {
+            if (is_numbered(stage))
+                last = units;
+        });
         if (last.response != nullptr && !is_count(last.output))
-            findings->add(last.response->place, row, "the last stage ends in ", last.output,
-                          ", not in counts");
+            findings->add(last.response->place, row, "the last stage ends in ",
+                          last.output.empty() ? "no unit" : last.output, ", not in counts");
     });
 }
 

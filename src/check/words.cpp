@@ -20,8 +20,10 @@ void add_number(std::string* text, Number number) {
 double rounded(double number) {
     if (number == 0 || !std::isfinite(number))
         return number;
-    const double scale = std::pow(10, 3 - std::floor(std::log10(std::abs(number))));
-    return std::round(number * scale) / scale;
+    // Powers of ten are exact where they are no fractions.
+    const double digits = 3 - std::floor(std::log10(std::abs(number)));
+    const double scale = std::pow(10, std::abs(digits));
+    return digits < 0 ? std::round(number / scale) * scale : std::round(number * scale) / scale;
 }
 
 void add_word(std::string* text, std::string_view word) {

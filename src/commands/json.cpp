@@ -113,7 +113,7 @@ private:
         return item;
     }
 
-    // What other threads need of this, which may outlive it.
+    // Shared with other threads, which may still run when this object is gone.
     struct Shared {
         explicit Shared(JsonOptions the_options) : options(std::move(the_options)) {}
         const JsonOptions options;
@@ -141,7 +141,10 @@ private:
             return text_field(fields_.fields, name).value_or(std::string_view());
         };
         const auto time = [this](std::string_view name) { return moment_value(fields_.fields, name); };
-        if (blockette.type == 50) {
+        if (is_volume_header(blockette.type)) {
+            station_taken_ = selection_.takes_station("", ""); // of channels that follow no 050
+            channel_taken_ = true;
+        } else if (blockette.type == 50) {
             station_taken_ = selection_.takes_station(text("network_code"), text("station_call_letters")) &&
                              takes_span(selection_, time("start_effective_date"), time("end_effective_date"));
             channel_taken_ = true;
@@ -264,7 +267,8 @@ private:
 ExitStatus write_json(const CommandLine& line) {
     const unsigned kinds = kinds_of(line.value("--kinds"), line.has("--inventory") ? assembled : as_written);
     if (kinds == 0) {
-        report_trouble(line.command, "--kinds: unknown kind; known are " +
+        report_trouble(line.command, "--kinds: unknown kind in " + std::string(line.value("--kinds")) +
+                                         "; known are " +
                                          std::string(kinds_help.data()).substr(kinds_front.size()));
         return failed;
     }

@@ -49,6 +49,9 @@ public:
     void add(const ControlBlockette& blockette, const Fields& fields);
     void add(const DataRecord& record) { found_.add(record); }
 
+    // What was added of the headers.
+    const InventoryBuilder& headers() const { return builder_; }
+
     // All that was added. The builder is empty afterwards.
     Contents finish();
 

@@ -14,7 +14,7 @@ using Times = std::numeric_limits<std::int64_t>;
 
 constexpr double second = 1e6; // microseconds
 
-// So many segments are looked at where several could go on; hostile volumes have any number of them.
+// At most this many segments are compared where several could go on; hostile volumes have any number of them.
 constexpr int most_candidates = 64;
 
 // The second segment goes on after the first one: their samples together.
@@ -170,7 +170,7 @@ std::vector<Segment> SegmentMerger::take() {
 
 namespace {
 
-// Segments by start become a channel's. Those that data which begin later can still meet are kept at hand.
+// Adds segments, in order of their starts, to a channel. Those that later data can still meet stay at hand.
 class Arrangement {
 public:
     Arrangement(const Tolerance& tolerance, ChannelCoverage* channel)
@@ -236,7 +236,9 @@ void add_break(const Segment& reach, const Segment& segment, const Tolerance& to
     const bool is_gap = late > 0;
     const std::int64_t start = is_gap ? reach.next : segment.start;
     const std::int64_t end = is_gap ? segment.start : std::min(reach.next, segment.next);
-    const double samples = std::round(static_cast<double>(end - start) * reach.last_rate / second);
+    constexpr double most = 1e18; // that fit into an integer
+    const double samples =
+        std::min(std::round(static_cast<double>(end - start) * reach.last_rate / second), most);
     breaks->push_back({is_gap ? Break::Kind::gap : Break::Kind::overlap, start, end, samples});
 }
 
