@@ -33,13 +33,12 @@ void occupy_standard_descriptors() {
 }
 
 // The program that started this one may have changed them. SIGPIPE ends the program when its reader goes
-// away, SIGTERM and SIGINT end it on request, SIGCHLD lets it wait for a child, SIGXFSZ is ignored so that a
+// away, SIGTERM and SIGINT end it on request, SIGXFSZ is ignored so that a
 // listing beyond a size limit is a failed write. A SIGINT that is ignored stays so: shells start background
 // jobs that way.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGCHLD, SIG_DFL);
     std::signal(SIGXFSZ, SIG_IGN);
     sigset_t ending;
     sigemptyset(&ending);

@@ -254,6 +254,7 @@ TEST(RecordFields, VolumesLargerThanTheBuffer) {
         const std::string image(dh->raw, static_cast<std::size_t>(dh->length));
         EXPECT_EQ(image.substr(0, 8), "000000D ");
         EXPECT_TRUE(image.substr(8) == records[i].substr(8)) << i;
+        EXPECT_EQ(dh->raw[dh->length], '\0') << i; // nothing is left of a longer record before
         EXPECT_EQ(dh->data, dh->raw + 64);
         EXPECT_EQ(std::tie(dh->seq_num, dh->sub_seq_num, dh->type),
                   std::make_tuple(100 + i / 3, 1 + i % 3, 1))

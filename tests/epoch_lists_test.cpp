@@ -120,6 +120,12 @@ TEST(EpochLists, WordOrders) {
             out += formatted("%s %s: %d, %d %d\n", station, time, found, long_order, word_order);
         }
     expect_recorded("EpochLists", "WordOrders", out);
+
+    const order_t before{"STA", 1, 2, 0, 0}, within{"STA", 1.5, 9, 0, 0}, other{"STB", 1, 2, 0, 0};
+    EXPECT_EQ(order_cmp(within, before), 0);
+    EXPECT_GT(order_cmp(order_t{"STA", 2, 3, 0, 0}, before), 0);
+    EXPECT_LT(order_cmp(before, within), 0);
+    EXPECT_LT(order_cmp(before, other), 0);
 }
 
 TEST(SparseList, IndexesOfAnySize) {

@@ -28,7 +28,7 @@ struct read_handle_t {
 
     BadBlocketteHook bad_blockette; // report_bad_blockette, unless the program sets another
     std::vector<char> image;        // of the record read last
-    int bufflength;                 // how many bytes of the image that record used
+    int bufflength;                 // how many bytes behind the image's header that record used
 };
 
 } // namespace quarry
