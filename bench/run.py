@@ -426,7 +426,7 @@ PARTS = {"work": measure_works, "growth": measure_growth, "decoders": measure_de
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("build", help="directory of the build")
-    parser.add_argument("--quick", action="store_true", help="small volumes, few rounds: only tells that all works")
+    parser.add_argument("--quick", action="store_true", help="small volumes, few rounds: only shows that all works")
     parser.add_argument("--rounds", type=int, help="how often each row is measured")
     parser.add_argument("--json", metavar="FILE", help="writes all results there too")
     for part in PARTS:

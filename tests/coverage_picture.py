@@ -220,7 +220,7 @@ def many_channels(dice):
 
 
 def check_epochs(quarry, demonstration, folder):
-    """Lines are the epochs that quarry info tells of; channels without data have a row."""
+    """Lines are the epochs that quarry info reports; channels without data have a row."""
     table = subprocess.run([quarry, "info", "--tsv", "--channels", demonstration], stdout=subprocess.PIPE, text=True,
                            check=False).stdout
     epochs = collections.defaultdict(list)

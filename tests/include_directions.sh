@@ -5,6 +5,7 @@
 # folder, and includes public headers only.
 # usage: include_directions.sh SOURCE-DIRECTORY
 set -euo pipefail
+shopt -s inherit_errexit
 cd "$1"
 listing='sdd|seedio|listing|blockette|state\.h'
 inventory='inventory/|quarry/(inventory|data_found|coverage)\.h'
@@ -15,7 +16,7 @@ commands="commands/|check/|report/|$inventory|$volume|$fields"
 includes() {
     local pattern=$1
     shift
-    grep -rnE "#include [\"<]($pattern)" "$@" || true
+    grep -rnE "#include [\"<]($pattern)" "$@" || [ $? -eq 1 ]
 }
 public=../include/quarry
 found=$({

@@ -4,6 +4,7 @@
 #include "support.h"
 
 #include "blockette/blockette.h"
+#include "blockette/types.h"
 #include "listing/element_lines.h"
 #include "listing/pbrief.h"
 #include "state.h"
@@ -63,6 +64,14 @@ void expect_lines(const char* test, const std::vector<Case>& cases) {
         out += named(std::string(name) + ", error", testing::internal::GetCapturedStderr());
     }
     expect_recorded("ListingLines", test, out);
+}
+
+TEST(ListingLines, EveryTypeHasACase) {
+    const std::string lines = content_of(std::string(QUARRY_GOLDEN) + "/ListingLines/EveryType.txt");
+#define QUARRY_EXPECT_CASE(TYPE, NAME)                                                                       \
+    EXPECT_TRUE((TYPE) < 0 || lines.find("| B" #NAME " ") != std::string::npos) << #NAME;
+    QUARRY_BLOCKETTE_TYPES(QUARRY_EXPECT_CASE)
+#undef QUARRY_EXPECT_CASE
 }
 
 // clang-format off

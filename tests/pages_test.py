@@ -113,6 +113,8 @@ rules = set(re.findall(r"^([\w-]+) \((\w+), (\w+)\): (.*)", output(quarry, "chec
 documented = re.findall(r"^\.It Cm (\S+) No \((\w+), (\w+)\)\n((?:[^.].*\n)+)", pages["quarry-check.1"], re.MULTILINE)
 differs("rules", {(*front, " ".join(sentence.split())) for *front, sentence in documented}, rules)
 check_messages(pages["quarry.1"])
+differs("blockettes", set(re.findall(r"^\.Ss (\d{3}) ", pages["quarry.1"], re.MULTILINE)),
+        set(re.findall(r"X\(\d+, (\d{3})\)", (source / "src/blockette/types.h").read_text())))
 schema = json.loads((source / "docs/quarry-json.schema.json").read_text())
 terms = {(name, section): set(re.findall(r'(?:It|,) Cm ("[^"]*"|[^\s"]+)', text)) for name, page in pages.items()
          for section, text in re.findall(r"^\.Ss (.*)\n((?:(?!\.S[hs]).*\n)*)", page, re.MULTILINE)}

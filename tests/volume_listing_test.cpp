@@ -217,7 +217,7 @@ const bool blockette_reader = make_recorded_tests(
     "BlocketteReader",
     {
         listing("LengthOf9999", longest_blockette(), "", "2>&1 | cut -c1-120"),
-        listing("LengthsThatAreNone", record("031  -1   " + next)),
+        listing("LengthsOutOfRange", record("031  -1   " + next)),
         listing("ShorterThanItsOwnLength", record("0310005" + next), "2>&1"),
         listing("ShorterThanItsTypeAllows", record("0310015000112~0" + next), "2>&1"),
         listing("AsShortAsItsTypeAllows", record("0310016000112~00" + next), "2>&1"),

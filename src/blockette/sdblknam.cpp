@@ -3,6 +3,7 @@
 
 #include "blockette/types.h"
 #include "decode/catalogue.h"
+#include "decode/data_record.h"
 #include "platform/message_log.h"
 
 #include <algorithm>
@@ -31,9 +32,12 @@ constexpr std::optional<CatalogueRow> row_of(int type) {
 }
 
 #define QUARRY_CHECK_ROW(TYPE, NAME)                                                                         \
-    static_assert(row_of(TYPE).has_value(), "blockette " #NAME " has no row in the catalogue");
+    static_assert(row_of(TYPE).has_value(),                                                                  \
+                  "blockette " #NAME " has no row in the catalogue that the listing knows");
 QUARRY_BLOCKETTE_TYPES(QUARRY_CHECK_ROW)
 #undef QUARRY_CHECK_ROW
+static_assert(catalogue_row(-1)->smallest == int{fixed_header_size});
+static_assert(std::ranges::is_sorted(catalogue, {}, &CatalogueRow::type));
 
 } // namespace
 

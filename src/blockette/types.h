@@ -3,7 +3,7 @@
 //
 // To add a type:
 //   1. a row X (type number, name) here
-//   2. its row in the catalogue (decode/catalogue.h), unless it has one
+//   2. its row in the catalogue (decode/catalogue.h); if there is one already, its `false` goes
 //   3. the record `blk_NAME_t` and the line QUARRY_BLOCKETTE_FUNCTIONS (NAME) in the header of its theme
 //      (volume.h, station.h, response.h, timespan.h)
 //   4. `init_NAME` and `parse_NAME` in the theme's .cpp; `new_NAME` and `free_NAME` make themselves

@@ -4,6 +4,8 @@
 #include "check/words.h"
 #include "decode/data_record.h"
 #include "decode/encodings.h"
+#include "inventory/channel_codes.h"
+#include "quarry/samples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -113,7 +115,7 @@ bool agree(std::span<const double> one, std::span<const double> other) {
     return std::equal(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(common), other.begin(), is_same);
 }
 
-// Half a sample more or less is no overlap.
+// Half a sample more or less does not count as an overlap.
 void add_end(const DataRecord& record, ChannelRecords* channel, LastRecord* last) {
     if (!(record.rate > 0) || record.header.samples == 0)
         return;

@@ -5,11 +5,8 @@
 #pragma once
 
 #include "decode/data_record.h"
-#include "inventory/channel_codes.h"
 #include "quarry/inventory.h"
-#include "quarry/samples.h"
 
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -26,7 +23,7 @@ enum class RecordFault : std::uint8_t {
     quality_flags,   // are set
     correction_open, // a time correction has not been applied
     samples_missing,
-    last_sample,    // is another one than the record states
+    last_sample,    // differs from the one that the record states
     word_order,     // the samples are far smoother in the other one
     samples_differ, // from those that the record before has at the same times
 };

@@ -2,6 +2,7 @@
 // Rules for data records: what is wrong with single ones, and how they overlap.
 
 #include "check/rules.h"
+#include "inventory/channel_codes.h"
 #include "quarry/time.h"
 
 #include <algorithm>

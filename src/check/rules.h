@@ -134,8 +134,9 @@ namespace quarry {
          "A channel is within 1 km of its station, and within 1 km in elevation.")                                                       \
     RULE(position, "orientation-missing", check_orientation_missing, warning,                                                            \
          "A seismometer or accelerometer has an azimuth and a dip.")                                                                     \
-    RULE(position, "component", check_component, warning,                                                                                \
-         "A channel whose third letter is N, E or Z points there within 5 degrees, or the other way.")                                   \
+    RULE(                                                                                                                                \
+        position, "component", check_component, warning,                                                                                 \
+        "A channel whose third letter is N, E or Z points north, east or up within 5 degrees, or the opposite way.")                     \
     RULE(position, "right-angles", check_right_angles, note,                                                                             \
          "The components 1, 2 and 3 of a sensor are at right angles, within 5 degrees.")                                                 \
     RULE(position, "sensor", check_sensor, note, "A blockette 033 describes the sensor of a channel.")                                   \

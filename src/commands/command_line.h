@@ -25,7 +25,7 @@ struct CommandLine {
 
     // Both throw std::logic_error for an option that the command does not have.
     bool has(std::string_view option) const { return given(option).has_value(); }
-    // Values of an option given several times are joined by commas; empty if it is not given.
+    // Values of a list given several times are joined by commas; empty if it is not given.
     std::string_view value(std::string_view option) const {
         return has(option) ? std::string_view(*given(option)) : std::string_view();
     }

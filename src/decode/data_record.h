@@ -15,7 +15,8 @@
 
 namespace quarry {
 
-// The length of a record is two to such a power.
+// The length that a blockette 1000 may state is two to such a power; those who read records set closer
+// limits.
 inline constexpr int shortest_record_power = 7;
 inline constexpr int longest_record_power = 30;
 

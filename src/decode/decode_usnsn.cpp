@@ -138,8 +138,8 @@ void Decompressor::set_result_unless_negative(std::int32_t result) {
         ldcmprs = result;
 }
 
-// Behind the last frame's count of bytes: whether the record has a trailer and fits it. `in_frame` are the
-// differences of the last frame, `last` is the last sample.
+// Checks what follows the last frame's count of bytes: is there a trailer, and do its values agree with the
+// record? `in_frame` is the number of differences in the last frame, `last` is the last sample.
 void Decompressor::check_trailer(const Record& record, std::int32_t in_frame, std::int32_t last,
                                  std::int32_t* eod) {
     if (ipt >= trailer)

@@ -16,8 +16,8 @@ struct UsnsnRecord {
     bool has_trailer = false;
 };
 
-// Decompresses the record, most significant byte first, to `samples`, at least one and as many as it and they
-// hold; bytes beyond it count as zero. Prints nothing.
+// Decompresses the record, most significant byte first, to `samples`, which have room for at least one, up to
+// the end of the record or of the room. Bytes beyond the record count as zero. Prints nothing.
 UsnsnRecord decompress_usnsn(std::span<const char> record, std::span<std::int32_t> samples);
 
 } // namespace quarry

@@ -82,7 +82,7 @@ struct Coverage::Channel {
     Codes codes;
     SegmentMerger segments;
     ChannelCoverage totals = {};
-    Channel* follower = nullptr; // whose record came next the last time
+    Channel* follower = nullptr; // the channel whose record followed the last one of this
 };
 
 Coverage::Coverage(Tolerance tolerance) : tolerance_(tolerance) {}

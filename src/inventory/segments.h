@@ -8,7 +8,6 @@
 
 #include "quarry/coverage.h"
 
-#include <limits>
 #include <map>
 #include <optional>
 #include <utility>

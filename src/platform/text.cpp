@@ -47,7 +47,7 @@ bool has_at(std::string_view text, std::size_t at, char wanted) {
     return at < text.size() && text[at] == wanted;
 }
 
-// Where a number may begin: behind white space and a "+", though not one before a "-".
+// Where a number may begin: behind white space and a "+", but a "+" in front of a "-" is not passed.
 std::size_t number_begin(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size() && is_white(text[at]))

@@ -129,7 +129,7 @@ private:
 
     void close(char bracket) {
         if (open_brackets_.empty() || open_brackets_.back() != bracket)
-            report("a bracket that closes none");
+            report("a closing bracket without an opening one");
         else
             open_brackets_.pop_back();
     }

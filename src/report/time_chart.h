@@ -27,7 +27,7 @@ struct ChartRow {
     std::string note;            // what is shown where a pointer rests on the row
 };
 
-// Texts are UTF-8. Those of the legend tell what is drawn; what has no text is not in it.
+// Texts are UTF-8. Those of the legend say what is drawn; what has no text is not in it.
 struct ChartWords {
     std::string title, subtitle;
     std::string bar, mark, gap, line; // gap: one that is too short to be left open

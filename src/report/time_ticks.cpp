@@ -3,7 +3,6 @@
 
 #include <array>
 #include <chrono>
-#include <string_view>
 
 namespace quarry {
 

@@ -129,9 +129,9 @@ VolumeReader::Reading::Length VolumeReader::Reading::declared_length() {
     return {last_length_ != 0 ? last_length_ : framing::usual_record_size, LengthSource::guess};
 }
 
-// True if a record begins at a place within the record at hand, which therefore ends there. If a blockette
-// 1000 gave the length, a data record within it counts only if it has a blockette 1000 that leads to a record
-// or to the same end, or if the length itself does not lead to a record.
+// True if a record begins at a place within the record at hand, which therefore ends there. Where a blockette
+// 1000 gave the length and that leads to a record, a data record within it needs more: its own blockette 1000
+// leads to a record or to the same end.
 bool VolumeReader::Reading::record_within(std::int64_t place, const Length& length) {
     const framing::Kind kind = sound_at(place);
     if (kind == framing::Kind::control)

@@ -41,9 +41,9 @@ struct Head {
     std::size_t length;
 };
 
-// The head in the first 7 bytes: two numbers, the length at least those 7 bytes. Whether its type is known
-// and the length enough for it.
+// The head in the first 7 bytes: two numbers, the length at least those 7 bytes.
 std::optional<Head> blockette_head(std::string_view bytes);
+// True if the type is known and the length enough for it.
 bool is_sound(const Head& head);
 bool begins_sound_blockette(std::string_view bytes);
 

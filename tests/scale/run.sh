@@ -74,7 +74,7 @@ wait || true
 [ "$(done_now)" -lt $((volumes - 1)) ] || { echo "$way: killed too late to show anything" >&2; exit 1; }
 
 if run >second.log 2>&1; then
-    echo "$way: status 0, but a volume is none" >&2
+    echo "$way: status 0, but a volume is missing" >&2
     exit 1
 fi
 expected=$((volumes - 1))
