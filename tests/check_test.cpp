@@ -257,6 +257,12 @@ std::vector<Breach> response() {
         {"sensitivity-frequency", {put(58, "00" + sensitivity + one, "00" + exponent(2.5545e8) + ten_hertz)}},
         {"sensitivity-near", {put_number(58, "00", 6e8, 6.2e8)}},
         {"sensitivity-off", {put_number(58, "00", 6e8, 6.6e8)}},
+        {"sensitivity-off", // the list gives half of the first stage's gain at the sensitivity's frequency
+         {without(53), put(58, "01" + exponent(1500) + one, "01" + exponent(1500) + ten_hertz),
+          behind(52, "",
+                 {'S', 55,
+                  "010010020002" + one + exponent(0.5) + none + none + none + ten_hertz + one + none + none +
+                      none})}},
         {"zero-frequency", {put(53, one + "002", none + "002")}},
         {"a0", {[](Draft* draft) { part_with(draft, 53, "").fields.replace(9, 12, exponent(1e3)); }}},
         {"poles", {put_number(53, "", -1131, 1131)}},

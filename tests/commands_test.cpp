@@ -66,15 +66,24 @@ std::string headers_that_do_not_fit() {
         .bytes();
 }
 
+constexpr const char* site = "  +12.345678-123.4567891234.500000000Site~001321010~~NXX";
+constexpr const char* channel =
+    "  BHZ0000001~001002+12.345678-123.4567891234.50  0.0  0.0-90.0000112   20.0000 "
+    "1.000E-050000CG~~~N";
+
+// Records of 4096 bytes are declared, one of 512 is there.
+std::string lengths_that_differ() {
+    return VolumeBuilder(512)
+               .control('S', blockette(50, std::string("AAA") + site) + blockette(52, channel))
+               .bytes() +
+           one_record({.station = "AAA", .samples = 2});
+}
+
 // Two stations, each with more unreadable fields than are shown.
 std::string many_faults() {
-    const std::string site = "  +12.345678-123.4567891234.500000000Site~001321010~~NXX";
-    const std::string channel =
-        "  BHZ0000001~001002+12.345678-123.4567891234.50  0.0  0.0-90.0000112   20.0000 "
-        "1.000E-050000CG~~~N";
     std::string headers;
     for (const char* station : {"AAA", "BBB"}) {
-        headers += blockette(50, station + site) + blockette(52, channel);
+        headers += blockette(50, std::string(station) + site) + blockette(52, channel);
         for (int i = 0; i < 1100; ++i)
             headers += blockette(59, "~~00xx000000");
     }
@@ -120,6 +129,7 @@ const std::map<std::string, std::string> volumes = {
     {"empty", ""},
     {"unfit", headers_that_do_not_fit()},
     {"B\303\274ro", many_faults()},
+    {"lengths", lengths_that_differ()},
     {"leap", records_around_a_leap_second()},
     {"names", "sound\r\n\ndamaged\n"},
     {"controls",
@@ -187,9 +197,10 @@ const bool commands = make_recorded_tests(
         {"Info",
          "$quarry info demo plain; $quarry info --jobs 4 empty damaged - missing <controls 2>err; echo $?; sort err",
          volumes},
-        {"InfoAtALeapSecond", "$quarry info --tsv leap | cut -f 1-4,10-", volumes},
+        {"InfoOfLeapSecondsAndLengths", "$quarry info --tsv leap lengths | cut -f 1-4,8-", volumes},
         {"CheckOfManyFaults",
-         "for o in '' '--station AAA' '--station BBB' '--network --'; do $quarry check --enable field $o B* | sed -n '1p; $p'; done",
+         "for o in '' '--station AAA' '--station BBB' '--network --'; do $quarry check --enable field $o B* | sed -n '1p; $p'; done; "
+         "$quarry check --enable field --json B* | tail -n 1",
          volumes},
         {"InfoOfTables",
          "for o in '--stations --network XX' '--channels --station DEM2' '--channels --to 2003-01-01' "
