@@ -33,9 +33,8 @@ void occupy_standard_descriptors() {
 }
 
 // The program that started this one may have changed them. SIGPIPE ends the program when its reader goes
-// away, SIGTERM and SIGINT end it on request, SIGXFSZ is ignored so that a
-// listing beyond a size limit is a failed write. A SIGINT that is ignored stays so: shells start background
-// jobs that way.
+// away, SIGTERM and SIGINT end it on request, SIGXFSZ is ignored so that a listing beyond a size limit is a
+// failed write. A SIGINT that is ignored stays so: shells start background jobs that way.
 void restore_signals() {
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);

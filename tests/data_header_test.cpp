@@ -264,6 +264,21 @@ TEST(RecordFields, VolumesLargerThanTheBuffer) {
     testing::internal::GetCapturedStderr();
 }
 
+// The reader takes more bytes of a record than the shortest ones have.
+TEST(RecordFields, NothingIsLeftOfAShortRecord) {
+    const std::string text = blockette(33, "001text~");
+    testing::internal::CaptureStderr();
+    Volume volume(VolumeBuilder().data({.size = 128, .encoding = 3}).bytes() + "beyond!" +
+                  padded("000002A " + text, 256));
+    ASSERT_NE(volume.next(), nullptr);
+    EXPECT_NE(std::string(volume.handle()->image.data() + 128, 8).find("beyond"), std::string::npos);
+    EXPECT_EQ(volume.next(), nullptr);
+    const std::vector<char>& image = volume.handle()->image;
+    const std::string behind(image.begin() + 8 + std::ssize(text), image.begin() + 136);
+    EXPECT_EQ(behind, std::string(behind.size(), '\0'));
+    testing::internal::GetCapturedStderr();
+}
+
 TEST(RecordFields, BeginningOfItsData) {
     for (const auto& [beginning, reached] : {std::pair{-1, false}, {0, true}, {512, true}, {513, false}}) {
         std::string bytes = VolumeBuilder().data({.size = 512, .encoding = 3}).bytes();

@@ -27,20 +27,20 @@ Integer time_of(const Fields& fields, std::string_view name) {
 } // namespace
 
 void TimeGatherer::add(const ControlBlockette& blockette, const Fields& fields) {
-    if (is_volume_header(blockette.type))
-        header_ = blockette.type;
     if (blockette.type == 10)
-        begin_volume(time_of(fields, "beginning_time"), time_of(fields, "end_time"));
+        begin_volume(10, time_of(fields, "beginning_time"), time_of(fields, "end_time"));
     else if (is_volume_header(blockette.type))
-        begin_volume(time_of(fields, "beginning_of_volume"), time_of(fields, "end_of_volume"));
+        begin_volume(blockette.type, time_of(fields, "beginning_of_volume"),
+                     time_of(fields, "end_of_volume"));
     else if (blockette.type == 70)
         add_span(time_of(fields, "beginning_time_of_data_span"), time_of(fields, "end_time_of_data_span"));
 }
 
-void TimeGatherer::begin_volume(Integer start, Integer end) {
+void TimeGatherer::begin_volume(int header, Integer start, Integer end) {
     for (const auto& [from, to] : spans_)
         all_spans_.push_back({from, to});
     spans_.clear();
+    header_ = header;
     start_ = start;
     end_ = end;
 }
@@ -93,7 +93,7 @@ void TimeGatherer::add_outside(const DataRecord& record, int blockette, Integer 
 }
 
 TimeFacts TimeGatherer::finish() && {
-    begin_volume({}, {});
+    begin_volume(0, {}, {});
     spans_.clear();
     for (const TimeSpan& span : all_spans_)
         add_span(span.start, span.end);

@@ -39,7 +39,7 @@ public:
 private:
     using Codes = std::tuple<std::string, std::string, std::string, std::string>;
 
-    void begin_volume(Integer start, Integer end);
+    void begin_volume(int header, Integer start, Integer end);
     void add_span(Integer start, Integer end);
     void add_outside(const DataRecord& record, int blockette, Integer least, Integer most);
 

@@ -116,7 +116,7 @@ int read_data(read_handle_t* handle, blk_dh_t* dh, int front) {
         log_complain(1, "Unexpected end of file reading data record File #%d.\n", Tapefile);
         return 0;
     }
-    handle->bufflength = std::max(dh->length, front_size) - image_header_size;
+    handle->bufflength = std::max(dh->length - image_header_size, front_size);
     dh->raw = handle->image.data();
     // A beginning of data outside the record points at no samples.
     dh->data = dh->beg_data >= 0 && dh->beg_data <= dh->length ? dh->raw + dh->beg_data : nullptr;
